@@ -1,0 +1,72 @@
+// What we ask of the file system. Every call may block and may run on any thread; messages name the
+// path. Paths are byte strings as the system gives them, not necessarily UTF-8.
+#pragma once
+
+#include "base/Result.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kelvaro {
+
+// Nanoseconds since 1970-01-01 00:00 UTC; negative before.
+struct FileTime {
+    std::int64_t nanoseconds = 0;
+    double seconds() const { return static_cast<double>(nanoseconds) * 1e-9; }
+    bool operator==(const FileTime&) const = default;
+};
+
+struct FileStatus {
+    enum class Kind { file, folder, other };
+    Kind kind = Kind::file;
+    std::int64_t size = 0; // bytes
+    FileTime modified;
+};
+
+struct FolderEntry {
+    std::string name;
+    FileStatus::Kind kind = FileStatus::Kind::file;
+};
+
+// A file that is being written under a hidden temporary name beside its target. Nothing is seen
+// under the target's name before `commit`; without it the destructor removes the temporary file.
+class PendingFile {
+public:
+    virtual ~PendingFile() = default;
+    // Writes all bytes at `offset`, which may lie past the end (the gap reads as zeros).
+    virtual Result<void> writeAt(std::int64_t offset, std::span<const std::byte> bytes) = 0;
+    // Fills `bytes` with what was written at `offset`; returns how many bytes there were.
+    virtual Result<std::size_t> readAt(std::int64_t offset, std::span<std::byte> bytes) = 0;
+    virtual std::int64_t size() const = 0;
+    // Flushes to the disk, moves into place over whatever is there, and flushes the folder.
+    virtual Result<void> commit() = 0;
+};
+
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+    // Follows symbolic links. A missing file is FailureKind::notFound.
+    virtual Result<FileStatus> status(const std::filesystem::path& path) = 0;
+    // The names directly inside, in no particular order, without "." and "..".
+    virtual Result<std::vector<FolderEntry>> list(const std::filesystem::path& folder) = 0;
+    // The whole content; FailureKind::tooLarge when it has more than `limit` bytes.
+    virtual Result<std::vector<std::byte>> read(const std::filesystem::path& path,
+                                                std::int64_t limit) = 0;
+    // Creates the folder and its missing parents; an existing folder is a success.
+    virtual Result<void> createFolder(const std::filesystem::path& folder) = 0;
+    // Begins an atomic write of `target`, whose folder must exist.
+    virtual Result<std::unique_ptr<PendingFile>> create(const std::filesystem::path& target) = 0;
+    // Removes a file and flushes its folder; a missing file is FailureKind::notFound.
+    virtual Result<void> remove(const std::filesystem::path& path) = 0;
+};
+
+// create, write, commit.
+Result<void> writeAtomically(FileSystem& files, const std::filesystem::path& target,
+                             std::span<const std::byte> bytes);
+
+} // namespace kelvaro

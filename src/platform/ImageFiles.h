@@ -1,0 +1,65 @@
+// Reading and writing of ordinary picture files (JPEG, PNG, TIFF, HEIC). Thread-safe and blocking.
+#pragma once
+
+#include "base/Cancellation.h"
+#include "base/Result.h"
+#include "platform/Bitmap.h"
+#include "platform/FileSystem.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace kelvaro {
+
+// One decoded picture, upright (the file's orientation is applied).
+struct DecodedBitmap {
+    Bitmap pixels;
+    ColourDecoding colour;
+    std::string profileName; // of the embedded profile; "sRGB" or "Linear Rec. 709" where there is none
+    int fileBitsPerSample = 8;
+};
+
+struct DecodeLimits {
+    std::int64_t maximumPixels = 1'000'000'000; // claimed sizes above are refused before allocation
+    std::int64_t maximumBytes = std::int64_t(8) << 30; // of decoded samples
+};
+
+class ImageReader {
+public:
+    virtual ~ImageReader() = default;
+    // The kind of file is told from its content, never from its name. Non-finite float samples
+    // become 0. A picture that breaks off in the middle is a failure, not half a picture, except
+    // that a JPEG or PNG with damage that its decoder can mend counts as readable.
+    virtual Result<DecodedBitmap> decode(const std::filesystem::path& path,
+                                         const DecodeLimits& limits = {},
+                                         const Cancellation* cancellation = nullptr) = 0;
+    // The same from bytes in memory, for embedded previews; `name` is what messages call them.
+    virtual Result<DecodedBitmap> decode(std::span<const std::byte> bytes, const std::string& name,
+                                         const DecodeLimits& limits = {},
+                                         const Cancellation* cancellation = nullptr) = 0;
+};
+
+enum class OutputSpace { sRGB, displayP3, linearRec709 };
+
+enum class FileFormat { jpeg, heic, tiff, png };
+
+// "jpg", "jpeg", "heic", "heif", "tif", "tiff", "png", in any case, with or without the dot.
+std::optional<FileFormat> formatOfExtension(const std::string& extension);
+
+struct EncodeSettings {
+    FileFormat format = FileFormat::jpeg;
+    double quality = 0.9;               // 0 … 1, for JPEG and HEIC
+    OutputSpace space = OutputSpace::sRGB; // tells which profile to embed; the samples are in it already
+};
+
+class ImageWriter {
+public:
+    virtual ~ImageWriter() = default;
+    // Writes `pixels` into `file` from offset 0, without committing it. JPEG and HEIC take u8, PNG u8
+    // and u16, TIFF u8, u16 and f32 (linear). JPEG and HEIC refuse alpha (flatten first).
+    virtual Result<void> encode(const Bitmap& pixels, const EncodeSettings& settings,
+                                PendingFile& file, const Cancellation* cancellation = nullptr) = 0;
+};
+
+} // namespace kelvaro

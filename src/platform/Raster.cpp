@@ -1,0 +1,42 @@
+#include "platform/Raster.h"
+
+#include "base/Require.h"
+
+#include <cstring>
+#include <new>
+
+namespace kelvaro {
+
+namespace {
+constexpr std::align_val_t kAlignment{64};
+}
+
+void Raster::Free::operator()(float* p) const noexcept { ::operator delete(p, kAlignment); }
+
+Raster::Raster(PixelRect extent, bool hasAlpha) : extent_(extent), hasAlpha_(hasAlpha) {
+    KELVARO_REQUIRE(extent.width >= 0 && extent.height >= 0);
+    stride_ = (std::ptrdiff_t(extent.width) + kRowGroup - 1) / kRowGroup * kRowGroup;
+    const std::size_t size = bytes();
+    if (size > 0) pixels_.reset(static_cast<float*>(::operator new(size, kAlignment)));
+}
+
+std::size_t Raster::bytes() const {
+    return std::size_t(stride_) * std::size_t(extent_.height) * (hasAlpha_ ? 4 : 3) * sizeof(float);
+}
+
+TileView Raster::view() {
+    TileView view{extent_, {}, stride_};
+    const std::ptrdiff_t plane = stride_ * extent_.height;
+    for (int i = 0; i < (hasAlpha_ ? 4 : 3); ++i) view.planes[i] = pixels_.get() + plane * i;
+    return view;
+}
+
+ConstTileView Raster::view() const { return const_cast<Raster*>(this)->view(); }
+
+Raster Raster::clone() const {
+    Raster copy(extent_, hasAlpha_);
+    if (bytes() > 0) std::memcpy(copy.pixels_.get(), pixels_.get(), bytes());
+    return copy;
+}
+
+} // namespace kelvaro

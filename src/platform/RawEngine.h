@@ -1,0 +1,54 @@
+// What we ask of the RAW engine: open a camera file, say what it knows, deliver scene-linear pixels.
+#pragma once
+
+#include "base/Cancellation.h"
+#include "base/Result.h"
+#include "platform/Image.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace kelvaro {
+
+struct RawProperties {
+    PixelSize size;                  // upright, cropped to the active area
+    double asShotTemperature = 6500; // kelvin
+    double asShotTint = 0;           // −150 … 150, positive towards magenta
+    double baselineExposureStops = 0; // applied in `develop`
+    double defaultSharpness = 0;
+    bool supportsSharpness = false;
+};
+
+struct RawDevelopSettings {
+    double sharpness = 0;    // −100 … 100 about the default
+    bool captureOnly = false; // neither sharpening nor noise reduction
+    int reduction = 1;       // 1 full size, 2 half size (one pixel per 2 × 2 block)
+};
+
+struct EmbeddedPreview {
+    std::vector<std::byte> bytes; // a JPEG file in memory
+    int orientation = 1;          // EXIF orientation to apply when the JPEG itself says nothing
+};
+
+// One open RAW file. Not thread-safe; may be used from any one thread at a time.
+class RawFile {
+public:
+    virtual ~RawFile() = default;
+    virtual const RawProperties& properties() const = 0;
+    // The whole photo upright, origin (0, 0), scene-linear Rec. 709 at the as-shot white balance, full
+    // float range: negative and over-range values are kept, non-finite ones become 0.
+    virtual Result<std::shared_ptr<const PixelSource>>
+    develop(const RawDevelopSettings& settings, const Cancellation* cancellation) = 0;
+    // The largest embedded JPEG, without decoding the RAW data; none when the file has none.
+    virtual Result<std::optional<EmbeddedPreview>> preview() = 0;
+};
+
+class RawEngine {
+public:
+    virtual ~RawEngine() = default;
+    virtual Result<std::unique_ptr<RawFile>> open(const std::filesystem::path& path) = 0;
+};
+
+} // namespace kelvaro
