@@ -65,6 +65,8 @@ Image constantColour(std::array<float, 4> premultiplied); // infinite
 // Runs a point-wise kernel. The result has the first input's extent and alpha; the other inputs are
 // sampled at the same coordinate. `uniforms` are in the kernel's order and count.
 Image applyKernel(const Kernel& kernel, std::vector<Image> inputs, std::vector<double> uniforms);
+// A kernel without inputs, which makes its pixels from their position alone; opaque.
+Image generated(const Kernel& kernel, std::vector<double> uniforms, const PixelRect& extent);
 
 // The point-wise built-ins. Each returns its input itself when it would change nothing.
 Image exposureAdjusted(const Image& image, double stops);
