@@ -158,10 +158,17 @@ std::optional<ColourModel> chooseModel(jpeg_decompress_struct& info) {
     }
 }
 
+// Files that close with an end marker were not cut: what is missing there is damage.
+bool endsWithMarker(ByteSource& source) {
+    std::array<std::byte, 2> last{};
+    source.readAt(source.size() - 2, last);
+    return last[0] == std::byte(0xFF) && last[1] == std::byte(JPEG_EOI);
+}
+
 // Whether the picture needed more than the file held. A missing end marker alone is no loss.
 bool brokeOff(JpegInput& input) {
     auto& info = input.info;
-    if (!input.reachedEnd) return false;
+    if (!input.reachedEnd || endsWithMarker(input.job.source)) return false;
     if (input.errors.ranOutOfBits || info.arith_code) return true;
     if (!info.progressive_mode) return jpeg_has_multiple_scans(&info);
     for (int c = 0; c < info.num_components; ++c)

@@ -166,6 +166,7 @@ Result<TiffLayout> readLayout(const DecodeJob& job, TIFF* tiff) {
     findAlpha(tiff, layout);
     if (!TIFFIsCODECConfigured(std::uint16_t(layout.compression)))
         return fail(job.unsupported("a rare kind of TIFF compression"));
+    layout.fileBits = layout.bits;
     chooseDelivery(tiff, layout);
     const int colours = colourSamplesOf(layout.photometric);
     if (colours == 0) return fail(job.unsupported("a rare kind of TIFF colour"));
@@ -182,7 +183,7 @@ Result<StoredPicture> storedPictureOf(const DecodeJob& job, TIFF* tiff, const Ti
     stored.alpha = layout.byLibrary ? AlphaKind::none : layout.alpha;
     stored.type = unpackedType(layout);
     stored.orientation = layout.orientation;
-    stored.fileBitsPerSample = layout.bits;
+    stored.fileBitsPerSample = layout.fileBits;
     std::uint32_t size = 0;
     const void* profile = nullptr;
     if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &size, &profile) && profile)

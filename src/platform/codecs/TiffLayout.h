@@ -8,8 +8,9 @@ namespace kelvaro {
 
 struct TiffLayout {
     PixelSize size;
-    int bits = 1;    // per sample in the file
-    int samples = 1; // per pixel, extra ones included
+    int bits = 1;     // per sample as delivered
+    int fileBits = 1; // per sample as the file says
+    int samples = 1;  // per pixel, extra ones included
     int format = SAMPLEFORMAT_UINT;
     int photometric = PHOTOMETRIC_MINISBLACK;
     int compression = COMPRESSION_NONE;
