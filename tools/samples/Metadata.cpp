@@ -59,6 +59,9 @@ Exiv2::ExifData exifOf(const PhotoRecord& record, PixelSize storedSize) {
     exif["Exif.Image.Copyright"] = "(c) 2025 " + record.artist;
     exif["Exif.Image.DateTime"] = record.taken;
 
+    exif["Exif.Image.XResolution"] = Exiv2::URational(300, 1);
+    exif["Exif.Image.YResolution"] = Exiv2::URational(300, 1);
+    exif["Exif.Image.ResolutionUnit"] = std::uint16_t(2);
     exif["Exif.Photo.ExifVersion"] = "48 50 51 50";
     exif["Exif.Photo.DateTimeOriginal"] = record.taken;
     exif["Exif.Photo.DateTimeDigitized"] = record.taken;

@@ -5,6 +5,20 @@
 namespace kelvaro::samples {
 namespace {
 
+constexpr std::uint32_t kStepX = 0x9e3779b1u, kStepY = 0x85ebca77u, kStepSeed = 0xc2b2ae3du;
+
+std::uint32_t mixed(std::uint32_t h) {
+    h = (h ^ (h >> 16)) * 0x7feb352du;
+    h = (h ^ (h >> 15)) * 0x846ca68bu;
+    return h ^ (h >> 16);
+}
+
+// std::floor is a call into the library on the oldest instruction set that we support.
+int wholeBelow(double x) {
+    const int whole = int(x);
+    return whole - (x < whole ? 1 : 0);
+}
+
 double fade(double t) {
     return t * t * t * (t * (t * 6 - 15) + 10);
 }
@@ -28,13 +42,7 @@ double octaveSum(double x, double y, int octaves, std::uint32_t seed, Octave oct
 } // namespace
 
 std::uint32_t hashed(std::int32_t x, std::int32_t y, std::uint32_t seed) {
-    std::uint32_t h = seed * 0x85ebca6bu + 0x27d4eb2fu;
-    h = (h ^ std::uint32_t(x)) * 0xcc9e2d51u;
-    h ^= h >> 15;
-    h = (h ^ std::uint32_t(y)) * 0x1b873593u;
-    h ^= h >> 13;
-    h *= 0xc2b2ae35u;
-    return h ^ (h >> 16);
+    return mixed(std::uint32_t(x) * kStepX + std::uint32_t(y) * kStepY + seed * kStepSeed);
 }
 
 double hashedUnit(std::int32_t x, std::int32_t y, std::uint32_t seed) {
@@ -42,13 +50,14 @@ double hashedUnit(std::int32_t x, std::int32_t y, std::uint32_t seed) {
 }
 
 double valueNoise(double x, double y, std::uint32_t seed) {
-    const double left = std::floor(x), low = std::floor(y);
-    const auto ix = std::int32_t(left), iy = std::int32_t(low);
-    const double fx = fade(x - left), fy = fade(y - low);
-    const double a = hashedUnit(ix, iy, seed), b = hashedUnit(ix + 1, iy, seed);
-    const double c = hashedUnit(ix, iy + 1, seed), d = hashedUnit(ix + 1, iy + 1, seed);
+    const int ix = wholeBelow(x), iy = wholeBelow(y);
+    const double fx = fade(x - ix), fy = fade(y - iy);
+    const std::uint32_t corner =
+        std::uint32_t(ix) * kStepX + std::uint32_t(iy) * kStepY + seed * kStepSeed;
+    const double a = mixed(corner), b = mixed(corner + kStepX);
+    const double c = mixed(corner + kStepY), d = mixed(corner + kStepX + kStepY);
     const double lower = a + (b - a) * fx, upper = c + (d - c) * fx;
-    return lower + (upper - lower) * fy;
+    return (lower + (upper - lower) * fy) * (1.0 / 4294967295.0);
 }
 
 double fractalNoise(double x, double y, int octaves, std::uint32_t seed) {

@@ -8,7 +8,9 @@
 namespace kelvaro::samples {
 namespace {
 
-constexpr int kHillLayers = 4;
+// The hills' outlines are worked out once, at this many points for each picture height.
+constexpr int kRidgeSteps = 4000;
+constexpr double kRidgeMargin = 0.2;
 
 // Paints `paint` over `colour` with the given coverage.
 void over(Colour& colour, Colour paint, double coverage) {
@@ -39,6 +41,10 @@ Scene::Scene(SceneKind kind, std::uint32_t seed, double aspect)
     houseX_ = aspect_ * (0.18 + 0.2 * random(3));
     treeX_ = aspect_ * (0.78 + 0.12 * random(4));
     boatX_ = aspect_ * (0.45 + 0.2 * random(5));
+    for (int layer = 0; layer < kHillLayers; ++layer)
+        for (int i = 0; i <= int((aspect_ + 2 * kRidgeMargin) * kRidgeSteps) + 1; ++i)
+            ridges_[std::size_t(layer)].push_back(
+                float(drawnRidge(layer, double(i) / kRidgeSteps - kRidgeMargin)));
     if (kind != SceneKind::balloonMorning) return;
     const Colour paints[] = {{0.75, 0.03, 0.03}, {0.9, 0.55, 0.02}, {0.03, 0.2, 0.65},
                              {0.85, 0.85, 0.8},  {0.02, 0.4, 0.2},  {0.45, 0.05, 0.4}};
@@ -74,7 +80,7 @@ Colour Scene::sky(double x, double y, bool withClouds) const {
     const double depth = 0.35 / (height + 0.10);
     const double u = (x - 0.5 * aspect_) * depth * 1.7, v = depth * 2.6;
     const double warp = valueNoise(u * 0.8, v * 0.8, seed_ + 3);
-    const double body = fractalNoise(u + warp, v, 6, seed_ + 1);
+    const double body = fractalNoise(u + warp, v, 5, seed_ + 1);
     const double from = 0.68 - 0.34 * palette_.cloudCover;
     const double density = smoothStep(from, from + 0.2, body) * smoothStep(0.0, 0.12, height);
     if (density <= 0) return colour;
@@ -90,28 +96,42 @@ Colour Scene::sky(double x, double y, bool withClouds) const {
 
 // Clouds throw shadows on the land: 1 in full sun, less below a cloud.
 double Scene::sunlight(double x, double depth) const {
-    const double body = fractalNoise(x * 1.3 + 5, depth * 5, 3, seed_ + 40);
+    const double body = fractalNoise(x * 1.3 + 5, depth * 5, 2, seed_ + 40);
     return 1 - 0.75 * unit(2 * palette_.cloudCover) * smoothStep(0.5, 0.62, body);
 }
 
 double Scene::ridge(int layer, double x) const {
+    const auto& table = ridges_[std::size_t(layer)];
+    const double at =
+        std::clamp((x + kRidgeMargin) * kRidgeSteps, 0.0, double(table.size()) - 1.001);
+    const auto index = std::size_t(at);
+    const double share = at - double(index);
+    return double(table[index]) * (1 - share) + double(table[index + 1]) * share;
+}
+
+double Scene::drawnRidge(int layer, double x) const {
     const double nearness = layer / double(kHillLayers - 1);
     const bool rugged = palette_.snowLine >= 0 || layer == 0;
     const double u = x * (rugged ? 1.5 : 1.0) * (1 + 0.5 * nearness) + 13.7 * layer;
     const double form = rugged ? ridgedNoise(u, 0.5, 6, seed_ + 100 + std::uint32_t(layer))
                                : fractalNoise(u, 0.5, 5, seed_ + 100 + std::uint32_t(layer));
     const double height = (palette_.snowLine >= 0 ? 0.38 : 0.24) * (1 - 0.72 * nearness);
-    return horizon_ - height * form - 0.012 * (1 - nearness);
+    // The nearest one is wooded to its top.
+    const double wood = layer < kHillLayers - 1
+                            ? 0
+                            : 0.022 * std::pow(valueNoise(x * 70, 3, seed_ + 9), 2) *
+                                  (0.4 + valueNoise(x * 300, 8, seed_ + 10));
+    return horizon_ - height * form - 0.012 * (1 - nearness) - wood;
 }
 
 Colour Scene::hill(int layer, double x, double y) const {
     const double nearness = layer / double(kHillLayers - 1);
     const double scale = 9 + 10 * nearness;
     const auto noiseSeed = seed_ + 200 + std::uint32_t(layer);
-    const double here = fractalNoise(x * scale, y * scale * 1.6, 5, noiseSeed);
+    const double here = fractalNoise(x * scale, y * scale * 1.6, 4, noiseSeed);
     const double side = palette_.sunX * aspect_ > x ? 1 : -1;
     const double beside =
-        fractalNoise(x * scale + side * 0.25, y * scale * 1.6 - 0.2, 4, noiseSeed);
+        fractalNoise(x * scale + side * 0.25, y * scale * 1.6 - 0.2, 3, noiseSeed);
     const double lit = unit(0.45 + 2.6 * (here - beside));
 
     Colour reflectance =
@@ -131,9 +151,6 @@ Colour Scene::beyondShore(double x, double y, double pixel) const {
     int first = -1;
     for (int layer = 0; layer < kHillLayers; ++layer) {
         tops[layer] = ridge(layer, x);
-        if (layer == kHillLayers - 1) // the nearest one is wooded to its top
-            tops[layer] -= 0.022 * std::pow(valueNoise(x * 70, 3, seed_ + 9), 2) *
-                           (0.4 + valueNoise(x * 300, 8, seed_ + 10));
         if (y - tops[layer] > pixel) first = layer;
     }
     Colour colour;
@@ -170,7 +187,7 @@ Colour Scene::waterAt(double x, double y, double pixel) const {
 Colour Scene::meadowAt(double x, double y, double pixel) const {
     const double depth = (y - horizon_) / (1 - horizon_) + 0.06; // 0 far … 1 near
     const double u = (x - 0.5 * aspect_) / depth, v = 1 / depth;
-    const double patches = fractalNoise(u * 1.4, v * 3, 4, seed_ + 70);
+    const double patches = fractalNoise(u * 1.4, v * 3, 3, seed_ + 70);
     const double blades = fractalNoise(u * 40, v * 90, 3, seed_ + 71);
     const double rows = kind_ == SceneKind::autumnFarm
                             ? 0.5 + 0.5 * std::sin(u * 24 + 1.2 * patches) * unit(3 * depth)

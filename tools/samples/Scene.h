@@ -5,6 +5,7 @@
 
 #include "samples/Colour.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -52,6 +53,7 @@ private:
     Colour beyondShore(double x, double y, double pixel) const;
     Colour hill(int layer, double x, double y) const;
     double ridge(int layer, double x) const;
+    double drawnRidge(int layer, double x) const;
     double sunlight(double x, double depth) const;
     Colour waterAt(double x, double y, double pixel) const;
     Colour meadowAt(double x, double y, double pixel) const;
@@ -67,6 +69,8 @@ private:
     double horizon_; // height of the far shore
     double shore_;   // where water ends and the near ground begins
     double houseX_, treeX_, boatX_;
+    static constexpr int kHillLayers = 4;
+    std::array<std::vector<float>, kHillLayers> ridges_; // heights of the outlines, far to near
     std::vector<Balloon> balloons_;
 };
 
