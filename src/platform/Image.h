@@ -7,6 +7,7 @@
 #pragma once
 
 #include "base/Geometry.h"
+#include "platform/Bitmap.h"
 #include "platform/Kernel.h"
 #include "platform/Raster.h"
 
@@ -60,6 +61,9 @@ struct AffineTransform {
 
 Image imageFrom(std::shared_ptr<const PixelSource> source);
 Image imageFrom(Raster raster);
+// A decoded file at origin (0, 0). The samples stay as they are (8-bit files take 3 bytes a pixel)
+// and become linear light tile by tile.
+std::shared_ptr<const PixelSource> sourceFrom(Bitmap pixels, ColourDecoding colour);
 Image constantColour(std::array<float, 4> premultiplied); // infinite
 
 // Runs a point-wise kernel. The result has the first input's extent and alpha; the other inputs are
@@ -73,8 +77,8 @@ Image exposureAdjusted(const Image& image, double stops);
 struct WhitePoint {
     double kelvin = 6500, tint = 0;
 };
-// Chromatic adaptation (Bradford) that makes a surface which looked white under `neutral` look as it
-// would under `target`: light recorded under `neutral` becomes light under `target`.
+// Chromatic adaptation (Bradford) that makes a surface which looked white under `neutral` look as
+// it would under `target`: light recorded under `neutral` becomes light under `target`.
 Image temperatureAndTint(const Image& image, WhitePoint neutral, WhitePoint target);
 // Rows of a 3 × 3 matrix on the colour channels; alpha is kept.
 Image colourMatrix(const Image& image, const std::array<std::array<double, 3>, 3>& rows);
@@ -84,8 +88,8 @@ Image colourMatrix(const Image& image, const std::array<std::array<double, 3>, 3
 Image lanczosScaled(const Image& image, double scale);
 // The same, to a given size (the two scales may then differ by rounding). Origin becomes (0, 0).
 Image lanczosResized(const Image& image, PixelSize size);
-// Mean over a window of 2 radius + 1 in both directions; the extent grows by radius. Clamp the input
-// to its extent first, and crop back afterwards, for edges that repeat.
+// Mean over a window of 2 radius + 1 in both directions; the extent grows by radius. Clamp the
+// input to its extent first, and crop back afterwards, for edges that repeat.
 Image boxBlurred(const Image& image, int radius);
 // Edge pixels repeat without end.
 Image clampedToExtent(const Image& image);

@@ -11,31 +11,39 @@ namespace {
 constexpr std::align_val_t kAlignment{64};
 }
 
-void Raster::Free::operator()(float* p) const noexcept { ::operator delete(p, kAlignment); }
+void AlignedFloats::Free::operator()(float* p) const noexcept {
+    ::operator delete(p, kAlignment);
+}
+
+AlignedFloats::AlignedFloats(std::size_t count)
+    : size_(count),
+      memory_(count == 0 ? nullptr
+                         : static_cast<float*>(::operator new(count * sizeof(float), kAlignment))) {
+}
 
 Raster::Raster(PixelRect extent, bool hasAlpha) : extent_(extent), hasAlpha_(hasAlpha) {
     KELVARO_REQUIRE(extent.width >= 0 && extent.height >= 0);
     stride_ = (std::ptrdiff_t(extent.width) + kRowGroup - 1) / kRowGroup * kRowGroup;
-    const std::size_t size = bytes();
-    if (size > 0) pixels_.reset(static_cast<float*>(::operator new(size, kAlignment)));
-}
-
-std::size_t Raster::bytes() const {
-    return std::size_t(stride_) * std::size_t(extent_.height) * (hasAlpha_ ? 4 : 3) * sizeof(float);
+    const std::size_t plane = std::size_t(stride_) * std::size_t(extent.height);
+    // One group of slack: vector code may look one vector past the last row.
+    if (plane > 0) pixels_ = AlignedFloats(plane * (hasAlpha ? 4 : 3) + kRowGroup);
 }
 
 TileView Raster::view() {
     TileView view{extent_, {}, stride_};
     const std::ptrdiff_t plane = stride_ * extent_.height;
-    for (int i = 0; i < (hasAlpha_ ? 4 : 3); ++i) view.planes[i] = pixels_.get() + plane * i;
+    for (int i = 0; i < (hasAlpha_ ? 4 : 3); ++i)
+        view.planes[i] = pixels_.data() + plane * i;
     return view;
 }
 
-ConstTileView Raster::view() const { return const_cast<Raster*>(this)->view(); }
+ConstTileView Raster::view() const {
+    return const_cast<Raster*>(this)->view();
+}
 
 Raster Raster::clone() const {
     Raster copy(extent_, hasAlpha_);
-    if (bytes() > 0) std::memcpy(copy.pixels_.get(), pixels_.get(), bytes());
+    if (bytes() > 0) std::memcpy(copy.pixels_.data(), pixels_.data(), bytes());
     return copy;
 }
 

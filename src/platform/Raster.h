@@ -1,6 +1,6 @@
-// Planar 32-bit float pixels in the working space: linear light, Rec. 709 primaries, extended range,
-// alpha premultiplied. Rows are stored top-down, aligned and padded so that vector code may work on
-// whole groups of pixels past the last column. Moved, never copied by accident.
+// Planar 32-bit float pixels in the working space: linear light, Rec. 709 primaries, extended
+// range, alpha premultiplied. Rows are stored top-down, aligned and padded so that vector code may
+// work on whole groups of pixels past the last column. Moved, never copied by accident.
 #pragma once
 
 #include "base/Geometry.h"
@@ -10,18 +10,16 @@
 
 namespace kelvaro {
 
-inline constexpr int kPlanes = 4; // red, green, blue, alpha
+inline constexpr int kPlanes = 4;    // red, green, blue, alpha
 inline constexpr int kRowGroup = 64; // floats: every row starts and ends on a multiple of this
 
 // A view of planar pixels somebody else owns. `planes[3]` is null where there is no alpha (opaque).
 struct TileView {
-    PixelRect rect;                       // in image space; row 0 of the storage is the topmost
-    float* planes[kPlanes] = {};          // first pixel of the topmost row
-    std::ptrdiff_t stride = 0;            // floats from one row to the next
+    PixelRect rect;              // in image space; row 0 of the storage is the topmost
+    float* planes[kPlanes] = {}; // first pixel of the topmost row
+    std::ptrdiff_t stride = 0;   // floats from one row to the next
 
-    float* row(int plane, int rowFromTop) const {
-        return planes[plane] + stride * rowFromTop;
-    }
+    float* row(int plane, int rowFromTop) const { return planes[plane] + stride * rowFromTop; }
     bool hasAlpha() const { return planes[3] != nullptr; }
 };
 
@@ -41,6 +39,22 @@ struct ConstTileView {
     bool hasAlpha() const { return planes[3] != nullptr; }
 };
 
+// Uninitialised float memory, aligned to 64 bytes.
+class AlignedFloats {
+public:
+    AlignedFloats() = default;
+    explicit AlignedFloats(std::size_t count); // throws std::bad_alloc
+    float* data() const { return memory_.get(); }
+    std::size_t size() const { return memory_ ? size_ : 0; }
+
+private:
+    struct Free {
+        void operator()(float* p) const noexcept;
+    };
+    std::size_t size_ = 0;
+    std::unique_ptr<float[], Free> memory_;
+};
+
 class Raster {
 public:
     Raster() = default;
@@ -52,7 +66,7 @@ public:
     const PixelRect& extent() const { return extent_; }
     bool hasAlpha() const { return hasAlpha_; }
     bool isEmpty() const { return extent_.isEmpty(); }
-    std::size_t bytes() const;
+    std::size_t bytes() const { return pixels_.size() * sizeof(float); }
 
     TileView view();
     ConstTileView view() const;
@@ -63,13 +77,10 @@ public:
     Raster clone() const; // the deliberate copy
 
 private:
-    struct Free {
-        void operator()(float* p) const noexcept;
-    };
     PixelRect extent_;
     bool hasAlpha_ = false;
     std::ptrdiff_t stride_ = 0;
-    std::unique_ptr<float[], Free> pixels_;
+    AlignedFloats pixels_;
 };
 
 } // namespace kelvaro

@@ -1,0 +1,130 @@
+#include "platform/imaging/RenderPlan.h"
+
+#include "platform/imaging/Resampling.h"
+
+#include <cmath>
+#include <unordered_map>
+
+namespace kelvaro {
+
+namespace {
+
+// A rectangle moved to the nearest pixels of `extent`, never empty: what edges that repeat read.
+PixelRect clampedRect(const PixelRect& rect, const PixelRect& extent) {
+    const auto clampInto = [](int v, int low, int high) { return std::clamp(v, low, high - 1); };
+    const int x0 = clampInto(rect.x, extent.x, extent.right());
+    const int x1 = clampInto(rect.right() - 1, extent.x, extent.right());
+    const int y0 = clampInto(rect.y, extent.y, extent.top());
+    const int y1 = clampInto(rect.top() - 1, extent.y, extent.top());
+    return {x0, y0, x1 - x0 + 1, y1 - y0 + 1};
+}
+
+PixelRect lanczosInput(const LanczosOperation& op, const PixelRect& rect, const PixelRect& from) {
+    const auto axis = [](double first, double last, double scale, double origin, double outOrigin) {
+        const double support = lanczosSupport(scale);
+        const double low = origin + (first - outOrigin) / scale - support;
+        const double high = origin + (last - outOrigin) / scale + support;
+        return std::pair{static_cast<int>(std::floor(low)), static_cast<int>(std::ceil(high))};
+    };
+    const auto [x0, x1] =
+        axis(rect.x, rect.right(), op.scaleX, op.inputOrigin.x, op.outputOrigin.x);
+    const auto [y0, y1] = axis(rect.y, rect.top(), op.scaleY, op.inputOrigin.y, op.outputOrigin.y);
+    // Taps are read eight at a time, so a few more columns must be there (their weights are 0).
+    return clampedRect({x0, y0, x1 + 8 - x0, y1 - y0}, from);
+}
+
+PixelRect affineInput(const AffineOperation& op, const PixelRect& rect, const PixelRect& from) {
+    double x0 = INFINITY, y0 = INFINITY, x1 = -INFINITY, y1 = -INFINITY;
+    for (int corner = 0; corner < 4; ++corner) {
+        const double x = corner & 1 ? rect.right() : rect.x, y = corner & 2 ? rect.top() : rect.y;
+        const double u = op.inverse.a * x + op.inverse.c * y + op.inverse.tx;
+        const double v = op.inverse.b * x + op.inverse.d * y + op.inverse.ty;
+        x0 = std::min(x0, u), x1 = std::max(x1, u), y0 = std::min(y0, v), y1 = std::max(y1, v);
+    }
+    const double limit = 1 << 29;
+    const auto whole = [&](double v) { return static_cast<int>(std::clamp(v, -limit, limit)); };
+    const int halo = samplingRadius(op.sampling) + 1;
+    const int left = whole(std::floor(x0)) - halo, bottom = whole(std::floor(y0)) - halo;
+    const int right = whole(std::ceil(x1)) + halo, top = whole(std::ceil(y1)) + halo;
+    return clampedRect({left, bottom, right - left, top - bottom}, from);
+}
+
+PixelRect stretchInput(const PixelRect& rect, const PixelRect& over, const PixelRect& from) {
+    const double sx = double(from.width) / over.width, sy = double(from.height) / over.height;
+    const int x0 = static_cast<int>(std::floor((rect.x - over.x) * sx)) + from.x - 1;
+    const int x1 = static_cast<int>(std::ceil((rect.right() - over.x) * sx)) + from.x + 1;
+    const int y0 = static_cast<int>(std::floor((rect.y - over.y) * sy)) + from.y - 1;
+    const int y1 = static_cast<int>(std::ceil((rect.top() - over.y) * sy)) + from.y + 1;
+    return clampedRect({x0, y0, x1 - x0, y1 - y0}, from);
+}
+
+} // namespace
+
+PixelRect inputRequirement(const ImageNode& node, std::size_t index, const PixelRect& rect) {
+    const PixelRect& from = node.inputs[index].extent();
+    if (const auto* lanczos = std::get_if<LanczosOperation>(&node.operation))
+        return lanczosInput(*lanczos, rect, from);
+    if (const auto* blur = std::get_if<BoxBlurOperation>(&node.operation))
+        return outset(rect, blur->radius);
+    if (std::holds_alternative<ClampOperation>(node.operation)) return clampedRect(rect, from);
+    if (const auto* move = std::get_if<TranslateOperation>(&node.operation))
+        return {rect.x - move->dx, rect.y - move->dy, rect.width, rect.height};
+    if (const auto* affine = std::get_if<AffineOperation>(&node.operation))
+        return affineInput(*affine, rect, from);
+    if (std::holds_alternative<StretchOperation>(node.operation))
+        return stretchInput(rect, node.extent, from);
+    return rect;
+}
+
+// Depth first without recursion, so that a long chain of masks cannot overflow the stack.
+RenderPlan::RenderPlan(const Image& image) : root_(image) {
+    std::unordered_map<const ImageNode*, int> finished;
+    struct Visit {
+        const ImageNode* node;
+        std::size_t nextInput = 0;
+    };
+    std::vector<Visit> open{{&image.node()}};
+    while (!open.empty()) {
+        Visit& visit = open.back();
+        if (finished.contains(visit.node)) {
+            open.pop_back();
+        } else if (visit.nextInput < visit.node->inputs.size()) {
+            const ImageNode* input = &visit.node->inputs[visit.nextInput++].node();
+            if (!finished.contains(input)) open.push_back({input});
+        } else {
+            PlanStep step{visit.node, {}};
+            for (const Image& input : visit.node->inputs)
+                step.inputs.push_back(finished.at(&input.node()));
+            finished.emplace(visit.node, static_cast<int>(steps_.size()));
+            steps_.push_back(std::move(step));
+            open.pop_back();
+        }
+    }
+}
+
+std::vector<PixelRect> RenderPlan::requirements(const PixelRect& output) const {
+    std::vector<PixelRect> needed(steps_.size());
+    needed.back() = intersection(output, steps_.back().node->extent);
+    for (std::size_t i = steps_.size(); i-- > 0;) {
+        if (needed[i].isEmpty()) continue;
+        const ImageNode& node = *steps_[i].node;
+        for (std::size_t k = 0; k < steps_[i].inputs.size(); ++k) {
+            const int input = steps_[i].inputs[k];
+            const PixelRect part =
+                intersection(inputRequirement(node, k, needed[i]), node.inputs[k].extent());
+            needed[input] = bounding(needed[input], part);
+        }
+    }
+    return needed;
+}
+
+bool RenderPlan::hasNeighbourhoods() const {
+    for (const PlanStep& step : steps_)
+        if (std::holds_alternative<LanczosOperation>(step.node->operation) ||
+            std::holds_alternative<BoxBlurOperation>(step.node->operation) ||
+            std::holds_alternative<AffineOperation>(step.node->operation))
+            return true;
+    return false;
+}
+
+} // namespace kelvaro

@@ -1,0 +1,279 @@
+#include "platform/imaging/RowOperations.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "platform/imaging/RowOperations.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kelvaro::rows::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+using D = hn::ScalableTag<float>;
+
+void fillRow(float* out, float value, std::size_t count) {
+    const D d;
+    const auto v = hn::Set(d, value);
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d))
+        hn::StoreU(v, d, out + i);
+}
+
+void scaleRow(float* out, const float* in, float weight, std::size_t count) {
+    const D d;
+    const auto w = hn::Set(d, weight);
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d))
+        hn::StoreU(hn::Mul(hn::LoadU(d, in + i), w), d, out + i);
+}
+
+void accumulateRow(float* out, const float* in, float weight, std::size_t count) {
+    const D d;
+    const auto w = hn::Set(d, weight);
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d))
+        hn::StoreU(hn::MulAdd(hn::LoadU(d, in + i), w, hn::LoadU(d, out + i)), d, out + i);
+}
+
+void mixRow(float* out, const float* a, const float* b, float t, std::size_t count) {
+    const D d;
+    const auto weight = hn::Set(d, t);
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+        const auto va = hn::LoadU(d, a + i);
+        hn::StoreU(hn::MulAdd(weight, hn::Sub(hn::LoadU(d, b + i), va), va), d, out + i);
+    }
+}
+
+// Vectors run along the taps, which are neighbours in memory; no gathers.
+void weightedSumsRow(float* out, const float* in, const std::int32_t* first, const float* weights,
+                     int taps, std::size_t count) {
+    const hn::CappedTag<float, 8> d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    for (std::size_t i = 0; i < count; ++i) {
+        const float* from = in + first[i];
+        const float* w = weights + i * std::size_t(taps);
+        auto sum = hn::Zero(d);
+        int k = 0;
+        for (; k + lanes <= taps; k += lanes)
+            sum = hn::MulAdd(hn::LoadU(d, from + k), hn::LoadU(d, w + k), sum);
+        float total = hn::GetLane(hn::SumOfLanes(d, sum));
+        for (; k < taps; ++k)
+            total += from[k] * w[k];
+        out[i] = total;
+    }
+}
+
+void interpolateRow(float* out, const float* in, const std::int32_t* index, const float* fraction,
+                    std::size_t count) {
+    const D d;
+    const hn::RebindToSigned<D> di;
+    const std::int32_t lanes = static_cast<std::int32_t>(hn::Lanes(d));
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+        const auto position = hn::LoadU(di, index + i);
+        const auto t = hn::LoadU(d, fraction + i);
+        const std::int32_t base = index[i];
+        auto a = hn::Zero(d), b = hn::Zero(d);
+        if (index[i + hn::Lanes(d) - 1] + 1 - base < lanes) {
+            // Enlarging: all neighbours stand in one vector, and two permutes fetch them.
+            const auto window = hn::LoadU(d, in + base);
+            const auto offset = hn::Sub(position, hn::Set(di, base));
+            a = hn::TableLookupLanes(window, hn::IndicesFromVec(d, offset));
+            b = hn::TableLookupLanes(window,
+                                     hn::IndicesFromVec(d, hn::Add(offset, hn::Set(di, 1))));
+        } else {
+            a = hn::GatherIndex(d, in, position);
+            b = hn::GatherIndex(d, in + 1, position);
+        }
+        hn::StoreU(hn::MulAdd(t, hn::Sub(b, a), a), d, out + i);
+    }
+}
+
+void maximumRow(float* out, const float* a, const float* b, std::size_t count) {
+    const D d;
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+        const auto va = hn::LoadU(d, a + i), vb = hn::LoadU(d, b + i);
+        hn::StoreU(hn::IfThenElse(hn::Lt(va, vb), vb, va), d, out + i);
+    }
+}
+
+void overRow(float* out, const float* top, const float* topAlpha, const float* bottom,
+             std::size_t count) {
+    const D d;
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+        const auto rest = hn::Sub(hn::Set(d, 1.0f), hn::LoadU(d, topAlpha + i));
+        hn::StoreU(hn::MulAdd(hn::LoadU(d, bottom + i), rest, hn::LoadU(d, top + i)), d, out + i);
+    }
+}
+
+using V = hn::Vec<D>;
+
+struct EncodeRow {
+    const BitmapFormat& format;
+    bool withAlpha;
+    bool matrix;
+};
+
+HWY_INLINE V srgbCurve(V x) {
+    const D d;
+    static constexpr float c[] = {1.461524844e+00f,  -1.155892968e+00f, 1.209145427e+00f,
+                                  -8.984079957e-01f, 3.947105110e-01f,  -7.620964199e-02f};
+    const V u = hn::Sqrt(hn::Sqrt(x));
+    V y = hn::Set(d, c[5]);
+    for (int i = 4; i >= 0; --i)
+        y = hn::MulAdd(y, u, hn::Set(d, c[i]));
+    y = hn::MulAdd(y, u, hn::Set(d, 1.235760599e-01f));
+    y = hn::MulAdd(y, u, hn::Set(d, -5.844660476e-02f));
+    const V line = hn::Mul(x, hn::Set(d, 12.92f));
+    return hn::IfThenElse(hn::Le(x, hn::Set(d, 0.0031308f)), line, y);
+}
+
+HWY_INLINE V clipped(V x) {
+    const D d;
+    // A NaN fails the test and becomes 0.
+    return hn::Min(hn::IfThenElseZero(hn::Gt(x, hn::Zero(d)), x), hn::Set(d, 1.0f));
+}
+
+// One vector of pixels: alpha, primaries, and for integers the clip and the curve.
+HWY_INLINE void finish(const EncodeRow& row, V& r, V& g, V& b, V& a) {
+    const D d;
+    using Alpha = BitmapFormat::Alpha;
+    if (row.format.alpha == Alpha::overWhite) {
+        const V rest = hn::Sub(hn::Set(d, 1.0f), a);
+        r = hn::Add(r, rest), g = hn::Add(g, rest), b = hn::Add(b, rest);
+    } else if (row.withAlpha) {
+        const V scale = hn::IfThenElseZero(hn::Gt(a, hn::Zero(d)), hn::Div(hn::Set(d, 1.0f), a));
+        r = hn::Mul(r, scale), g = hn::Mul(g, scale), b = hn::Mul(b, scale);
+    }
+    if (row.matrix) {
+        const auto& m = row.format.toTarget;
+        const auto line = [&](const std::array<float, 3>& k) HWY_ATTR {
+            return hn::MulAdd(hn::Set(d, k[2]), b,
+                              hn::MulAdd(hn::Set(d, k[1]), g, hn::Mul(hn::Set(d, k[0]), r)));
+        };
+        const V x = line(m[0]), y = line(m[1]), z = line(m[2]);
+        r = x, g = y, b = z;
+    }
+    if (row.format.type == SampleType::f32) return;
+    r = clipped(r), g = clipped(g), b = clipped(b), a = clipped(a);
+    if (row.format.curve == TransferCurve::sRGB)
+        r = srgbCurve(r), g = srgbCurve(g), b = srgbCurve(b);
+}
+
+template<class T>
+void storeInterleaved(const T* const planes[4], std::size_t count, int channels, T* out) {
+    const hn::ScalableTag<T> dt;
+    const std::size_t lanes = hn::Lanes(dt);
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto r = hn::LoadU(dt, planes[0] + i), g = hn::LoadU(dt, planes[1] + i);
+        const auto b = hn::LoadU(dt, planes[2] + i);
+        if (channels == 3)
+            hn::StoreInterleaved3(r, g, b, dt, out + 3 * i);
+        else
+            hn::StoreInterleaved4(r, g, b, hn::LoadU(dt, planes[3] + i), dt, out + 4 * i);
+    }
+    for (; i < count; ++i)
+        for (int c = 0; c < channels; ++c)
+            out[i * std::size_t(channels) + c] = planes[c][i];
+}
+
+template<class T>
+HWY_INLINE void storeSamples(V v, float scale, T* out) {
+    const D d;
+    if constexpr (sizeof(T) == 4) {
+        hn::StoreU(v, d, out);
+    } else {
+        // Rounded half up: the values are not negative, so adding a half and cutting off does it.
+        const auto whole = hn::ConvertTo(hn::RebindToSigned<D>(),
+                                         hn::MulAdd(v, hn::Set(d, scale), hn::Set(d, 0.5f)));
+        const hn::Rebind<T, D> dt;
+        hn::StoreU(hn::DemoteTo(dt, whole), dt, out);
+    }
+}
+
+template<class T>
+void encodeRow(const EncodeRow& row, const float* const planes[4], std::size_t count, T* out) {
+    constexpr std::size_t kBlock = 512;
+    const D d;
+    const float scale = sizeof(T) == 1 ? 255.0f : 65535.0f;
+    const int channels = row.withAlpha ? 4 : 3;
+    HWY_ALIGN T samples[4][kBlock];
+    const T* const views[4] = {samples[0], samples[1], samples[2], samples[3]};
+    for (std::size_t begin = 0; begin < count; begin += kBlock) {
+        const std::size_t size = std::min(kBlock, count - begin);
+        for (std::size_t i = 0; i < size; i += hn::Lanes(d)) {
+            V r = hn::LoadU(d, planes[0] + begin + i), g = hn::LoadU(d, planes[1] + begin + i);
+            V b = hn::LoadU(d, planes[2] + begin + i), a = hn::Set(d, 1.0f);
+            if (planes[3]) a = hn::LoadU(d, planes[3] + begin + i);
+            finish(row, r, g, b, a);
+            storeSamples(r, scale, samples[0] + i), storeSamples(g, scale, samples[1] + i);
+            storeSamples(b, scale, samples[2] + i), storeSamples(a, scale, samples[3] + i);
+        }
+        storeInterleaved(views, size, channels, out + begin * std::size_t(channels));
+    }
+}
+
+void encodeAnyRow(const float* const planes[4], std::size_t count, const BitmapFormat& format,
+                  bool withAlpha, std::byte* out) {
+    static constexpr decltype(format.toTarget) identity{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    const EncodeRow row{format, withAlpha, format.toTarget != identity};
+    if (format.type == SampleType::u8)
+        encodeRow(row, planes, count, reinterpret_cast<std::uint8_t*>(out));
+    else if (format.type == SampleType::u16)
+        encodeRow(row, planes, count, reinterpret_cast<std::uint16_t*>(out));
+    else
+        encodeRow(row, planes, count, reinterpret_cast<float*>(out));
+}
+
+} // namespace kelvaro::rows::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kelvaro::rows {
+
+HWY_EXPORT(fillRow);
+HWY_EXPORT(scaleRow);
+HWY_EXPORT(accumulateRow);
+HWY_EXPORT(mixRow);
+HWY_EXPORT(weightedSumsRow);
+HWY_EXPORT(interpolateRow);
+HWY_EXPORT(maximumRow);
+HWY_EXPORT(overRow);
+HWY_EXPORT(encodeAnyRow);
+
+void fill(float* out, float value, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(fillRow)(out, value, count);
+}
+void scale(float* out, const float* in, float weight, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(scaleRow)(out, in, weight, count);
+}
+void accumulate(float* out, const float* in, float weight, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(accumulateRow)(out, in, weight, count);
+}
+void mix(float* out, const float* a, const float* b, float t, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(mixRow)(out, a, b, t, count);
+}
+void weightedSums(float* out, const float* in, const std::int32_t* first, const float* weights,
+                  int taps, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(weightedSumsRow)(out, in, first, weights, taps, count);
+}
+void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
+                 std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(interpolateRow)(out, in, index, fraction, count);
+}
+void maximum(float* out, const float* a, const float* b, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(maximumRow)(out, a, b, count);
+}
+void over(float* out, const float* top, const float* topAlpha, const float* bottom,
+          std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(overRow)(out, top, topAlpha, bottom, count);
+}
+void encode(const float* const planes[4], std::size_t count, const BitmapFormat& format,
+            bool withAlpha, std::byte* out) {
+    HWY_DYNAMIC_DISPATCH(encodeAnyRow)(planes, count, format, withAlpha, out);
+}
+
+} // namespace kelvaro::rows
+#endif

@@ -1,0 +1,38 @@
+// The inner loops of the fast executor over one row of float samples, compiled for every
+// instruction set and chosen at run time. Rows need no alignment; reading or writing stays below
+// the next multiple of kRowGroup behind the last sample, so rows must be padded like those of a
+// Raster.
+#pragma once
+
+#include "platform/Renderer.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kelvaro::rows {
+
+void fill(float* out, float value, std::size_t count);
+// out = in × weight; then out += in × weight (fused).
+void scale(float* out, const float* in, float weight, std::size_t count);
+void accumulate(float* out, const float* in, float weight, std::size_t count);
+// out = a + t (b − a)
+void mix(float* out, const float* a, const float* b, float t, std::size_t count);
+// out[i] = sum over k < taps of in[first[i] + k] × weights[i × taps + k]; every read lies
+// inside the row.
+void weightedSums(float* out, const float* in, const std::int32_t* first, const float* weights,
+                  int taps, std::size_t count);
+// out[i] = in[index[i]] + fraction[i] (in[index[i] + 1] − in[index[i]]); index never decreases.
+void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
+                 std::size_t count);
+void maximum(float* out, const float* a, const float* b, std::size_t count);
+// out = top + bottom (1 − topAlpha), premultiplied source-over of one plane.
+void over(float* out, const float* top, const float* topAlpha, const float* bottom,
+          std::size_t count);
+
+// Primaries, clipping, transfer curve and rounding of one row; `planes[3]` may be null (opaque).
+// Writes `count` pixels of 3 or 4 interleaved samples. The sRGB curve is a polynomial in the fourth
+// root, within 6e-7 of the definition.
+void encode(const float* const planes[4], std::size_t count, const BitmapFormat& format,
+            bool withAlpha, std::byte* out);
+
+} // namespace kelvaro::rows

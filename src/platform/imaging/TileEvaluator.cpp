@@ -1,0 +1,248 @@
+#include "platform/imaging/TileEvaluator.h"
+
+#include "platform/imaging/ImageSpace.h"
+#include "platform/imaging/RowOperations.h"
+#include "platform/imaging/TileOperations.h"
+
+#include <cstring>
+
+namespace kelvaro {
+
+namespace {
+
+int planeCount(const ConstTileView& view) {
+    return view.hasAlpha() ? 4 : 3;
+}
+
+// Copies what `in` has of `out`'s rectangle; the rest becomes transparent black.
+void copyPadded(const ConstTileView& in, const TileView& out) {
+    const PixelRect shared = intersection(in.rect, out.rect);
+    const auto width = std::size_t(out.rect.width);
+    for (int plane = 0; plane < (out.hasAlpha() ? 4 : 3); ++plane) {
+        for (int row = 0; row < out.rect.height; ++row) {
+            float* to = out.row(plane, row);
+            if (!(shared == out.rect)) std::memset(to, 0, width * sizeof(float));
+            const int line = lineOfRow(out.rect, row);
+            if (line < shared.y || line >= shared.top()) continue;
+            float* begin = to + (shared.x - out.rect.x);
+            if (plane == 3 && !in.hasAlpha()) {
+                std::fill_n(begin, shared.width, 1.0f);
+                continue;
+            }
+            const float* from = in.row(plane, rowOfLine(in.rect, line)) + (shared.x - in.rect.x);
+            std::memcpy(begin, from, std::size_t(shared.width) * sizeof(float));
+        }
+    }
+}
+
+void runKernel(const KernelOperation& op, const ConstTileView* inputs, const TileView& out) {
+    KernelRow row{};
+    row.count = std::size_t(out.rect.width);
+    row.uniforms = op.uniforms.data();
+    row.x = out.rect.x + 0.5;
+    for (int r = 0; r < out.rect.height; ++r) {
+        for (int i = 0; i < op.kernel->inputs; ++i)
+            for (int plane = 0; plane < kPlanes; ++plane)
+                row.inputs[i][plane] = inputs[i].planes[plane] ? inputs[i].row(plane, r) : nullptr;
+        for (int plane = 0; plane < 3; ++plane)
+            row.output[plane] = out.row(plane, r);
+        row.y = centreOfRow(out.rect, r);
+        op.kernel->vector(row);
+    }
+}
+
+void copyAlpha(const ConstTileView& in, const TileView& out) {
+    if (!out.hasAlpha() || out.planes[3] == in.planes[3]) return;
+    for (int row = 0; row < out.rect.height; ++row)
+        std::memcpy(out.row(3, row), in.row(3, row), std::size_t(out.rect.width) * sizeof(float));
+}
+
+void overTile(const ConstTileView& top, const ConstTileView& bottom, const TileView& out) {
+    const auto count = std::size_t(out.rect.width);
+    for (int plane = 0; plane < planeCount(out); ++plane)
+        for (int row = 0; row < out.rect.height; ++row)
+            rows::over(out.row(plane, row), top.row(plane, row), top.row(3, row),
+                       bottom.row(plane, row), count);
+}
+
+void maximumTile(const ConstTileView& a, const ConstTileView& b, const TileView& out) {
+    const auto count = std::size_t(out.rect.width);
+    for (int plane = 0; plane < planeCount(out); ++plane)
+        for (int row = 0; row < out.rect.height; ++row)
+            rows::maximum(out.row(plane, row), a.row(plane, row), b.row(plane, row), count);
+}
+
+class Evaluation {
+public:
+    Evaluation(const RenderPlan& plan, const PixelRect& output, TilePool& pool)
+        : plan_(plan),
+          pool_(pool),
+          needed_(plan.requirements(output)),
+          tiles_(plan.steps().size()),
+          users_(plan.steps().size()) {}
+
+    Tile run(const PixelRect& output) {
+        const auto& steps = plan_.steps();
+        for (std::size_t i = 0; i < steps.size(); ++i)
+            if (!needed_[i].isEmpty())
+                for (const int input : steps[i].inputs)
+                    ++users_[std::size_t(input)];
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            if (needed_[i].isEmpty()) continue;
+            tiles_[i] = evaluate(steps[i], needed_[i]);
+            for (const int input : steps[i].inputs)
+                if (--users_[std::size_t(input)] == 0) tiles_[std::size_t(input)] = Tile();
+        }
+        Tile& last = tiles_.back();
+        if (last.rect() == output) return std::move(last);
+        Tile padded(pool_, output, true);
+        copyPadded(last.view(), padded.view());
+        return padded;
+    }
+
+private:
+    // Input `k` of `step` over exactly `rect`: the tile itself where it fits, else a copy in
+    // `scratch` (transparent outside the input's extent).
+    ConstTileView covering(const PlanStep& step, std::size_t k, const PixelRect& rect,
+                           bool needsAlpha, Tile& scratch) {
+        const Tile& tile = tiles_[std::size_t(step.inputs[k])];
+        const bool alpha = needsAlpha || tile.view().hasAlpha() || !tile.rect().contains(rect);
+        if (tile.rect() == rect && alpha == tile.view().hasAlpha()) return tile.view();
+        scratch = Tile(pool_, rect, alpha);
+        copyPadded(tile.view(), scratch.view());
+        return scratch.view();
+    }
+
+    bool isLastUse(int input) const { return users_[std::size_t(input)] == 1; }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect) {
+        return std::visit([&](const auto& op) { return evaluate(step, rect, op); },
+                          step.node->operation);
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const SourceOperation& op) {
+        Tile out(pool_, rect, step.node->hasAlpha);
+        op.source->read(out.view());
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const ConstantOperation& op) {
+        Tile out(pool_, rect, step.node->hasAlpha);
+        for (int plane = 0; plane < planeCount(out.view()); ++plane)
+            for (int row = 0; row < rect.height; ++row)
+                rows::fill(out.view().row(plane, row), op.value[std::size_t(plane)],
+                           std::size_t(rect.width));
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const KernelOperation& op) {
+        Tile scratch[kMaximumKernelInputs];
+        ConstTileView inputs[kMaximumKernelInputs];
+        for (std::size_t k = 0; k < step.inputs.size(); ++k)
+            inputs[k] = covering(step, k, rect, false, scratch[k]);
+        Tile out;
+        if (!step.inputs.empty() && scratch[0].isEmpty() && isLastUse(step.inputs[0]))
+            out = std::move(tiles_[std::size_t(step.inputs[0])]); // in place
+        else if (!scratch[0].isEmpty())
+            out = std::move(scratch[0]);
+        else
+            out = Tile(pool_, rect, !step.inputs.empty() && inputs[0].hasAlpha());
+        runKernel(op, inputs, out.view());
+        if (!step.inputs.empty()) copyAlpha(inputs[0], out.view());
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const LanczosOperation& op) {
+        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        Tile out(pool_, rect, in.view().hasAlpha());
+        lanczosTile(op, step.node->inputs[0].extent(), in.view(), out.view(), pool_);
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const BoxBlurOperation& op) {
+        Tile scratch;
+        const ConstTileView in =
+            covering(step, 0, outset(rect, op.radius), step.node->hasAlpha, scratch);
+        Tile out(pool_, rect, in.hasAlpha());
+        boxBlurTile(op.radius, in, out.view());
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const ClampOperation&) {
+        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        Tile out(pool_, rect, in.view().hasAlpha());
+        clampTile(in.view(), out.view());
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const CropOperation&) {
+        Tile scratch;
+        covering(step, 0, rect, false, scratch);
+        if (!scratch.isEmpty()) return scratch;
+        return copyOrMove(step, rect);
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const TranslateOperation& op) {
+        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        ConstTileView moved = in.view();
+        moved.rect.x += op.dx;
+        moved.rect.y += op.dy;
+        Tile out(pool_, rect, in.view().hasAlpha());
+        copyPadded(moved, out.view());
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const AffineOperation& op) {
+        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        Tile out(pool_, rect, in.view().hasAlpha());
+        affineTile(op, step.node->inputs[0].extent(), in.view(), out.view());
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const StretchOperation&) {
+        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        Tile out(pool_, rect, in.view().hasAlpha());
+        stretchTile(step.node->inputs[0].extent(), step.node->extent, in.view(), out.view(), pool_);
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const OverOperation&) {
+        Tile scratch[2];
+        const ConstTileView top = covering(step, 0, rect, true, scratch[0]);
+        const ConstTileView bottom = covering(step, 1, rect, step.node->hasAlpha, scratch[1]);
+        Tile out(pool_, rect, bottom.hasAlpha());
+        overTile(top, bottom, out.view());
+        return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const MaximumOperation&) {
+        Tile scratch[2];
+        const ConstTileView a = covering(step, 0, rect, step.node->hasAlpha, scratch[0]);
+        const ConstTileView b = covering(step, 1, rect, step.node->hasAlpha, scratch[1]);
+        Tile out(pool_, rect, step.node->hasAlpha);
+        maximumTile(a, b, out.view());
+        return out;
+    }
+
+    Tile copyOrMove(const PlanStep& step, const PixelRect& rect) {
+        Tile& in = tiles_[std::size_t(step.inputs[0])];
+        if (isLastUse(step.inputs[0])) return std::move(in);
+        Tile out(pool_, rect, in.view().hasAlpha());
+        copyPadded(in.view(), out.view());
+        return out;
+    }
+
+    const RenderPlan& plan_;
+    TilePool& pool_;
+    std::vector<PixelRect> needed_;
+    std::vector<Tile> tiles_;
+    std::vector<int> users_;
+};
+
+} // namespace
+
+Tile evaluateTile(const RenderPlan& plan, const PixelRect& output, TilePool& pool) {
+    return Evaluation(plan, output, pool).run(output);
+}
+
+} // namespace kelvaro

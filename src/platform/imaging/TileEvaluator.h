@@ -1,0 +1,14 @@
+// Computes one tile of a planned render: every step of the plan over the rectangle that is needed
+// of it, in order, in memory of the worker's pool.
+#pragma once
+
+#include "platform/imaging/RenderPlan.h"
+#include "platform/imaging/TilePool.h"
+
+namespace kelvaro {
+
+// The finished tile covers exactly `output`; where that reaches outside the image it is
+// transparent. Throws std::bad_alloc.
+Tile evaluateTile(const RenderPlan& plan, const PixelRect& output, TilePool& pool);
+
+} // namespace kelvaro

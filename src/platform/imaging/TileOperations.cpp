@@ -1,0 +1,208 @@
+#include "platform/imaging/TileOperations.h"
+
+#include "platform/imaging/ImageSpace.h"
+#include "platform/imaging/Resampling.h"
+#include "platform/imaging/RowOperations.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace kelvaro {
+
+namespace {
+
+int planeCount(const TileView& view) {
+    return view.hasAlpha() ? 4 : 3;
+}
+
+void makeRelative(std::vector<std::int32_t>& indices, int origin) {
+    for (std::int32_t& index : indices)
+        index -= origin;
+}
+
+} // namespace
+
+// Separable: the rows of the input are summed into one row of input width, which is then filtered
+// along x. Rows come first because that leaves less to do for the costlier pass.
+void lanczosTile(const LanczosOperation& op, const PixelRect& extent, const ConstTileView& in,
+                 const TileView& out, TilePool& pool) {
+    FilterTaps columns = lanczosTaps({op.scaleX, op.inputOrigin.x, op.outputOrigin.x, extent.x,
+                                      extent.right(), in.rect.x, in.rect.right()},
+                                     out.rect.x, out.rect.width);
+    makeRelative(columns.first, in.rect.x);
+    const FilterTaps lines = lanczosTaps({op.scaleY, op.inputOrigin.y, op.outputOrigin.y, extent.y,
+                                          extent.top(), in.rect.y, in.rect.top()},
+                                         out.rect.y, out.rect.height);
+    const Tile sum(pool, {in.rect.x, 0, in.rect.width, 1}, false);
+    float* const row = sum.view().row(0, 0);
+    for (int line = 0; line < out.rect.height; ++line) {
+        const float* weights = lines.weights.data() + std::size_t(line) * std::size_t(lines.taps);
+        const int first = lines.first[std::size_t(line)];
+        const int target = rowOfLine(out.rect, out.rect.y + line);
+        for (int plane = 0; plane < planeCount(out); ++plane) {
+            bool started = false;
+            for (int k = 0; k < lines.taps; ++k) {
+                if (weights[k] == 0) continue;
+                const float* from = in.row(plane, rowOfLine(in.rect, first + k));
+                if (started)
+                    rows::accumulate(row, from, weights[k], std::size_t(in.rect.width));
+                else
+                    rows::scale(row, from, weights[k], std::size_t(in.rect.width));
+                started = true;
+            }
+            rows::weightedSums(out.row(plane, target), row, columns.first.data(),
+                               columns.weights.data(), columns.taps, std::size_t(out.rect.width));
+        }
+    }
+}
+
+void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
+                 const TileView& out, TilePool& pool) {
+    const std::size_t width = std::size_t(out.rect.width);
+    LinearTaps columns =
+        stretchTaps(from.x, from.width, over.x, over.width, out.rect.x, out.rect.width);
+    makeRelative(columns.index, in.rect.x);
+    // Vector code reads whole groups: the padding repeats the last position.
+    columns.index.resize((width + kRowGroup - 1) / kRowGroup * kRowGroup, columns.index.back());
+    columns.fraction.resize(columns.index.size(), columns.fraction.back());
+    const LinearTaps lines =
+        stretchTaps(from.y, from.height, over.y, over.height, out.rect.y, out.rect.height);
+    const Tile mixed(pool, {in.rect.x, 0, in.rect.width + 1, 1}, false);
+    float* const row = mixed.view().row(0, 0);
+    for (int line = 0; line < out.rect.height; ++line) {
+        const int lower = lines.index[std::size_t(line)];
+        const int upper = std::min(lower + 1, in.rect.top() - 1);
+        const int target = rowOfLine(out.rect, out.rect.y + line);
+        for (int plane = 0; plane < planeCount(out); ++plane) {
+            rows::mix(row, in.row(plane, rowOfLine(in.rect, lower)),
+                      in.row(plane, rowOfLine(in.rect, upper)), lines.fraction[std::size_t(line)],
+                      std::size_t(in.rect.width));
+            row[in.rect.width] = row[in.rect.width - 1]; // right neighbour of a one-pixel input
+            rows::interpolate(out.row(plane, target), row, columns.index.data(),
+                              columns.fraction.data(), width);
+        }
+    }
+}
+
+namespace {
+
+// The input pixels around one output pixel, with weights that sum to 1.
+struct Neighbourhood {
+    int taps = 0;
+    int columns[6], rows[6]; // inside the stored tile
+    float columnWeights[6], rowWeights[6];
+};
+
+void fillAxis(Sampling sampling, double position, int first, int end, int taps, int* index,
+              float* weights) {
+    const int begin = static_cast<int>(std::floor(position - 0.5)) - samplingRadius(sampling) + 1;
+    double values[6], total = 0;
+    for (int k = 0; k < taps; ++k) {
+        values[k] = samplingWeight(sampling, begin + k + 0.5 - position);
+        total += values[k];
+        index[k] = std::clamp(begin + k, first, end - 1);
+    }
+    for (int k = 0; k < taps; ++k)
+        weights[k] = static_cast<float>(values[k] / total);
+}
+
+Neighbourhood neighbourhoodOf(const AffineOperation& op, const PixelRect& extent,
+                              const PixelRect& stored, double x, double y) {
+    const auto clampedTo = [](double v, int low, int high) {
+        return std::clamp(v, low - 8.0, high + 8.0); // far outside, the edge is all there is
+    };
+    const double u =
+        clampedTo(op.inverse.a * x + op.inverse.c * y + op.inverse.tx, extent.x, extent.right());
+    const double v =
+        clampedTo(op.inverse.b * x + op.inverse.d * y + op.inverse.ty, extent.y, extent.top());
+    Neighbourhood around;
+    around.taps = 2 * samplingRadius(op.sampling);
+    fillAxis(op.sampling, u, extent.x, extent.right(), around.taps, around.columns,
+             around.columnWeights);
+    int lines[6];
+    fillAxis(op.sampling, v, extent.y, extent.top(), around.taps, lines, around.rowWeights);
+    for (int k = 0; k < around.taps; ++k) {
+        around.columns[k] -= stored.x;
+        around.rows[k] = rowOfLine(stored, lines[k]);
+    }
+    return around;
+}
+
+float weightedSum(const Neighbourhood& around, const ConstTileView& in, int plane) {
+    float sum = 0;
+    for (int j = 0; j < around.taps; ++j) {
+        const float* row = in.row(plane, around.rows[j]);
+        float line = 0;
+        for (int i = 0; i < around.taps; ++i)
+            line += row[around.columns[i]] * around.columnWeights[i];
+        sum += line * around.rowWeights[j];
+    }
+    return sum;
+}
+
+} // namespace
+
+void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
+                const TileView& out) {
+    for (int row = 0; row < out.rect.height; ++row) {
+        const double y = centreOfRow(out.rect, row);
+        for (int column = 0; column < out.rect.width; ++column) {
+            const Neighbourhood around =
+                neighbourhoodOf(op, extent, in.rect, out.rect.x + column + 0.5, y);
+            for (int plane = 0; plane < planeCount(out); ++plane)
+                out.row(plane, row)[column] = weightedSum(around, in, plane);
+        }
+    }
+}
+
+// Running sums in double: down the columns, then along each row.
+void boxBlurTile(int radius, const ConstTileView& in, const TileView& out) {
+    const int window = 2 * radius + 1;
+    const std::size_t width = std::size_t(in.rect.width);
+    const double scale = 1.0 / (double(window) * window);
+    std::vector<double> columns(width);
+    for (int plane = 0; plane < planeCount(out); ++plane) {
+        std::fill(columns.begin(), columns.end(), 0.0);
+        for (int row = 0; row < in.rect.height; ++row) {
+            const float* entering = in.row(plane, row);
+            for (std::size_t i = 0; i < width; ++i)
+                columns[i] += double(entering[i]);
+            if (row >= window) {
+                const float* leaving = in.row(plane, row - window);
+                for (std::size_t i = 0; i < width; ++i)
+                    columns[i] -= double(leaving[i]);
+            }
+            if (row < window - 1) continue;
+            double sum = 0;
+            for (int i = 0; i < window - 1; ++i)
+                sum += columns[std::size_t(i)];
+            float* to = out.row(plane, row - window + 1);
+            for (int i = 0; i < out.rect.width; ++i) {
+                sum += columns[std::size_t(i + window - 1)];
+                to[i] = static_cast<float>(sum * scale);
+                sum -= columns[std::size_t(i)];
+            }
+        }
+    }
+}
+
+void clampTile(const ConstTileView& in, const TileView& out) {
+    const int left = std::clamp(in.rect.x - out.rect.x, 0, out.rect.width);
+    const int right = std::clamp(in.rect.right() - out.rect.x, 0, out.rect.width);
+    for (int plane = 0; plane < planeCount(out); ++plane) {
+        for (int row = 0; row < out.rect.height; ++row) {
+            const int line = std::clamp(lineOfRow(out.rect, row), in.rect.y, in.rect.top() - 1);
+            const float* from = in.row(plane, rowOfLine(in.rect, line));
+            float* to = out.row(plane, row);
+            std::fill_n(to, left, from[0]);
+            if (right > left)
+                std::memcpy(to + left, from + (out.rect.x + left - in.rect.x),
+                            std::size_t(right - left) * sizeof(float));
+            std::fill_n(to + std::max(left, right), out.rect.width - std::max(left, right),
+                        from[in.rect.width - 1]);
+        }
+    }
+}
+
+} // namespace kelvaro

@@ -1,0 +1,21 @@
+// The operations of the fast executor that look at more than one pixel of their input, over one
+// tile. `in` covers what inputRequirement asked for, inside the input's extent.
+#pragma once
+
+#include "platform/ImageNode.h"
+#include "platform/imaging/TilePool.h"
+
+namespace kelvaro {
+
+// `extent` is the input image's.
+void lanczosTile(const LanczosOperation& op, const PixelRect& extent, const ConstTileView& in,
+                 const TileView& out, TilePool& pool);
+void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
+                 const TileView& out, TilePool& pool);
+void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
+                const TileView& out);
+// `in` covers out.rect with `radius` pixels more on every side.
+void boxBlurTile(int radius, const ConstTileView& in, const TileView& out);
+void clampTile(const ConstTileView& in, const TileView& out);
+
+} // namespace kelvaro

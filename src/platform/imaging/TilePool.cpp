@@ -1,0 +1,47 @@
+#include "platform/imaging/TilePool.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelvaro {
+
+AlignedFloats TilePool::take(std::size_t floats) {
+    const auto found = std::find_if(free_.begin(), free_.end(),
+                                    [&](const auto& memory) { return memory.size() >= floats; });
+    if (found == free_.end()) return AlignedFloats(floats);
+    AlignedFloats memory = std::move(*found);
+    free_.erase(found);
+    return memory;
+}
+
+void TilePool::giveBack(AlignedFloats memory) {
+    const auto place =
+        std::lower_bound(free_.begin(), free_.end(), memory,
+                         [](const auto& a, const auto& b) { return a.size() < b.size(); });
+    free_.insert(place, std::move(memory));
+}
+
+Tile::Tile(TilePool& pool, const PixelRect& rect, bool hasAlpha) : pool_(&pool) {
+    const std::ptrdiff_t stride =
+        (std::ptrdiff_t(rect.width) + kRowGroup - 1) / kRowGroup * kRowGroup;
+    const std::ptrdiff_t plane = stride * rect.height;
+    const int planes = hasAlpha ? 4 : 3;
+    // One group of slack: vector code may look one vector past the last row.
+    memory_ = pool.take(std::size_t(plane) * std::size_t(planes) + kRowGroup);
+    view_ = {rect, {}, stride};
+    for (int i = 0; i < planes; ++i)
+        view_.planes[i] = memory_.data() + plane * i;
+}
+
+Tile& Tile::operator=(Tile&& other) noexcept {
+    std::swap(pool_, other.pool_);
+    std::swap(memory_, other.memory_);
+    std::swap(view_, other.view_);
+    return *this;
+}
+
+Tile::~Tile() {
+    if (memory_.size() > 0) pool_->giveBack(std::move(memory_));
+}
+
+} // namespace kelvaro
