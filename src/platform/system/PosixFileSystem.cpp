@@ -1,0 +1,170 @@
+#include "platform/system/PosixFileSystem.h"
+
+#include "platform/system/Descriptor.h"
+#include "platform/system/PosixPendingFile.h"
+#include "platform/system/SystemFailure.h"
+
+#include <algorithm>
+#include <dirent.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <limits>
+#include <new>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace kelvaro {
+namespace {
+
+namespace fs = std::filesystem;
+
+FileStatus::Kind kindOf(mode_t mode) {
+    if (S_ISREG(mode)) return FileStatus::Kind::file;
+    if (S_ISDIR(mode)) return FileStatus::Kind::folder;
+    return FileStatus::Kind::other;
+}
+
+// Damaged disks report years that nanoseconds cannot count: those become the nearest end.
+FileTime timeOf(const timespec& time) {
+    constexpr std::int64_t perSecond = 1'000'000'000;
+    constexpr auto limits = std::numeric_limits<std::int64_t>();
+    const std::int64_t seconds = time.tv_sec;
+    if (seconds >= limits.max() / perSecond) return {limits.max()};
+    if (seconds <= limits.min() / perSecond) return {limits.min()};
+    return {seconds * perSecond + time.tv_nsec};
+}
+
+FileStatus::Kind kindOf(const dirent& entry, int folder) {
+    switch (entry.d_type) {
+    case DT_REG:
+        return FileStatus::Kind::file;
+    case DT_DIR:
+        return FileStatus::Kind::folder;
+    case DT_LNK:
+    case DT_UNKNOWN:
+        break;
+    default:
+        return FileStatus::Kind::other;
+    }
+    struct stat found {};
+    if (::fstatat(folder, entry.d_name, &found, 0) != 0) return FileStatus::Kind::other;
+    return kindOf(found.st_mode);
+}
+
+Failure tooLarge(const fs::path& path) {
+    return {FailureKind::tooLarge, fmt::format("“{}” is too large.", nameForMessage(path))};
+}
+
+// The content of an open regular file, which may grow or shrink while it is read.
+Result<std::vector<std::byte>> readAll(const Descriptor& file, const fs::path& path,
+                                       std::size_t expected, std::size_t limit) {
+    std::vector<std::byte> content(std::min(expected, limit) + 1); // one more, to meet the end
+    std::size_t done = 0;
+    for (;;) {
+        if (done == content.size()) content.resize(std::min(2 * done, limit) + 1);
+        const ssize_t got = uninterrupted(
+            [&] { return ::read(file.number(), content.data() + done, content.size() - done); });
+        if (got < 0) return fail(systemFailure(FileAction::reading, path, errno));
+        if (got == 0) break;
+        done += static_cast<std::size_t>(got);
+        if (done > limit) return fail(tooLarge(path));
+    }
+    content.resize(done);
+    return content;
+}
+
+Result<void> flushFolderAt(const fs::path& path, FileAction action, const fs::path& blamed) {
+    const auto folder = path.empty() ? fs::path(".") : path;
+    const Descriptor open(
+        uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!open || !flushFolder(open)) return fail(systemFailure(action, blamed, errno));
+    return {};
+}
+
+} // namespace
+
+Result<FileStatus> PosixFileSystem::status(const fs::path& path) {
+    struct stat found {};
+    if (::stat(path.c_str(), &found) != 0) {
+        return fail(systemFailure(FileAction::reading, path, errno));
+    }
+    return FileStatus{kindOf(found.st_mode), found.st_size, timeOf(found.st_mtim)};
+}
+
+Result<std::vector<FolderEntry>> PosixFileSystem::list(const fs::path& folder) {
+    struct Closer {
+        void operator()(DIR* open) const { ::closedir(open); }
+    };
+    const std::unique_ptr<DIR, Closer> open(::opendir(folder.c_str()));
+    if (!open) return fail(systemFailure(FileAction::listing, folder, errno));
+    std::vector<FolderEntry> entries;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(open.get());
+        if (!entry) break;
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        entries.push_back({std::string(name), kindOf(*entry, ::dirfd(open.get()))});
+    }
+    if (errno != 0) return fail(systemFailure(FileAction::listing, folder, errno));
+    return entries;
+}
+
+Result<std::vector<std::byte>> PosixFileSystem::read(const fs::path& path, std::int64_t limit) {
+    KELVARO_REQUIRE(limit >= 0);
+    // Without O_NONBLOCK the call would wait for a writer at the other end of a pipe.
+    const Descriptor file(uninterrupted(
+        [&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    struct stat found {};
+    if (!file || ::fstat(file.number(), &found) != 0) {
+        return fail(systemFailure(FileAction::reading, path, errno));
+    }
+    if (!S_ISREG(found.st_mode)) {
+        return fail(FailureKind::unreadable,
+                    fmt::format("“{}” couldn't be read: it is not a file.", nameForMessage(path)));
+    }
+    if (found.st_size > limit) return fail(tooLarge(path));
+    try {
+        return readAll(file, path, static_cast<std::size_t>(found.st_size),
+                       static_cast<std::size_t>(limit));
+    } catch (const std::bad_alloc&) {
+        return fail(systemFailure(FileAction::reading, path, ENOMEM));
+    }
+}
+
+Result<void> PosixFileSystem::createFolder(const fs::path& folder) {
+    if (folder.empty()) return fail(systemFailure(FileAction::creatingFolder, folder, ENOENT));
+    // Trailing slashes would make the folder its own parent.
+    const fs::path path = folder.has_filename() ? folder : folder.parent_path();
+    if (::mkdir(path.c_str(), 0777) == 0) {
+        return flushFolderAt(path.parent_path(), FileAction::creatingFolder, path);
+    }
+    const int reason = errno;
+    struct stat found {};
+    if (::stat(path.c_str(), &found) == 0) {
+        if (S_ISDIR(found.st_mode)) return {};
+        return fail(systemFailure(FileAction::creatingFolder, path, ENOTDIR));
+    }
+    const fs::path parent = path.parent_path();
+    if (reason != ENOENT || parent.empty() || parent == path) {
+        return fail(systemFailure(FileAction::creatingFolder, path, reason));
+    }
+    if (auto made = createFolder(parent); !made) return made;
+    if (::mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
+        return fail(systemFailure(FileAction::creatingFolder, path, errno));
+    }
+    return flushFolderAt(parent, FileAction::creatingFolder, path);
+}
+
+Result<std::unique_ptr<PendingFile>> PosixFileSystem::create(const fs::path& target) {
+    return PosixPendingFile::begin(target);
+}
+
+Result<void> PosixFileSystem::remove(const fs::path& path) {
+    if (::unlink(path.c_str()) != 0) {
+        return fail(systemFailure(FileAction::removing, path, errno));
+    }
+    return flushFolderAt(path.parent_path(), FileAction::removing, path);
+}
+
+} // namespace kelvaro
