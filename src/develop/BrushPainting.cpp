@@ -73,13 +73,17 @@ PixelRect BrushCanvas::place(const Dab& dab) {
 
 void BrushCanvas::placeInBlock(const Dab& dab, const PixelRect& block, const PixelRect& area,
                                std::size_t blockIndex) {
-    // The strongest value the dab can have at any pixel centre of the block.
+    // A dab that is no stronger than what the whole block has already changes nothing.
+    const auto changesNothing = [&](int strongest) {
+        return dab.erase ? highest_[blockIndex] <= 255 - strongest
+                         : lowest_[blockIndex] >= strongest;
+    };
+    if (changesNothing(dab.valueAt(0))) return;
+    // The strongest value that it can have at any pixel centre of the block.
     const double nearX = std::clamp(dab.x, area.x + 0.5, area.right() - 0.5) - dab.x;
     const double nearY = std::clamp(dab.y, area.y + 0.5, area.top() - 0.5) - dab.y;
     const int strongest = dab.valueAt(std::hypot(nearX, nearY));
-    if (strongest == 0) return;
-    if (dab.erase ? highest_[blockIndex] <= 255 - strongest : lowest_[blockIndex] >= strongest)
-        return;
+    if (strongest == 0 || changesNothing(strongest)) return;
     const double reach = dab.radius * dab.radius;
     for (int y = area.y; y < area.top(); ++y) {
         std::uint8_t* row = values_.data() + std::size_t(y) * width();
