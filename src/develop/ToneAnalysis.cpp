@@ -68,8 +68,11 @@ Result<ToneMaps> toneMaps(const ImageSource& source, const Adjustments& edit, Re
 
 Result<Image> developedPhoto(const ImageSource& source, const Adjustments& edit, double scale,
                              Renderer& renderer, BrushRaster& brushes,
-                             const Cancellation* cancellation) {
-    auto maps = toneMaps(source, edit, renderer, cancellation);
+                             const Cancellation* cancellation, PhaseTimes* times) {
+    auto maps = [&] {
+        const TimedPhase analysis(times, "analysis");
+        return toneMaps(source, edit, renderer, cancellation);
+    }();
     if (!maps) return fail(std::move(maps).error());
     return Pipeline(renderer, brushes).developed(source, edit, &*maps, scale);
 }

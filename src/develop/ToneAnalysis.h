@@ -3,6 +3,7 @@
 // and white balance. Blocking; any thread.
 #pragma once
 
+#include "develop/PhaseTimes.h"
 #include "develop/Pipeline.h"
 
 namespace kelvaro {
@@ -13,9 +14,10 @@ namespace kelvaro {
 Result<ToneMaps> toneMaps(const ImageSource& source, const Adjustments& edit, Renderer& renderer,
                           const Cancellation* cancellation);
 
-// The whole photo developed at `scale`, before crop and output, as a lazy image.
+// The whole photo developed at `scale`, before crop and output, as a lazy image. The measuring is
+// timed as "analysis" where `times` are wanted.
 Result<Image> developedPhoto(const ImageSource& source, const Adjustments& edit, double scale,
                              Renderer& renderer, BrushRaster& brushes,
-                             const Cancellation* cancellation);
+                             const Cancellation* cancellation, PhaseTimes* times = nullptr);
 
 } // namespace kelvaro
