@@ -2,7 +2,7 @@
 
 #include "base/Require.h"
 #include "platform/ImageNode.h"
-#include "platform/imaging/BasicKernels.h"
+#include "platform/imaging/kernels/Kernels.h"
 #include "platform/imaging/RasterSource.h"
 #include "platform/imaging/WhiteAdaptation.h"
 
