@@ -66,8 +66,14 @@ Point whiteChromaticity(WhitePoint white) {
     const Point before = planckianUv(white.kelvin - step), after = planckianUv(white.kelvin + step);
     // The locus runs towards smaller u and v as it gets hotter; green lies on its upper side.
     const double du = after.x - before.x, dv = after.y - before.y, length = std::hypot(du, dv);
-    const double u = uv.x + kTintUnit * white.tint * dv / length;
-    const double v = uv.y - kTintUnit * white.tint * du / length;
+    const double greenU = dv / length, greenV = -du / length;
+    double shift = kTintUnit * white.tint;
+    // Warm whites lie close to where the blue cone sees nothing. Its response (times 2 v) is linear
+    // in u and v; steps towards green shorten it by a ratio, so that they never get there.
+    const double blue = 4.1184 - 0.9129 * uv.x - 10.433 * uv.y;
+    const double fall = 0.9129 * greenU + 10.433 * greenV;
+    if (shift > 0 && fall > 0) shift = blue / fall * -std::expm1(-shift * fall / blue);
+    const double u = uv.x + shift * greenU, v = uv.y + shift * greenV;
     const double denominator = 2 * u - 8 * v + 4;
     return {3 * u / denominator, 2 * v / denominator};
 }

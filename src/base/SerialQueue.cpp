@@ -1,0 +1,55 @@
+#include "base/SerialQueue.h"
+
+#include "base/Require.h"
+
+#include <utility>
+
+namespace kelvaro {
+
+SerialQueue::SerialQueue(std::string label, AtEnd atEnd)
+    : label_(std::move(label)), atEnd_(atEnd), worker_([this] { work(); }) {}
+
+SerialQueue::~SerialQueue() {
+    {
+        std::lock_guard guard(lock_);
+        ending_ = true;
+        if (atEnd_ == AtEnd::drop) jobs_.clear();
+    }
+    posted_.notify_one();
+    worker_.join();
+}
+
+void SerialQueue::post(std::function<void()> job) {
+    KELVARO_REQUIRE(job);
+    {
+        std::lock_guard guard(lock_);
+        jobs_.push_back(std::move(job));
+        ++postedCount_;
+    }
+    posted_.notify_one();
+}
+
+void SerialQueue::waitUntilIdle() {
+    KELVARO_REQUIRE(!isCurrent());
+    std::unique_lock guard(lock_);
+    const std::uint64_t goal = postedCount_;
+    ended_.wait(guard, [&] { return endedCount_ >= goal; });
+}
+
+void SerialQueue::work() {
+    std::unique_lock guard(lock_);
+    while (true) {
+        posted_.wait(guard, [&] { return ending_ || !jobs_.empty(); });
+        if (jobs_.empty()) return;
+        std::function<void()> job = std::move(jobs_.front());
+        jobs_.pop_front();
+        guard.unlock();
+        job();
+        job = nullptr; // what it holds is let go before it counts as ended
+        guard.lock();
+        ++endedCount_;
+        ended_.notify_all();
+    }
+}
+
+} // namespace kelvaro

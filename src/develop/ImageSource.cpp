@@ -1,0 +1,64 @@
+#include "develop/ImageSource.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kelvaro {
+
+namespace {
+
+double pixelScaleOf(const Image& decoded, PixelSize full) {
+    const int longer = std::max(full.width, full.height);
+    return longer > 0 ? double(decoded.extent().longerSide()) / longer : 1;
+}
+
+} // namespace
+
+ImageSource bitmapSource(std::filesystem::path url, std::string identity, Image bitmap,
+                         PixelSize fullSize) {
+    ImageSource source;
+    source.analysis = std::make_shared<PhotoAnalysis>(url, false, std::move(identity));
+    source.url = std::move(url);
+    source.extent = {0, 0, fullSize.width, fullSize.height};
+    source.pixelScale = pixelScaleOf(bitmap, fullSize);
+    source.bitmap = std::move(bitmap);
+    return source;
+}
+
+ImageSource rawSource(std::filesystem::path url, std::string identity, Image linearCapture,
+                      const RawProperties& properties) {
+    ImageSource source;
+    source.analysis = std::make_shared<PhotoAnalysis>(url, true, identity);
+    source.rawToneAnalysis = std::make_shared<RawToneAnalysis>(url, std::move(identity));
+    source.url = std::move(url);
+    source.extent = {0, 0, properties.size.width, properties.size.height};
+    source.pixelScale = pixelScaleOf(linearCapture, properties.size);
+    source.linearCapture = std::move(linearCapture);
+    source.asShotTemperature = properties.asShotTemperature;
+    source.asShotTint = properties.asShotTint;
+    source.defaultSharpness = properties.defaultSharpness;
+    source.supportsSharpness = properties.supportsSharpness;
+    return source;
+}
+
+RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,
+                               double scale) {
+    RawDevelopSettings settings;
+    if (properties.supportsSharpness) settings.sharpness = edit.sharpness;
+    settings.reduction = scale > 0 && scale <= 0.5 ? 2 : 1;
+    return settings;
+}
+
+double renderScale(const ImageSource& source, double scale) {
+    return std::min(scale > 0 ? scale : 1.0, source.pixelScale);
+}
+
+Image atRenderScale(const Image& image, const ImageSource& source, double scale) {
+    const double wanted = renderScale(source, scale);
+    const int longer = source.extent.longerSide();
+    if (longer <= 0 || image.extent().longerSide() <= longer * wanted) return image;
+    const auto scaled = [&](int side) { return std::max(1, int(std::lround(side * wanted))); };
+    return lanczosResized(image, {scaled(source.extent.width), scaled(source.extent.height)});
+}
+
+} // namespace kelvaro

@@ -1,0 +1,16 @@
+#include "develop/RawToneFilter.h"
+
+#include "develop/SceneTone.h"
+
+namespace kelvaro {
+
+Image RawToneFilter::outputImage() const {
+    const double g = linearGain;
+    Image image = linearInput ? linearInput : inputImage;
+    image = colourMatrix(image, {{{g, 0, 0}, {0, g, 0}, {0, 0, g}}});
+    image = dehazed(image, settings, haze, airlight);
+    image = regionsMoved(image, settings, guide, guideShift);
+    return toneCurved(image, settings, endpoints, guideShift);
+}
+
+} // namespace kelvaro

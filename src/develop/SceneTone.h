@@ -1,0 +1,31 @@
+// The steps that RAW photos and bitmaps share in the scene domain: haze, regional gain and tone
+// curve. Each returns the very image it was given when its own controls are 0 or what it needs is
+// missing.
+#pragma once
+
+#include "develop/ToneMaps.h"
+#include "recipe/Adjustments.h"
+
+namespace kelvaro {
+
+inline bool movesRegions(const Adjustments& edit) {
+    return edit.shadows != 0 || edit.highlights != 0;
+}
+inline bool curvesTone(const Adjustments& edit) {
+    return edit.contrast != 0 || edit.white != 0 || edit.black != 0;
+}
+
+// `haze` is an analysis image of the whole photo, or none.
+Image dehazed(const Image& image, const Adjustments& edit, const Image& haze,
+              const std::array<double, 3>& airlight);
+
+// Shadows and highlights on scene-linear light. The guide was measured `shiftStops` below `scene`.
+Image regionsMoved(const Image& scene, const Adjustments& edit, const Image& sceneGuide,
+                   double shiftStops);
+
+// Contrast, whites and blacks on scene-linear light. Without endpoints those of an unmeasured
+// photo, shifted by `shiftStops`.
+Image toneCurved(const Image& scene, const Adjustments& edit,
+                 const std::optional<ToneEndpoints>& endpoints, double shiftStops);
+
+} // namespace kelvaro
