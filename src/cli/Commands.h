@@ -1,0 +1,20 @@
+// The commands of kelvaro-cli. Each does its work, writes results to standard output and one
+// sentence per failure to standard error, and answers with the exit code.
+#pragma once
+
+#include "cli/CommandLine.h"
+#include "cli/Services.h"
+
+namespace kelvaro {
+
+ExitCode runDevelop(const DevelopRequest& request, Services& services);
+ExitCode runRecipe(const RecipeRequest& request, Services& services);
+ExitCode runInfo(const InfoRequest& request, Services& services);
+
+// Applies "key=value" texts in their order; fails at the first that is wrong.
+Result<void> applySettings(Adjustments& edit, const std::vector<std::string>& settings);
+
+// One line on standard error: "kelvaro-cli: " and the sentence.
+void report(const Failure& failure);
+
+} // namespace kelvaro
