@@ -44,7 +44,10 @@ Bytes p3TableProfile() {
             return 1;
         },
         toLab, 0);
+    // The format wants curves around a table; these are straight.
+    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
     cmsPipelineInsertStage(pipeline, cmsAT_END, table);
+    cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
     cmsSetProfileVersion(profile, 4.2);
     cmsSetDeviceClass(profile, cmsSigInputClass);

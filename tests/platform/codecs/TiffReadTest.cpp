@@ -131,6 +131,8 @@ TEST(TiffRead, EveryOrientationComesOutUpright) {
         }
 }
 
+// Alpha is at least one quarter: half a step of the stored colour becomes two, that of alpha up
+// to 1.8.
 TEST(TiffRead, PremultipliedAlphaComesOutStraight) {
     for (const int bits : {8, 16, 32}) {
         TiffOptions options;
@@ -146,7 +148,7 @@ TEST(TiffRead, PremultipliedAlphaComesOutStraight) {
                                       if (x == 0) return 0.0; // nothing shows where nothing covers
                                       return patternOf(x, y, c);
                                   }),
-                  bits == 8 ? 0.012 : 5e-5)
+                  bits == 8 ? 0.0155 : 6e-5)
             << bits;
     }
 }
