@@ -140,10 +140,9 @@ Bytes makePng(PixelSize size, const PngOptions& options) {
     if (options.orientation)
         png_set_eXIf_1(png, info, png_uint_32(exif.size()),
                        reinterpret_cast<png_bytep>(exif.data()));
-    if (options.gamma > 0 && !options.sRGBChunk) png_set_gAMA(png, info, options.gamma);
     if (options.sRGBChunk) png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL);
     png_write_info(png, info);
-    if (options.gamma > 0 && options.sRGBChunk) { // the library would refuse to contradict itself
+    if (options.gamma > 0) { // the library would refuse senseless and contradictory values
         const auto value = std::uint32_t(options.gamma * 100'000);
         const png_byte data[] = {png_byte(value >> 24), png_byte(value >> 16), png_byte(value >> 8),
                                  png_byte(value)};
