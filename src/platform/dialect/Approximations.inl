@@ -31,15 +31,15 @@ DIALECT_INLINE Float exp2(Float x) {
 }
 
 // Cube root of any sign: 2 units in the last place for normal values, 0 at 0, NaN stays NaN,
-// infinity stays infinity. A seed for the inverse root from the exponent, then two steps of third
-// order, which need no division.
+// infinity stays infinity. A seed for the inverse root from the exponent, then a step of third and
+// one of second order, which need no division.
 DIALECT_INLINE Float cbrt(Float x) {
     const Float size = abs(x);
     Float r = inverseCubeRootSeed(size);
     Float e = fma(-(size * r * r), r, 1.0);
     r = fma(r * e, fma(e, 2.0 / 9.0, 1.0 / 3.0), r);
     e = fma(-(size * r * r), r, 1.0);
-    r = fma(r * e, fma(e, 2.0 / 9.0, 1.0 / 3.0), r);
+    r = fma(r * e, 1.0 / 3.0, r);
     return copySign(size * r * r, x);
 }
 
