@@ -3,6 +3,7 @@
 #pragma once
 
 #include "base/Geometry.h"
+#include "platform/PixelMemory.h"
 
 #include <array>
 #include <cstddef>
@@ -22,13 +23,13 @@ struct Bitmap {
     PixelSize size;
     int channels = 3; // 3, or 4 with straight (not premultiplied) alpha last
     SampleType type = SampleType::u8;
-    std::unique_ptr<std::byte[]> samples; // size.width × size.height × channels
+    PixelMemory samples; // size.width × size.height × channels
 
     Bitmap() = default;
     // Uninitialised samples. Throws std::bad_alloc.
     Bitmap(PixelSize pixels, int channelCount, SampleType sampleType)
         : size(pixels), channels(channelCount), type(sampleType),
-          samples(std::make_unique_for_overwrite<std::byte[]>(bytes())) {}
+          samples(allocatePixels(bytes())) {}
 
     std::size_t rowBytes() const {
         return std::size_t(size.width) * std::size_t(channels) * sampleBytes(type);

@@ -17,7 +17,7 @@ namespace kelvaro {
 // Nanoseconds since 1970-01-01 00:00 UTC; negative before.
 struct FileTime {
     std::int64_t nanoseconds = 0;
-    double seconds() const { return static_cast<double>(nanoseconds) * 1e-9; }
+    double seconds() const { return static_cast<double>(nanoseconds) / 1e9; }
     bool operator==(const FileTime&) const = default;
 };
 

@@ -3,23 +3,11 @@
 #include "base/Require.h"
 
 #include <cstring>
-#include <new>
 
 namespace kelvaro {
 
-namespace {
-constexpr std::align_val_t kAlignment{64};
-}
-
-void AlignedFloats::Free::operator()(float* p) const noexcept {
-    ::operator delete(p, kAlignment);
-}
-
 AlignedFloats::AlignedFloats(std::size_t count)
-    : size_(count),
-      memory_(count == 0 ? nullptr
-                         : static_cast<float*>(::operator new(count * sizeof(float), kAlignment))) {
-}
+    : size_(count), memory_(count == 0 ? nullptr : allocatePixels(count * sizeof(float))) {}
 
 Raster::Raster(PixelRect extent, bool hasAlpha) : extent_(extent), hasAlpha_(hasAlpha) {
     KELVARO_REQUIRE(extent.width >= 0 && extent.height >= 0);

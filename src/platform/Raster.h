@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/Geometry.h"
+#include "platform/PixelMemory.h"
 
 #include <cstddef>
 #include <memory>
@@ -44,15 +45,12 @@ class AlignedFloats {
 public:
     AlignedFloats() = default;
     explicit AlignedFloats(std::size_t count); // throws std::bad_alloc
-    float* data() const { return memory_.get(); }
+    float* data() const { return reinterpret_cast<float*>(memory_.get()); }
     std::size_t size() const { return memory_ ? size_ : 0; }
 
 private:
-    struct Free {
-        void operator()(float* p) const noexcept;
-    };
     std::size_t size_ = 0;
-    std::unique_ptr<float[], Free> memory_;
+    PixelMemory memory_;
 };
 
 class Raster {

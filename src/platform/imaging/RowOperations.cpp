@@ -90,6 +90,29 @@ void interpolateRow(float* out, const float* in, const std::int32_t* index, cons
     }
 }
 
+// The four pixels of a row are one vector; Catmull and Rom's weights as cubics in the fraction.
+void cubicSumsRow(float* out, const float* in, std::ptrdiff_t stride,
+                  const CubicPosition* positions, std::size_t count) {
+    const hn::FixedTag<float, 4> d;
+    alignas(16) static constexpr float cubic[4][4] = {
+        {0, 1, 0, 0}, {-0.5f, 0, 0.5f, 0}, {1, -2.5f, 2, -0.5f}, {-0.5f, 1.5f, -1.5f, 0.5f}};
+    const auto c0 = hn::Load(d, cubic[0]), c1 = hn::Load(d, cubic[1]);
+    const auto c2 = hn::Load(d, cubic[2]), c3 = hn::Load(d, cubic[3]);
+    const auto weights = [&](float t) HWY_ATTR {
+        const auto x = hn::Set(d, t);
+        return hn::MulAdd(hn::MulAdd(hn::MulAdd(c3, x, c2), x, c1), x, c0);
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        const float* from = in + positions[i].offset;
+        const auto rowWeights = weights(positions[i].v);
+        auto sum = hn::Mul(hn::LoadU(d, from), hn::Broadcast<0>(rowWeights));
+        sum = hn::MulAdd(hn::LoadU(d, from + stride), hn::Broadcast<1>(rowWeights), sum);
+        sum = hn::MulAdd(hn::LoadU(d, from + 2 * stride), hn::Broadcast<2>(rowWeights), sum);
+        sum = hn::MulAdd(hn::LoadU(d, from + 3 * stride), hn::Broadcast<3>(rowWeights), sum);
+        out[i] = hn::GetLane(hn::SumOfLanes(d, hn::Mul(sum, weights(positions[i].u))));
+    }
+}
+
 void maximumRow(float* out, const float* a, const float* b, std::size_t count) {
     const D d;
     for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
@@ -239,6 +262,7 @@ HWY_EXPORT(accumulateRow);
 HWY_EXPORT(mixRow);
 HWY_EXPORT(weightedSumsRow);
 HWY_EXPORT(interpolateRow);
+HWY_EXPORT(cubicSumsRow);
 HWY_EXPORT(maximumRow);
 HWY_EXPORT(overRow);
 HWY_EXPORT(encodeAnyRow);
@@ -262,6 +286,10 @@ void weightedSums(float* out, const float* in, const std::int32_t* first, const 
 void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
                  std::size_t count) {
     HWY_DYNAMIC_DISPATCH(interpolateRow)(out, in, index, fraction, count);
+}
+void cubicSums(float* out, const float* in, std::ptrdiff_t stride, const CubicPosition* positions,
+               std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(cubicSumsRow)(out, in, stride, positions, count);
 }
 void maximum(float* out, const float* a, const float* b, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(maximumRow)(out, a, b, count);

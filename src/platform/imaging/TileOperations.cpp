@@ -143,15 +143,58 @@ float weightedSum(const Neighbourhood& around, const ConstTileView& in, int plan
 
 } // namespace
 
+namespace {
+
+void affinePixels(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
+                  const TileView& out, int row, int first, int end) {
+    const double y = centreOfRow(out.rect, row);
+    for (int column = first; column < end; ++column) {
+        const Neighbourhood around =
+            neighbourhoodOf(op, extent, in.rect, out.rect.x + column + 0.5, y);
+        for (int plane = 0; plane < planeCount(out); ++plane)
+            out.row(plane, row)[column] = weightedSum(around, in, plane);
+    }
+}
+
+// The 4 × 4 pixels around one output pixel lie inside the stored tile; rows of storage run
+// downwards, so the fraction is taken from above.
+bool cubicInside(const AffineOperation& op, const PixelRect& stored, std::ptrdiff_t stride,
+                 double x, double y, rows::CubicPosition& position) {
+    const double u = op.inverse.a * x + op.inverse.c * y + op.inverse.tx - 0.5 - stored.x;
+    const double v = stored.top() - 0.5 - (op.inverse.b * x + op.inverse.d * y + op.inverse.ty);
+    const double column = std::floor(u), line = std::floor(v);
+    if (!(column >= 1 && column + 2 < stored.width && line >= 1 && line + 2 < stored.height))
+        return false;
+    position.offset = static_cast<std::int32_t>((line - 1) * double(stride) + column - 1);
+    position.u = static_cast<float>(u - column);
+    position.v = static_cast<float>(v - line);
+    return true;
+}
+
+} // namespace
+
+// Row by row: stretches whose neighbourhoods lie inside run as vectors, the pixels near an edge one
+// by one.
 void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
                 const TileView& out) {
+    std::vector<rows::CubicPosition> inside(std::size_t(out.rect.width));
     for (int row = 0; row < out.rect.height; ++row) {
         const double y = centreOfRow(out.rect, row);
-        for (int column = 0; column < out.rect.width; ++column) {
-            const Neighbourhood around =
-                neighbourhoodOf(op, extent, in.rect, out.rect.x + column + 0.5, y);
+        int column = 0;
+        while (column < out.rect.width) {
+            int end = column;
+            while (op.sampling == Sampling::catmullRom && end < out.rect.width &&
+                   cubicInside(op, in.rect, in.stride, out.rect.x + end + 0.5, y,
+                               inside[std::size_t(end - column)]))
+                ++end;
             for (int plane = 0; plane < planeCount(out); ++plane)
-                out.row(plane, row)[column] = weightedSum(around, in, plane);
+                rows::cubicSums(out.row(plane, row) + column, in.row(plane, 0), in.stride,
+                                inside.data(), std::size_t(end - column));
+            if (end < out.rect.width) {
+                affinePixels(op, extent, in, out, row, end, end + 1);
+                ++end;
+            }
+            column = end;
         }
     }
 }

@@ -1,0 +1,6 @@
+#define KELVARO_KERNEL_TEXT "develop/kernels/SceneTone.kernel"
+#define KELVARO_KERNELS(each) each(rawGain) each(sceneTone)
+
+#include "develop/kernels/Kernels.h"
+
+#include "platform/dialect/Family.inl"

@@ -1,0 +1,113 @@
+// PNG: the frame through libpng, the pixels through PngBands on all cores.
+#include "platform/codecs/EncodeJob.h"
+#include "platform/codecs/OutputProfile.h"
+#include "platform/codecs/PngBands.h"
+#include "platform/codecs/PngErrors.h"
+
+#include <algorithm>
+#include <array>
+#include <future>
+#include <thread>
+
+namespace kelvaro {
+
+namespace {
+
+struct PngOutput {
+    explicit PngOutput(const EncodeJob& encodeJob) : job(encodeJob) {
+        if (setjmp(errors.jump) == 0)
+            png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &errors, onPngError, onPngWarning);
+        if (png) info = png_create_info_struct(png);
+    }
+    PngOutput(const PngOutput&) = delete;
+    PngOutput& operator=(const PngOutput&) = delete;
+    ~PngOutput() { png_destroy_write_struct(&png, &info); }
+
+    static void write(png_structp png, png_bytep from, std::size_t count) {
+        auto* output = static_cast<PngOutput*>(png_get_io_ptr(png));
+        if (!output->job.sink.append({reinterpret_cast<const std::byte*>(from), count}))
+            png_error(png, "write");
+    }
+
+    const EncodeJob& job;
+    PngErrors errors;
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+};
+
+bool writeHead(PngOutput& output) {
+    const Bitmap& pixels = output.job.pixels;
+    const auto space = output.job.settings.space;
+    const auto& profile = outputProfile(space);
+    return guarded(output.errors, [&output, &pixels, &profile, space] {
+        png_set_write_fn(output.png, &output, PngOutput::write, [](png_structp) {});
+        png_set_user_limits(output.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+        png_set_IHDR(output.png, output.info, png_uint_32(pixels.size.width),
+                     png_uint_32(pixels.size.height), pixels.type == SampleType::u16 ? 16 : 8,
+                     pixels.channels == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
+                     PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_iCCP(output.png, output.info, outputProfileName(space), PNG_COMPRESSION_TYPE_BASE,
+                     reinterpret_cast<png_const_bytep>(profile.data()),
+                     png_uint_32(profile.size()));
+        png_write_info(output.png, output.info);
+    });
+}
+
+bool writeChunk(PngOutput& output, const char* name, std::span<const std::byte> data) {
+    return guarded(output.errors, [&output, name, data] {
+        png_write_chunk(output.png, reinterpret_cast<png_const_bytep>(name),
+                        reinterpret_cast<png_const_bytep>(data.data()), data.size());
+    });
+}
+
+// One band for each core at a time.
+std::vector<PngBand> deflateWave(const Bitmap& pixels, int firstRow) {
+    const int rows = pngBandRows(pixels);
+    const int cores = int(std::clamp(std::thread::hardware_concurrency(), 1U, 16U));
+    std::vector<std::future<PngBand>> pending;
+    for (int i = 0; i < cores && firstRow + i * rows < pixels.size.height; ++i) {
+        const int from = firstRow + i * rows, count = std::min(rows, pixels.size.height - from);
+        // Without a free thread the band is made where it is asked for.
+        pending.push_back(std::async(std::launch::async | std::launch::deferred, deflateBand,
+                                     std::cref(pixels), from, count));
+    }
+    std::vector<PngBand> bands;
+    for (auto& band : pending)
+        bands.push_back(band.get());
+    return bands;
+}
+
+Result<void> writePixels(PngOutput& output) {
+    const EncodeJob& job = output.job;
+    const int rows = pngBandRows(job.pixels);
+    std::uint32_t adler = 1;
+    for (int y = 0; y < job.pixels.size.height;) {
+        if (job.isCancelled()) return fail(job.cancelled());
+        for (auto& band : deflateWave(job.pixels, y)) {
+            if (band.deflated.empty()) return fail(job.outOfMemory());
+            adler = joinedAdler(adler, band);
+            auto& data = band.deflated;
+            // The zlib frame: 32 KB window, fastest level; the checksum at the end.
+            if (y == 0) data.insert(data.begin(), {std::byte(0x78), std::byte(0x01)});
+            y += rows;
+            if (y >= job.pixels.size.height)
+                for (int shift = 24; shift >= 0; shift -= 8)
+                    data.push_back(std::byte(adler >> shift));
+            if (!writeChunk(output, "IDAT", data)) return fail(job.afterLibraryError());
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+Result<void> encodePng(const EncodeJob& job) {
+    PngOutput output(job);
+    if (!output.png || !output.info) return fail(job.outOfMemory());
+    if (!writeHead(output)) return fail(job.afterLibraryError());
+    if (auto written = writePixels(output); !written) return written;
+    if (!writeChunk(output, "IEND", {})) return fail(job.afterLibraryError());
+    return {};
+}
+
+} // namespace kelvaro

@@ -1,0 +1,57 @@
+#include "platform/raw/CameraRawEngine.h"
+
+#include "platform/raw/Development.h"
+#include "platform/raw/RasterSource.h"
+#include "platform/raw/RawDecoder.h"
+
+#include <new>
+
+namespace kelvaro {
+
+namespace {
+
+class CameraRawFile final : public RawFile {
+public:
+    explicit CameraRawFile(std::unique_ptr<RawDecoder> decoder) : decoder_(std::move(decoder)) {
+        const SensorImage& sensor = decoder_->description();
+        properties_.size = developedSize(sensor, 1);
+        properties_.asShotTemperature = sensor.colour.asShot.kelvin;
+        properties_.asShotTint = sensor.colour.asShot.tint;
+        properties_.baselineExposureStops = sensor.exposureStops;
+    }
+
+    const RawProperties& properties() const override { return properties_; }
+
+    Result<std::shared_ptr<const PixelSource>> develop(const RawDevelopSettings& settings,
+                                                       const Cancellation* cancellation) override {
+        auto sensor = decoder_->samples(settings.reduction, cancellation);
+        if (!sensor) return fail(sensor.error());
+        try {
+            auto raster = kelvaro::develop(*sensor, settings.reduction, cancellation);
+            if (!raster) {
+                return fail(FailureKind::cancelled,
+                            "Developing \"" + decoder_->name() + "\" was cancelled.");
+            }
+            return std::make_shared<const RasterSource>(std::move(*raster));
+        } catch (const std::bad_alloc&) {
+            return fail(FailureKind::outOfMemory,
+                        "There is not enough memory to develop \"" + decoder_->name() + "\".");
+        }
+    }
+
+    Result<std::optional<EmbeddedPreview>> preview() override { return decoder_->preview(); }
+
+private:
+    std::unique_ptr<RawDecoder> decoder_;
+    RawProperties properties_;
+};
+
+} // namespace
+
+Result<std::unique_ptr<RawFile>> CameraRawEngine::open(const std::filesystem::path& path) {
+    auto decoder = RawDecoder::open(path);
+    if (!decoder) return fail(decoder.error());
+    return std::unique_ptr<RawFile>(std::make_unique<CameraRawFile>(std::move(*decoder)));
+}
+
+} // namespace kelvaro

@@ -1,0 +1,33 @@
+// The tags of a DNG (Digital Negative 1.6) that its development needs. Implausible values are left
+// out, so that a caller falls back to what it knows otherwise.
+#pragma once
+
+#include "platform/raw/SensorImage.h"
+#include "platform/raw/TiffDirectory.h"
+
+#include <optional>
+#include <vector>
+
+namespace kelvaro {
+
+struct DngTags {
+    int width = 0, height = 0, samplesPerPixel = 1;
+    int photometric = 0; // 32803 filter mosaic, 34892 linear
+    int compression = 1;
+    std::optional<SensorRect> activeArea;
+    std::optional<SensorRect> defaultCrop; // relative to the active area, before any check
+    std::optional<BlackLevels> black;      // origin at the active area's corner
+    std::vector<double> white;             // one, or one per sample
+    std::optional<ColourFilters> filters;  // relative to the active area's corner
+    CameraMatrices colour;
+    int orientation = 1;
+    double baselineExposureStops = 0;
+    bool reachesPastEnd = false; // strips or tiles lie outside the file
+};
+
+// The directory of the main picture: the mosaic or linear one of the given size. None when this is
+// no DNG or has no such picture. `fileBytes` is the length of the file.
+std::optional<DngTags> readDngTags(const TiffFile& file, int width, int height,
+                                   std::uint64_t fileBytes);
+
+} // namespace kelvaro

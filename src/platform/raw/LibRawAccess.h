@@ -1,0 +1,38 @@
+// The library's object with its settings made for us and its records turned into ours. Only
+// RawDecoder uses it.
+#pragma once
+
+#include "base/Cancellation.h"
+#include "base/Geometry.h"
+#include "platform/raw/EmbeddedJpeg.h"
+#include "platform/raw/SensorImage.h"
+
+#include <libraw/libraw.h>
+
+namespace kelvaro {
+
+class LibRawAccess : public LibRaw {
+public:
+    LibRawAccess(); // keeps every message to itself
+    // Decoding stops soon after `cancellation` is set; null: never.
+    void watch(const Cancellation* cancellation);
+
+    SensorLayout layout();
+    bool needsProcessing();
+    PixelSize processedSize();                             // before orientation
+    SensorRect cameraCrop(const SensorRect& active) const; // what the camera's own JPEG shows
+    ColourFilters filters();
+    CameraMatrices matrices() const;
+    BlackLevels black();
+    float white() const;
+    bool isLossyDng();
+    JpegPlace thumbnail(); // unchecked
+
+    // After unpack(): points the image at the samples; false when there are none.
+    bool attachSamples(SensorImage& image);
+    // The library's own black level, balance and demosaic; returns its error code.
+    int process(const ChannelValues& balance, bool half);
+    void attachProcessed(SensorImage& image);
+};
+
+} // namespace kelvaro

@@ -1,0 +1,100 @@
+#include "platform/raw/MosaicReader.h"
+
+#include <cmath>
+#include <numeric>
+
+namespace kelvaro {
+
+namespace {
+
+int remainder(int value, int period) {
+    const int r = value % period;
+    return r < 0 ? r + period : r;
+}
+
+// The place inside first … first + length − 1 that mirrors `at`, without repeating the edge.
+int mirrored(int at, int first, int length) {
+    if (length == 1) return first;
+    const int period = 2 * (length - 1);
+    const int inside = remainder(at - first, period);
+    return first + std::min(inside, period - inside);
+}
+
+} // namespace
+
+MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
+    const bool isMosaic =
+        sensor.layout == SensorLayout::bayer || sensor.layout == SensorLayout::xTrans;
+    const int channels = sensor.layout == SensorLayout::fullColour ? sensor.channels : 1;
+    const auto& black = sensor.black;
+    tableRows_ = std::lcm(black.rows, isMosaic ? sensor.filters.period : 1);
+    const auto size =
+        std::size_t(channels) * std::size_t(tableRows_) * std::size_t(sensor.active.width);
+    black_.reserve(size);
+    scale_.reserve(size);
+    BlackLevels table = black;
+    table.rowDeltas.clear();
+    for (int c = 0; c < channels; ++c) {
+        for (int r = 0; r < tableRows_; ++r) {
+            const int row = sensor.active.top + r;
+            for (int x = 0; x < sensor.active.width; ++x) {
+                const int column = sensor.active.left + x;
+                const auto channel = std::size_t(isMosaic ? sensor.filters.at(row, column) : c);
+                const float level = table.at(row, column, c);
+                black_.push_back(level);
+                scale_.push_back(float(sensor.colour.balance[channel]) /
+                                 (sensor.white[channel] - level));
+            }
+        }
+    }
+}
+
+void MosaicReader::row(int row, int column, int count, int channel, float* out) const {
+    const SensorRect& active = sensor_.active;
+    const int y = mirrored(row, active.top, active.height);
+    const int tableRow = channel * tableRows_ + remainder(y - active.top, tableRows_);
+    const auto at = std::size_t(tableRow) * std::size_t(active.width);
+    const float* black = black_.data() + at - active.left;
+    const float* scale = scale_.data() + at - active.left;
+    const auto& deltas = sensor_.black.rowDeltas;
+    const int deltaRow = y - sensor_.black.originTop;
+    const float delta = deltaRow >= 0 && std::size_t(deltaRow) < deltas.size()
+                            ? deltas[std::size_t(deltaRow)]
+                            : 0.0f;
+    const auto values = [&](const auto* samples) {
+        const auto* line = samples + y * sensor_.stride + channel;
+        const auto value = [&](int x) {
+            const auto sample = line[std::ptrdiff_t(x) * sensor_.channels];
+            return (float(sample) - black[x] - delta) * scale[x];
+        };
+        // The straight part without mirroring is the common one.
+        const int from = std::clamp(active.left - column, 0, count);
+        const int to = std::clamp(active.right() - column, from, count);
+        for (int i = 0; i < from; ++i)
+            out[i] = value(mirrored(column + i, active.left, active.width));
+        for (int i = from; i < to; ++i)
+            out[i] = value(column + i);
+        for (int i = to; i < count; ++i)
+            out[i] = value(mirrored(column + i, active.left, active.width));
+    };
+    if (sensor_.integers) {
+        values(sensor_.integers);
+        return;
+    }
+    values(sensor_.floats);
+    for (int i = 0; i < count; ++i) {
+        if (!(std::abs(out[i]) < 1e6f)) out[i] = 0;
+    }
+}
+
+BayerPhase MosaicReader::phase(int row, int column) const {
+    for (int r = 0; r < 2; ++r) {
+        for (int c = 0; c < 2; ++c) {
+            if (sensor_.filters.at(remainder(row + r, 2), remainder(column + c, 2)) == 0)
+                return {r, c};
+        }
+    }
+    return {};
+}
+
+} // namespace kelvaro

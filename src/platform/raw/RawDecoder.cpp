@@ -1,0 +1,275 @@
+#include "platform/raw/RawDecoder.h"
+
+#include "platform/raw/EmbeddedJpeg.h"
+#include "platform/raw/LibRawAccess.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace kelvaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::int64_t kMaximumPhotosites = 400'000'000;
+// The best packing in use needs more than one byte for this many photosites of a real picture.
+constexpr std::int64_t kMaximumPhotositesPerByte = 32;
+constexpr std::int64_t kAlwaysAllowed = 1 << 20;
+constexpr std::uint64_t kMaximumPreviewBytes = 128 << 20;
+// Decoders look a little ahead; more than this missing means that the picture breaks off.
+constexpr INT64 kMissingTolerated = 4096;
+constexpr auto kTimeLimit = 9s;
+
+int exifOrientation(int flip) {
+    constexpr std::array<int, 8> codes{1, 2, 4, 3, 5, 8, 6, 7};
+    return codes[std::size_t(flip & 7)];
+}
+
+} // namespace
+
+Result<std::unique_ptr<RawDecoder>> RawDecoder::open(const std::filesystem::path& path) {
+    auto stream = RawStream::open(path);
+    if (!stream) return fail(stream.error());
+    try {
+        std::unique_ptr<RawDecoder> decoder(
+            new RawDecoder(std::move(*stream), path.filename().string()));
+        if (auto done = decoder->identify(); !done) return fail(done.error());
+        return decoder;
+    } catch (const std::bad_alloc&) {
+        return fail(FailureKind::outOfMemory,
+                    "There is not enough memory to open \"" + path.filename().string() + "\".");
+    } catch (...) {
+        return fail(FailureKind::malformed,
+                    "The file \"" + path.filename().string() + "\" is damaged.");
+    }
+}
+
+RawDecoder::RawDecoder(std::unique_ptr<RawStream> stream, std::string name)
+    : name_(std::move(name)),
+      stream_(std::move(stream)),
+      library_(std::make_unique<LibRawAccess>()) {}
+
+RawDecoder::~RawDecoder() = default;
+
+Failure RawDecoder::failure(int code) const {
+    const std::string file = "\"" + name_ + "\"";
+    switch (code) {
+    case LIBRAW_CANCELLED_BY_CALLBACK:
+        if (stream_->wasCancelled()) {
+            return {FailureKind::cancelled, "Decoding " + file + " was cancelled."};
+        }
+        return {FailureKind::malformed, "The file " + file + " takes too long to decode."};
+    case LIBRAW_UNSUFFICIENT_MEMORY:
+        return {FailureKind::outOfMemory, "There is not enough memory to decode " + file + "."};
+    case LIBRAW_TOO_BIG:
+        return {FailureKind::tooLarge, "The picture in " + file + " is too large."};
+    case LIBRAW_FILE_UNSUPPORTED:
+    case LIBRAW_NOT_IMPLEMENTED:
+        return {FailureKind::unsupported,
+                "The file " + file + " is not a RAW file that can be read."};
+    default:
+        return {FailureKind::malformed, "The file " + file + " is damaged or incomplete."};
+    }
+}
+
+Result<void> RawDecoder::identify() {
+    stream_->beginTask(nullptr, kTimeLimit);
+    stream_->seek(0, SEEK_SET); // the library begins where the stream stands
+    if (const int code = library_->open_datastream(stream_.get()); code != LIBRAW_SUCCESS) {
+        return fail(failure(code));
+    }
+    const auto& sizes = library_->imgdata.sizes;
+    if (sizes.raw_width == 0 || sizes.raw_height == 0 || library_->imgdata.idata.is_foveon) {
+        return fail(failure(LIBRAW_FILE_UNSUPPORTED));
+    }
+    directories_ = std::make_unique<TiffFile>(
+        [stream = stream_.get()](std::uint64_t offset, std::span<std::byte> bytes) {
+            return stream->readAt(INT64(offset), bytes);
+        });
+    if (library_->imgdata.idata.dng_version != 0) {
+        dng_ = readDngTags(*directories_, sizes.raw_width, sizes.raw_height,
+                           std::uint64_t(stream_->size()));
+    }
+    if (auto checked = checkSize(); !checked) return checked;
+    describe();
+    return {};
+}
+
+Result<void> RawDecoder::checkSize() const {
+    const auto& sizes = library_->imgdata.sizes;
+    const auto photosites = std::int64_t(sizes.raw_width) * sizes.raw_height;
+    if (photosites > kMaximumPhotosites) return fail(failure(LIBRAW_TOO_BIG));
+    if (photosites > kAlwaysAllowed + kMaximumPhotositesPerByte * stream_->size()) {
+        return fail(FailureKind::malformed,
+                    "The file \"" + name_ + "\" is too short for the size of its picture.");
+    }
+    return {};
+}
+
+void RawDecoder::describe() {
+    const auto& data = library_->imgdata;
+    SensorImage& d = description_;
+    d.width = data.sizes.raw_width;
+    d.height = data.sizes.raw_height;
+    const SensorRect whole{0, 0, d.width, d.height};
+    d.active = intersection(whole, {data.sizes.left_margin, data.sizes.top_margin, data.sizes.width,
+                                    data.sizes.height});
+    if (dng_ && dng_->activeArea) d.active = *dng_->activeArea;
+    if (d.active.isEmpty()) d.active = whole;
+    d.crop = d.active;
+    if (dng_ && dng_->defaultCrop) {
+        SensorRect crop = *dng_->defaultCrop;
+        crop.left += d.active.left;
+        crop.top += d.active.top;
+        // Rounded positions may stick out by one; more is nonsense, and the whole area is safer.
+        const SensorRect inside = intersection(crop, d.active);
+        if (!inside.isEmpty() && inside.width >= crop.width - 1 &&
+            inside.height >= crop.height - 1) {
+            d.crop = inside;
+        }
+    } else if (!dng_) {
+        d.crop = library_->cameraCrop(d.active);
+    }
+    d.orientation = dng_ ? dng_->orientation : exifOrientation(data.sizes.flip);
+    d.exposureStops = dng_ ? dng_->baselineExposureStops : 0;
+    d.layout = library_->layout();
+    needsProcessing_ = library_->needsProcessing();
+    if (needsProcessing_) {
+        const PixelSize size = library_->processedSize();
+        d.layout = SensorLayout::fullColour;
+        d.width = size.width;
+        d.height = size.height;
+        // The library delivers its own visible area.
+        const SensorRect visible{0, 0, size.width, size.height};
+        SensorRect crop = d.crop;
+        crop.left -= data.sizes.left_margin;
+        crop.top -= data.sizes.top_margin;
+        crop = intersection(visible, crop);
+        d.active = visible;
+        d.crop = crop.isEmpty() || library_->is_fuji_rotated() ? visible : crop;
+    } else if (dng_ && dng_->filters && d.layout != SensorLayout::fullColour) {
+        d.filters = *dng_->filters;
+        for (int i = 0; i < d.filters.period * d.filters.period; ++i) {
+            const int p = d.filters.period;
+            const int row = (i / p + p * p - d.active.top % p) % p,
+                      column = (i % p + p * p - d.active.left % p) % p;
+            d.filters.channels[std::size_t(i)] = std::uint8_t(dng_->filters->at(row, column));
+        }
+    } else {
+        d.filters = library_->filters();
+    }
+    CameraMatrices colour = library_->matrices();
+    if (dng_) {
+        if (dng_->colour.first || dng_->colour.second) {
+            colour = dng_->colour;
+        } else if (dng_->colour.neutral) {
+            colour.neutral = dng_->colour.neutral;
+        }
+    }
+    if (d.layout == SensorLayout::monochrome) colour = {1, {}, {}, {}, {}};
+    d.colour = cameraColour(colour);
+    for (std::size_t c = 0; c < kMaximumChannels; ++c)
+        d.saturation[c] = float(d.colour.balance[c]);
+    describeLevels();
+}
+
+void RawDecoder::describeLevels() {
+    SensorImage& d = description_;
+    d.black = library_->black();
+    d.white.fill(library_->white());
+    // A lossy DNG's own curve has been applied by the library, which then counts from 0 to 65535.
+    if (dng_ && !library_->isLossyDng()) {
+        if (dng_->black) d.black = *dng_->black;
+        for (std::size_t c = 0; c < kMaximumChannels && !dng_->white.empty(); ++c) {
+            d.white[c] = float(dng_->white[std::min(c, dng_->white.size() - 1)]);
+        }
+    }
+    const float blackest = *std::max_element(d.black.table.begin(), d.black.table.end());
+    for (float& white : d.white) {
+        if (!(white > blackest)) white = library_->white();
+        if (!(white > blackest)) white = blackest + 1;
+    }
+}
+
+Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
+    if (isUnpacked_) return {};
+    if (dng_ && dng_->reachesPastEnd) return fail(failure(LIBRAW_IO_ERROR));
+    stream_->beginTask(cancellation, kTimeLimit);
+    library_->watch(cancellation);
+    const int code = library_->unpack();
+    library_->watch(nullptr);
+    if (code != LIBRAW_SUCCESS) {
+        // What is left of the library's state cannot be unpacked again.
+        const Failure why = failure(code);
+        library_ = std::make_unique<LibRawAccess>();
+        if (auto again = identify(); !again) return again;
+        return fail(why);
+    }
+    if (stream_->missingBytes() > kMissingTolerated) return fail(failure(LIBRAW_IO_ERROR));
+    isUnpacked_ = true;
+    return {};
+}
+
+Result<SensorImage> RawDecoder::samples(int reduction, const Cancellation* cancellation) {
+    try {
+        if (auto done = unpack(cancellation); !done) return fail(done.error());
+        if (needsProcessing_) {
+            stream_->beginTask(cancellation, kTimeLimit);
+            library_->watch(cancellation);
+            auto result = processed(reduction);
+            library_->watch(nullptr);
+            return result;
+        }
+        SensorImage image = description_;
+        if (!library_->attachSamples(image)) return fail(failure(LIBRAW_FILE_UNSUPPORTED));
+        return image;
+    } catch (const std::bad_alloc&) {
+        return fail(failure(LIBRAW_UNSUFFICIENT_MEMORY));
+    } catch (...) {
+        return fail(failure(LIBRAW_DATA_ERROR));
+    }
+}
+
+Result<SensorImage> RawDecoder::processed(int reduction) {
+    const int code = library_->process(description_.colour.balance, reduction == 2);
+    if (code != LIBRAW_SUCCESS) return fail(failure(code));
+    SensorImage image = description_;
+    library_->attachProcessed(image);
+    image.isReduced = reduction == 2;
+    return image;
+}
+
+Result<std::optional<EmbeddedPreview>> RawDecoder::preview() {
+    const ReadAt read = [this](std::uint64_t offset, std::span<std::byte> bytes) {
+        return stream_->readAt(INT64(offset), bytes);
+    };
+    auto candidates = jpegCandidates(*directories_);
+    candidates.push_back(library_->thumbnail());
+    std::optional<JpegPlace> best;
+    for (const JpegPlace& place : candidates) {
+        if (place.bytes == 0) continue;
+        const auto found = jpegAt(read, place.offset, place.bytes, std::uint64_t(stream_->size()));
+        if (found && found->bytes <= kMaximumPreviewBytes &&
+            (!best || found->pixels > best->pixels)) {
+            best = found;
+        }
+    }
+    if (!best) return std::optional<EmbeddedPreview>();
+    try {
+        EmbeddedPreview preview;
+        preview.bytes.resize(best->bytes);
+        if (read(best->offset, preview.bytes) != preview.bytes.size()) {
+            return fail(FailureKind::unreadable, "The file \"" + name_ + "\" cannot be read.");
+        }
+        preview.bytes[0] = std::byte{0xff};
+        preview.bytes[1] = std::byte{0xd8};
+        preview.orientation = description_.orientation;
+        return std::optional(std::move(preview));
+    } catch (const std::bad_alloc&) {
+        return fail(failure(LIBRAW_UNSUFFICIENT_MEMORY));
+    }
+}
+
+} // namespace kelvaro

@@ -1,0 +1,100 @@
+// A file system that hands everything on to another one, counts the calls, and fails on demand: at
+// the nth call, or once a number of bytes has been written. Calls of pending files count like its
+// own.
+#pragma once
+
+#include "platform/FileSystem.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace kelvaro {
+
+class FailingFileSystem final : public FileSystem {
+public:
+    struct Plan {
+        int failAtCall = 0; // counted from 1; 0 never fails
+        FailureKind kind = FailureKind::unwritable;
+        std::int64_t room =
+            std::numeric_limits<std::int64_t>::max(); // bytes until the disk is full
+    };
+
+    explicit FailingFileSystem(FileSystem& real) : real_(real) {}
+    FailingFileSystem(FileSystem& real, Plan plan) : real_(real), plan_(plan) {}
+
+    int calls() const { return calls_; }
+    bool hasFailed() const { return failed_; }
+
+    Result<FileStatus> status(const std::filesystem::path& path) override {
+        if (fails()) return fail(planned());
+        return real_.status(path);
+    }
+    Result<std::vector<FolderEntry>> list(const std::filesystem::path& folder) override {
+        if (fails()) return fail(planned());
+        return real_.list(folder);
+    }
+    Result<std::vector<std::byte>> read(const std::filesystem::path& path,
+                                        std::int64_t limit) override {
+        if (fails()) return fail(planned());
+        return real_.read(path, limit);
+    }
+    Result<void> createFolder(const std::filesystem::path& folder) override {
+        if (fails()) return fail(planned());
+        return real_.createFolder(folder);
+    }
+    Result<std::unique_ptr<PendingFile>> create(const std::filesystem::path& target) override {
+        if (fails()) return fail(planned());
+        auto pending = real_.create(target);
+        if (!pending) return fail(std::move(pending).error());
+        return std::unique_ptr<PendingFile>(new Pending(*this, std::move(*pending)));
+    }
+    Result<void> remove(const std::filesystem::path& path) override {
+        if (fails()) return fail(planned());
+        return real_.remove(path);
+    }
+
+private:
+    class Pending final : public PendingFile {
+    public:
+        Pending(FailingFileSystem& owner, std::unique_ptr<PendingFile> real)
+            : owner_(owner), real_(std::move(real)) {}
+        // What still fits is written, as a real disk does.
+        Result<void> writeAt(std::int64_t offset, std::span<const std::byte> bytes) override {
+            if (owner_.fails()) return fail(owner_.planned());
+            const auto wanted = static_cast<std::int64_t>(bytes.size());
+            const std::int64_t fitting = std::min(wanted, owner_.plan_.room);
+            owner_.plan_.room -= fitting;
+            auto written = real_->writeAt(offset, bytes.first(static_cast<std::size_t>(fitting)));
+            if (!written || fitting == wanted) return written;
+            owner_.failed_ = true;
+            return fail(FailureKind::diskFull, "The disk is full.");
+        }
+        Result<std::size_t> readAt(std::int64_t offset, std::span<std::byte> bytes) override {
+            if (owner_.fails()) return fail(owner_.planned());
+            return real_->readAt(offset, bytes);
+        }
+        std::int64_t size() const override { return real_->size(); }
+        Result<void> commit() override {
+            if (owner_.fails()) return fail(owner_.planned());
+            return real_->commit();
+        }
+
+    private:
+        FailingFileSystem& owner_;
+        std::unique_ptr<PendingFile> real_;
+    };
+
+    bool fails() {
+        const bool now = ++calls_ == plan_.failAtCall;
+        failed_ = failed_ || now;
+        return now;
+    }
+    Failure planned() const { return {plan_.kind, "This call was planned to fail."}; }
+
+    FileSystem& real_;
+    Plan plan_;
+    int calls_ = 0;
+    bool failed_ = false;
+};
+
+} // namespace kelvaro

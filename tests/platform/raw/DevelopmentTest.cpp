@@ -1,0 +1,254 @@
+#include "platform/raw/DevelopedPhoto.h"
+#include "platform/raw/SyntheticDng.h"
+
+#include <cmath>
+
+namespace kelvaro {
+namespace {
+
+using test::developed;
+using test::SyntheticDng;
+
+// Smooth in both directions and different in each channel, so that no exchange goes unseen.
+double ramp(int row, int column, int channel) {
+    const double r = row / 100.0, c = column / 100.0;
+    return channel == 0 ? 0.1 + 0.5 * c : channel == 1 ? 0.15 + 0.3 * r + 0.1 * c : 0.5 - 0.4 * r;
+}
+
+struct Place {
+    int row, column;
+};
+// Where EXIF orientation puts stored (row, column) of a width × height picture.
+Place upright(int orientation, int row, int column, int width, int height) {
+    switch (orientation) {
+    case 2:
+        return {row, width - 1 - column};
+    case 3:
+        return {height - 1 - row, width - 1 - column};
+    case 4:
+        return {height - 1 - row, column};
+    case 5:
+        return {column, row};
+    case 6:
+        return {column, height - 1 - row};
+    case 7:
+        return {width - 1 - column, height - 1 - row};
+    case 8:
+        return {width - 1 - column, row};
+    default:
+        return {row, column};
+    }
+}
+
+// The largest error of a developed file against the scene, over the whole crop, borders included.
+double worst(const SyntheticDng& dng, int reduction = 1) {
+    const auto path = dng.write("worst.dng");
+    RawDevelopSettings settings;
+    settings.reduction = reduction;
+    settings.captureOnly = true;
+    const Raster raster = developed(path, settings);
+    std::filesystem::remove(path);
+    const int width = dng.crop[2] / reduction, height = dng.crop[3] / reduction;
+    const bool swaps = dng.orientation >= 5;
+    EXPECT_EQ(raster.extent(), (PixelRect{0, 0, swaps ? height : width, swaps ? width : height}));
+    if (raster.extent().size() != PixelSize{swaps ? height : width, swaps ? width : height})
+        return 1e9;
+    double error = 0;
+    for (int row = 0; row < height; ++row) {
+        for (int column = 0; column < width; ++column) {
+            const Place at = upright(dng.orientation, row, column, width, height);
+            for (int c = 0; c < 3; ++c) {
+                double expected = 0;
+                const int r = dng.crop[1] + row * reduction, k = dng.crop[0] + column * reduction;
+                for (int i = 0; i < reduction * reduction; ++i) {
+                    expected += dng.scene(r + i / reduction, k + i % reduction, c);
+                }
+                expected *= std::exp2(dng.exposureStops) / (reduction * reduction);
+                error = std::max(error, std::abs(raster.row(c, at.row)[at.column] - expected));
+            }
+        }
+    }
+    return error;
+}
+
+// Half a step of the stored value and what the directional weights leave on a two-way ramp; the
+// mirrored border adds the ramp's own slope over two photosites.
+constexpr double kTolerance = 0.004, kBorderTolerance = 0.016;
+
+TEST(Development, EveryPhaseShiftAndOrientationShowsTheScene) {
+    for (const char* pattern : {"RGGB", "BGGR", "GRBG", "GBRG"}) {
+        for (int shift = 0; shift < 4; ++shift) {
+            SyntheticDng dng;
+            dng.scene = ramp;
+            dng.pattern = pattern;
+            dng.width = 71;
+            dng.height = 59;
+            const int top = 3 + shift / 2, left = 4 + shift % 2;
+            dng.active = {top, left, top + 49, left + 57};
+            dng.crop = {12 - shift % 2, 12 - shift / 2, 31, 23}; // odd sizes, away from the border
+            dng.black = {200, 260, 250, 230};
+            dng.orientation = 1 + 2 * shift + (pattern[0] == 'B' ? 1 : 0);
+            EXPECT_LT(worst(dng), kTolerance) << pattern << " shifted by " << shift;
+            dng.crop = {0, 0, 57, 49};
+            EXPECT_LT(worst(dng), kBorderTolerance) << pattern << " up to the border";
+        }
+    }
+}
+
+TEST(Development, LinearDngNeedsNoDemosaic) {
+    SyntheticDng dng;
+    dng.scene = ramp;
+    dng.pattern = "";
+    dng.crop = {5, 3, 51, 41};
+    dng.orientation = 7;
+    dng.exposureStops = 1.5;
+    EXPECT_LT(worst(dng), 2e-4);
+    EXPECT_LT(worst(dng, 2), 2e-4);
+}
+
+TEST(Development, FlatFieldsAreExactAtBothSizes) {
+    for (const int reduction : {1, 2}) {
+        SyntheticDng dng;
+        dng.scene = [](int, int, int channel) {
+            return std::array{0.25, 0.5, 0.125}[std::size_t(channel)];
+        };
+        dng.exposureStops = -1;
+        for (int row = 0; row < 48; ++row)
+            dng.rowDeltas.push_back(row % 5 * 10 - 20);
+        dng.black = {300, 310, 320, 330};
+        EXPECT_LT(worst(dng, reduction), 5e-5) << reduction;
+    }
+}
+
+TEST(Development, WhiteBalanceComesFromTheNeutral) {
+    SyntheticDng dng;
+    const std::array<double, 3> neutral{0.4, 1, 0.7};
+    dng.neutral = neutral;
+    // A sensor with these sensitivities sees a grey card as multiples of its neutral.
+    for (std::size_t i = 0; i < 9; ++i)
+        dng.matrix[i] *= neutral[i / 3];
+    dng.scene = [&](int, int, int channel) { return 0.18 * neutral[std::size_t(channel)]; };
+    const auto path = dng.write("balance.dng");
+    RawProperties properties;
+    const Raster raster = developed(path, {}, &properties);
+    std::filesystem::remove(path);
+    for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(raster.row(c, 20)[30], 0.18, 5e-5);
+    EXPECT_NEAR(properties.asShotTemperature, 6504, 15);
+    EXPECT_EQ(properties.size, (PixelSize{64, 48}));
+}
+
+TEST(Development, KeepsValuesBelowBlackAndAboveOne) {
+    SyntheticDng dng;
+    dng.black = {1000, 1000, 1000, 1000};
+    dng.exposureStops = 2;
+    dng.scene = [](int, int column, int) { return column < 32 ? -0.01 : 0.9; };
+    EXPECT_LT(worst(dng), 10); // sizes agree
+    const auto path = dng.write("range.dng");
+    const Raster raster = developed(path);
+    std::filesystem::remove(path);
+    EXPECT_NEAR(raster.row(1, 24)[10], -0.04, 5e-4);
+    EXPECT_NEAR(raster.row(1, 24)[54], 3.6, 5e-3);
+}
+
+TEST(Development, BlownAreasAreNeutral) {
+    SyntheticDng dng;
+    dng.neutral = {0.4, 1, 0.7};
+    dng.scene = [&](int, int, int channel) {
+        return std::array{1.0, 1.0, 1.0}[std::size_t(channel)];
+    };
+    const auto path = dng.write("blown.dng");
+    const Raster raster = developed(path);
+    std::filesystem::remove(path);
+    for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(raster.row(c, 24)[30], raster.row(1, 24)[30], 1e-3);
+    EXPECT_GE(raster.row(1, 24)[30], 0.99f);
+}
+
+TEST(Development, StopsWhenCancelled) {
+    SyntheticDng dng;
+    dng.scene = ramp;
+    const auto path = dng.write("cancel.dng");
+    CameraRawEngine engine;
+    auto file = engine.open(path);
+    ASSERT_TRUE(file);
+    Cancellation cancellation;
+    cancellation.cancel();
+    const auto result = (*file)->develop({}, &cancellation);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().kind, FailureKind::cancelled);
+    // The file stays usable.
+    EXPECT_TRUE((*file)->develop({}, nullptr));
+    std::filesystem::remove(path);
+}
+
+TEST(Development, HostileTagsFailOrGiveAFinitePicture) {
+    struct Row {
+        const char* what;
+        std::function<void(SyntheticDng&)> spoil;
+    };
+    const Row rows[] = {
+        {"white below black", [](SyntheticDng& d) { d.white = 100; }},
+        {"white 0", [](SyntheticDng& d) { d.white = 0; }},
+        {"neutral 0",
+         [](SyntheticDng& d) {
+             d.neutral = {0, 0, 0};
+         }},
+        {"matrix 0", [](SyntheticDng& d) { d.matrix = {}; }},
+        {"active area outside",
+         [](SyntheticDng& d) {
+             d.active = {10, 10, 4000, 4000};
+         }},
+        {"active area inside out",
+         [](SyntheticDng& d) {
+             d.active = {40, 40, 10, 10};
+         }},
+        {"active area of one photosite",
+         [](SyntheticDng& d) {
+             d.active = {5, 5, 6, 6};
+         }},
+        {"crop outside",
+         [](SyntheticDng& d) {
+             d.crop = {1000, 1000, 5, 5};
+         }},
+        {"crop of nothing",
+         [](SyntheticDng& d) {
+             d.crop = {3, 3, 0, 0};
+         }},
+        {"orientation 99", [](SyntheticDng& d) { d.orientation = 99; }},
+        {"exposure beyond sense", [](SyntheticDng& d) { d.exposureStops = 900; }},
+        {"black above white",
+         [](SyntheticDng& d) {
+             d.black = {65535, 65535, 65535, 65535};
+         }},
+    };
+    for (const Row& row : rows) {
+        SyntheticDng dng;
+        dng.scene = ramp;
+        row.spoil(dng);
+        const auto path = dng.write("hostile.dng");
+        CameraRawEngine engine;
+        auto file = engine.open(path);
+        if (file) {
+            const auto source = (*file)->develop({}, nullptr);
+            if (source) {
+                Raster raster((*source)->extent(), false);
+                (*source)->read(raster.view());
+                for (int y = 0; y < raster.extent().height; ++y) {
+                    for (int x = 0; x < raster.extent().width; ++x) {
+                        ASSERT_TRUE(std::isfinite(raster.row(1, y)[x])) << row.what;
+                    }
+                }
+            } else {
+                EXPECT_NE(source.error().message.find("hostile.dng"), std::string::npos)
+                    << row.what;
+            }
+        } else {
+            EXPECT_NE(file.error().message.find("hostile.dng"), std::string::npos) << row.what;
+        }
+        std::filesystem::remove(path);
+    }
+}
+
+} // namespace
+} // namespace kelvaro
