@@ -77,6 +77,9 @@ DIALECT_INLINE Float mix(Float p, Float q, Float t) {
 DIALECT_INLINE Float3 mix(Float3 p, Float3 q, Float t) {
     return {mix(p.x, q.x, t), mix(p.y, q.y, t), mix(p.z, q.z, t)};
 }
+DIALECT_INLINE Float3 mix(Float3 p, Float3 q, Float3 t) {
+    return {mix(p.x, q.x, t.x), mix(p.y, q.y, t.y), mix(p.z, q.z, t.z)};
+}
 // 0 at and below `low`, 1 at and above `high`, NaN gives 0.
 DIALECT_INLINE Float smoothstep(Uniform low, Uniform high, Float x) {
     const Float t = clamp((x - low) * (1.0 / (high - low)), 0.0, 1.0);

@@ -43,12 +43,15 @@ DIALECT_INLINE Float inverseCubeRootSeed(Float x) {
 #include "platform/dialect/Composites.inl"
 
 using Single = Float;
+namespace precision { // where the reference does not find them by its arguments
 DIALECT_INLINE Single single(Float x) {
     return x;
 }
 DIALECT_INLINE Float widened(Single x) {
     return x;
 }
+} // namespace precision
+using namespace precision;
 
 struct Pixel {
     Float x, y;

@@ -55,6 +55,10 @@ inline double luminance(const Rgb& c) {
 inline Rgb rgb(const Rgba& c) {
     return {c[0], c[1], c[2]};
 }
+// As kernels have it: NaN gives 0.
+inline double notBelowZero(double x) {
+    return x > 0 ? x : 0;
+}
 double smoothstep(double low, double high, double x); // NaN gives 0
 // log2 for positive normal numbers; other values count as 2^-126, infinity as 2^128.
 double boundedLog2(double x);
