@@ -198,8 +198,8 @@ TEST_F(PipelineTest, DrawsAtTheRequestedScale) {
         EXPECT_EQ(developed(source, {}, scale), source.bitmap) << scale;
 }
 
-// Single precision alone costs some 3e-6. Where the gamut stages bisect, a step that falls the other
-// way moves the result by their tolerance of 0.0005 at most.
+// Single precision alone costs some 3e-6. Where the gamut stages bisect, a step that falls the
+// other way moves the result by their tolerance of 0.0005 at most.
 TEST_F(PipelineTest, TheFastRendererAgreesWithThePlainOne) {
     const auto fast = makeTiledRenderer(2);
     Adjustments strong;
