@@ -6,7 +6,6 @@
 #include "develop/PhotoOpening.h"
 #include "develop/ToneAnalysis.h"
 #include "recipe/RecipeCoding.h"
-#include "recipe/Sidecar.h"
 
 #include <fmt/format.h>
 
@@ -56,9 +55,9 @@ Result<Adjustments> recipeOf(const DevelopRequest& request, Services& services) 
                                     decoded.error().message));
         edit = std::move(*decoded);
     } else if (!request.noSidecar) {
-        auto stored = Sidecar(*services.files, *services.random).loadPhoto(request.photo);
+        auto stored = storedEdit(request.photo, services);
         if (!stored) return fail(std::move(stored).error());
-        if (*stored) edit = std::move((*stored)->adjustments);
+        edit = std::move(stored->adjustments);
     }
     if (auto set = applySettings(edit, request.settings); !set) return fail(std::move(set).error());
     return edit;

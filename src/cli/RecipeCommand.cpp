@@ -15,15 +15,6 @@ namespace kelvaro {
 
 namespace {
 
-Result<Adjustments> storedEdit(const std::filesystem::path& photo, Services& services,
-                               double* editedAt = nullptr) {
-    auto stored = Sidecar(*services.files, *services.random).loadPhoto(photo);
-    if (!stored) return fail(std::move(stored).error());
-    if (!*stored) return Adjustments{};
-    if (editedAt) *editedAt = (*stored)->editedAt;
-    return std::move((*stored)->adjustments);
-}
-
 double now() {
     using namespace std::chrono;
     return duration<double>(system_clock::now().time_since_epoch()).count();
@@ -51,18 +42,32 @@ void show(const Adjustments& edit, double editedAt) {
                    fmt::gmtime(static_cast<std::time_t>(editedAt)));
 }
 
-Result<Adjustments> changed(const RecipeRequest& request, Adjustments edit, Services& services) {
+Result<StoredEdit> changedAndSaved(const RecipeRequest& request, Adjustments edit,
+                                   Services& services) {
     if (request.clear) edit = Adjustments{};
     if (request.copyFrom) {
         auto source = storedEdit(*request.copyFrom, services);
         if (!source) return source;
-        edit = pasted(*source, edit);
+        edit = pasted(source->adjustments, edit);
     }
     if (auto set = applySettings(edit, request.settings); !set) return fail(std::move(set).error());
-    return edit;
+    StoredEdit changed{std::move(edit), now()};
+    auto saved = Sidecar(*services.files, *services.random)
+                     .save(request.photo, changed.adjustments, changed.editedAt);
+    if (!saved) return fail(std::move(saved).error());
+    return changed;
 }
 
 } // namespace
+
+Result<StoredEdit> storedEdit(const std::filesystem::path& photo, Services& services) {
+    auto stored = Sidecar(*services.files, *services.random).loadPhoto(photo);
+    if (!stored)
+        return fail(stored.error().kind,
+                    fmt::format("The edit of “{}” can't be used: {}", photo.filename().string(),
+                                stored.error().message));
+    return *stored ? std::move(**stored) : StoredEdit{};
+}
 
 Result<void> applySettings(Adjustments& edit, const std::vector<std::string>& settings) {
     for (const std::string& setting : settings) {
@@ -90,36 +95,28 @@ ExitCode runRecipe(const RecipeRequest& request, Services& services) {
         report(set.error());
         return ExitCode::wrongUse;
     }
-    double editedAt = 0;
-    auto edit = storedEdit(request.photo, services, &editedAt);
-    if (!edit) {
-        report(edit.error());
+    auto stored = storedEdit(request.photo, services);
+    if (!stored) {
+        report(stored.error());
         return ExitCode::someFailed;
     }
     const bool changes = request.clear || request.copyFrom || !request.settings.empty();
     if (changes) {
-        edit = changed(request, std::move(*edit), services);
-        if (!edit) {
-            report(edit.error());
-            return ExitCode::someFailed;
-        }
-        editedAt = now();
-        const auto saved =
-            Sidecar(*services.files, *services.random).save(request.photo, *edit, editedAt);
-        if (!saved) {
-            report(saved.error());
+        stored = changedAndSaved(request, std::move(stored->adjustments), services);
+        if (!stored) {
+            report(stored.error());
             return ExitCode::someFailed;
         }
     }
     if (request.json) {
-        auto text = encodedText(*edit);
+        auto text = encodedText(stored->adjustments);
         if (!text) {
             report(text.error());
             return ExitCode::someFailed;
         }
         fmt::print("{}\n", *text);
     } else {
-        show(*edit, editedAt);
+        show(stored->adjustments, stored->editedAt);
     }
     return ExitCode::done;
 }

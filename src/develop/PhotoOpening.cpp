@@ -36,15 +36,15 @@ Result<ImageSource> PhotoOpener::open(const std::filesystem::path& photo, const 
     if (*kind == PhotoKind::raw) {
         auto file = raw.open(photo);
         if (!file) return fail(std::move(file).error());
-        return developedRaw(**file, photo, std::move(*identity), rawSettings(edit, (*file)->properties(), scale),
-                            cancellation);
+        return developedRaw(**file, photo, std::move(*identity),
+                            rawSettings(edit, (*file)->properties(), scale), cancellation);
     }
     auto decoded = reader.decode(photo, {}, cancellation);
     if (!decoded) return fail(std::move(decoded).error());
     const PixelSize size = decoded->pixels.size;
     return bitmapSource(
-        photo, std::move(*identity), imageFrom(sourceFrom(std::move(decoded->pixels), std::move(decoded->colour))),
-        size);
+        photo, std::move(*identity),
+        imageFrom(sourceFrom(std::move(decoded->pixels), std::move(decoded->colour))), size);
 }
 
 Result<ImageSource> PhotoOpener::openCapture(const std::filesystem::path& photo,

@@ -17,9 +17,9 @@ struct PhotoOpener {
     ImageReader& reader;
     RawEngine& raw;
 
-    // The photo decoded for `edit` at `scale` output pixels per full-resolution pixel. RAW files are
-    // told by their extension, pictures by their content. Fails with `unsupported` for a file whose
-    // extension is no photo's.
+    // The photo decoded for `edit` at `scale` output pixels per full-resolution pixel. RAW files
+    // are told by their extension, pictures by their content. Fails with `unsupported` for a file
+    // whose extension is no photo's.
     Result<ImageSource> open(const std::filesystem::path& photo, const Adjustments& edit,
                              double scale, const Cancellation* cancellation) const;
     // The scene-linear capture alone, without sharpening and noise reduction. Fails with
