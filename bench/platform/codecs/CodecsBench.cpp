@@ -56,6 +56,11 @@ Bitmap picture(PixelSize size, SampleType type) {
     return bitmap;
 }
 
+// Floats are written as the program writes them: linear.
+OutputSpace spaceOf(SampleType type) {
+    return type == SampleType::f32 ? OutputSpace::linearRec709 : OutputSpace::sRGB;
+}
+
 void report(benchmark::State& state, PixelSize size, std::size_t fileBytes) {
     const double pixels = double(size.width) * size.height;
     state.counters["MP/s"] =
@@ -70,7 +75,7 @@ void encode(benchmark::State& state, PixelSize size, SampleType type, FileFormat
     MemoryFile file;
     for (auto _ : state) {
         file.content.clear();
-        const auto written = writer->encode(pixels, {format, quality, OutputSpace::sRGB}, file);
+        const auto written = writer->encode(pixels, {format, quality, spaceOf(type)}, file);
         if (!written) state.SkipWithError(written.error().message.c_str());
     }
     report(state, size, file.content.size());
@@ -79,7 +84,7 @@ void encode(benchmark::State& state, PixelSize size, SampleType type, FileFormat
 void decode(benchmark::State& state, PixelSize size, SampleType type, FileFormat format) {
     MemoryFile file;
     const auto written =
-        makeImageWriter()->encode(picture(size, type), {format, 0.85, OutputSpace::sRGB}, file);
+        makeImageWriter()->encode(picture(size, type), {format, 0.85, spaceOf(type)}, file);
     if (!written) state.SkipWithError(written.error().message.c_str());
     const auto reader = makeImageReader();
     for (auto _ : state) {

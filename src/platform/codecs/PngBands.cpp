@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kBandBytes = std::size_t(1) << 20;
 // Paeth's predictor on every row and no search for repetitions, which photographic noise does not
-// have: libpng's level 6 takes six times as long for a few percent. With 8 bits a search for runs
+// have. With 8 bits a search for runs
 // still pays (9% of a photo's file, and flat pictures stay small), with 16 bits it finds nothing.
 constexpr int kLevel = 1;
 int strategyFor(SampleType type) {

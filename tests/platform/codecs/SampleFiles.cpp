@@ -13,8 +13,10 @@ namespace kelvaro::test {
 namespace {
 
 void append(Bytes& to, const void* from, std::size_t count) {
-    const auto* bytes = static_cast<const std::byte*>(from);
-    to.insert(to.end(), bytes, bytes + count);
+    if (count == 0) return;
+    const std::size_t end = to.size();
+    to.resize(end + count);
+    std::memcpy(to.data() + end, from, count);
 }
 
 std::uint32_t quantised(double value, int bits) {
@@ -241,7 +243,7 @@ Bytes packedSamples(const TiffOptions& options, int x0, int y0, PixelSize block,
                 }
             }
         const Bytes row = packer.take();
-        out.insert(out.end(), row.begin(), row.end());
+        append(out, row.data(), row.size());
     }
     return out;
 }
