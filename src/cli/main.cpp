@@ -137,10 +137,6 @@ int run(int argc, char** argv) {
 
 } // namespace
 
-void report(const Failure& failure) {
-    fmt::print(stderr, "kelvaro-cli: {}\n", failure.message);
-}
-
 } // namespace kelvaro
 
 int main(int argc, char** argv) {

@@ -60,8 +60,10 @@ TEST(BadInput, TargetsThatCannotBeWritten) {
     fs::create_hard_link(photo, folder.path() / "twin.jpg");
     fs::create_symlink(photo, folder.path() / "link.jpg");
     const auto before = snapshot(folder.path());
-    for (const char* name : {"nowhere/out.jpg", "file/out.jpg", "taken.jpg", "twin.jpg", "link.jpg",
-                             photo.filename().c_str()}) {
+    const std::string itself = photo.filename().string();
+    for (const std::string& name :
+         {std::string("nowhere/out.jpg"), std::string("file/out.jpg"), std::string("taken.jpg"),
+          std::string("twin.jpg"), std::string("link.jpg"), itself}) {
         const Outcome outcome = cli({"develop", photo.string(), "-o",
                                      (folder.path() / name).string(), "--long-edge", "64"});
         EXPECT_EQ(outcome.code, 1) << name;

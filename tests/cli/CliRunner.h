@@ -1,4 +1,5 @@
-// Runs the real command-line program in a process of its own and tells how it ended and what it said.
+// Runs the real command-line program in a process of its own and tells how it ended and what it
+// said.
 #pragma once
 
 #include "fakes/TemporaryFolder.h"
@@ -30,7 +31,6 @@ inline std::string contentOf(const fs::path& file) {
     return text.str();
 }
 
-
 struct Outcome {
     int code = -1; // exit code; minus the signal when one ended the process
     std::string out, err;
@@ -42,7 +42,8 @@ inline Outcome run(const char* program, std::vector<std::string> arguments) {
     const std::string err = (folder.path() / "err").string();
     arguments.insert(arguments.begin(), program);
     std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);

@@ -47,10 +47,10 @@ TEST_F(Develop, EveryKindIntoEveryFormatAndOriginalsStay) {
 TEST_F(Develop, UprightAndCropped) {
     const fs::path photo = sample(".png");
     const PixelSize full = sizeOf(photo);
-    ASSERT_EQ(develop(photo, picture("crop.png"),
-                      {"--set", "cropLeft=0.25", "--set", "cropTop=0.5"})
-                  .code,
-              0);
+    ASSERT_EQ(
+        develop(photo, picture("crop.png"), {"--set", "cropLeft=0.25", "--set", "cropTop=0.5"})
+            .code,
+        0);
     const PixelSize cropped = sizeOf(picture("crop.png"));
     EXPECT_NEAR(cropped.width, full.width * 0.75, 1);
     EXPECT_NEAR(cropped.height, full.height * 0.5, 1);
@@ -113,7 +113,8 @@ TEST_F(Develop, SpacesAndLinearPictures) {
     for (const char* space : {"sRGB", "displayP3"}) {
         const fs::path target = picture(std::string(space) + ".tif");
         ASSERT_EQ(develop(photo, target, {"--space", space, "--long-edge", "120"}).code, 0);
-        EXPECT_EQ(decoded(target).profileName, space == std::string("sRGB") ? "sRGB" : "Display P3");
+        EXPECT_EQ(decoded(target).profileName,
+                  space == std::string("sRGB") ? "sRGB" : "Display P3");
     }
     ASSERT_EQ(develop(photo, picture("linear.tif"), {"--linear", "--long-edge", "120"}).code, 0);
     EXPECT_EQ(decoded(picture("linear.tif")).pixels.type, SampleType::f32);

@@ -17,6 +17,10 @@ protected:
     PosixFileSystem real;
     Services services = makeServices(cancellation);
 
+    // The sentences are the other tests' business.
+    FullDisk() { testing::internal::CaptureStderr(); }
+    ~FullDisk() override { testing::internal::GetCapturedStderr(); }
+
     FailingFileSystem& failWith(FailingFileSystem::Plan plan) {
         auto files = std::make_unique<FailingFileSystem>(real, plan);
         FailingFileSystem& failing = *files;

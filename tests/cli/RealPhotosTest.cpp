@@ -1,6 +1,6 @@
-// The photos of a test collection, sound and broken, through `develop` and `info`: sound ones give a
-// picture of the right size, broken ones a sentence or a sane picture, none of them a crash, and all
-// stay as they are. KELVARO_PHOTOS says where the collection lies.
+// The photos of a test collection, sound and broken, through `develop` and `info`: sound ones give
+// a picture of the right size, broken ones a sentence or a sane picture, none of them a crash, and
+// all stay as they are. KELVARO_PHOTOS says where the collection lies.
 #include "cli/CliRunner.h"
 #include "platform/PhotoKinds.h"
 

@@ -85,8 +85,8 @@ TEST_F(Recipe, UnreadableEditsAreNeitherUsedNorOverwritten) {
         EXPECT_FALSE(fs::exists(picture));
     }
     // It may be left aside, though.
-    EXPECT_EQ(cli({"develop", photo.string(), "-o", picture.string(), "--no-sidecar",
-                   "--long-edge", "64"})
+    EXPECT_EQ(cli({"develop", photo.string(), "-o", picture.string(), "--no-sidecar", "--long-edge",
+                   "64"})
                   .code,
               0);
 }
