@@ -81,8 +81,9 @@ TEST(KernelRows, everyLengthIsFilledAndNothingPastThePaddingIsTouched) {
                 for (std::size_t c = 0; c < 3; c++) {
                     const float* plane = rows.plane(8 + c);
                     for (std::size_t i = 0; i < kLongest; i++)
-                        if (i < offset || i >= offset + end)
+                        if (i < offset || i >= offset + end) {
                             ASSERT_EQ(plane[i], kSentinel) << count << " at " << i;
+                        }
                 }
                 for (std::size_t i = 0; i < count; i++) {
                     const double x = 99990.5 + static_cast<double>(i);
