@@ -31,19 +31,19 @@ DIALECT_INLINE Float exp2(Float x) {
 }
 
 // Cube root of any sign: 2 units in the last place for normal values, 0 at 0, NaN stays NaN,
-// infinity stays infinity. A seed for the inverse root from the exponent, then a step of third and
-// one of second order, which need no division.
+// infinity stays infinity. A seed for the inverse root from the exponent, then two steps of third
+// order, which need no division.
 DIALECT_INLINE Float cbrt(Float x) {
     const Float size = abs(x);
     Float r = inverseCubeRootSeed(size);
-    Float e = fma(-(size * r * r), r, 1.0);
+    Float e = fma(-(size * r * r), r, 1.0); // 1 - x r³
     r = fma(r * e, fma(e, 2.0 / 9.0, 1.0 / 3.0), r);
-    e = fma(-(size * r * r), r, 1.0);
-    r = fma(r * e, 1.0 / 3.0, r);
-    return copySign(size * r * r, x);
+    const Float root = size * r * r; // the second step corrects the root itself
+    e = fma(-root, r, 1.0);
+    return copySign(fma(root * e, fma(e, 5.0 / 9.0, 2.0 / 3.0), root), x);
 }
 
-// The angle of (x, y) in -π … π: 4e-7 absolute. (0, 0) gives 0 or ±π by the sign of x; NaN stays
+// The angle of (x, y) in -π … π: 7e-7 absolute. (0, 0) gives 0 or ±π by the sign of x; NaN stays
 // NaN.
 DIALECT_INLINE Float atan2(Float y, Float x) {
     const Float ax = abs(x);
@@ -63,7 +63,7 @@ DIALECT_INLINE Float atan2(Float y, Float x) {
     return copySign(angle, y);
 }
 
-// e^x through exp2: relative error 1e-7 (1 + |x|).
+// e^x through exp2: relative error 2e-7 (1 + |x|).
 DIALECT_INLINE Float exp(Float x) {
     return exp2(x * Float(1.4426950408889634));
 }
