@@ -89,6 +89,7 @@ void develop(benchmark::State& state, const ImageSource& source, const Adjustmen
         decoded = imageFrom(std::move(*pixels));
         shown.pixelScale = scale;
     }
+    static_cast<void>(toneMaps(shown, edit, *renderer, nullptr));
     double pixels = 0;
     for (auto _ : state) {
         const Image image = Pipeline::gamutMapped(
@@ -127,6 +128,7 @@ void frameEverything(benchmark::State& s) {
 
 void analysis(benchmark::State& state, const ImageSource& (*make)(), const Adjustments& edit) {
     const auto renderer = makeTiledRenderer(int(state.range(0)));
+    make();
     for (auto _ : state) {
         ImageSource source = make();
         source.analysis = std::make_shared<PhotoAnalysis>("", source.isRaw(), "");

@@ -118,13 +118,12 @@ Raster fittedHazeMap(const ConstTileView& small, const std::array<double, 3>& ai
     const ScalarField cap = windowMean(windowMaximum(depth, patch), patch);
 
     Raster map(small.rect, false);
-    std::size_t index = 0;
-    for (int y = 0; y < small.rect.height; ++y)
-        for (int x = 0; x < small.rect.width; ++x, ++index) {
-            map.row(0, y)[x] = float(fit.slope[index]);
-            map.row(1, y)[x] = float(fit.offset[index]);
-            map.row(2, y)[x] = float(cap[index]);
-        }
+    const std::size_t width = std::size_t(small.rect.width);
+    const ScalarField* planes[3] = {&fit.slope, &fit.offset, &cap};
+    for (int plane = 0; plane < 3; ++plane)
+        for (int y = 0; y < small.rect.height; ++y)
+            std::transform(planes[plane]->row(y), planes[plane]->row(y) + width, map.row(plane, y),
+                           [](double value) { return float(value); });
     return map;
 }
 

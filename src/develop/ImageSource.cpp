@@ -41,6 +41,13 @@ ImageSource rawSource(std::filesystem::path url, std::string identity, Image lin
     return source;
 }
 
+ImageSource withPixels(const ImageSource& source, Image decoded) {
+    ImageSource other = source;
+    other.pixelScale = pixelScaleOf(decoded, source.extent.size());
+    (source.isRaw() ? other.linearCapture : other.bitmap) = std::move(decoded);
+    return other;
+}
+
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,
                                double scale) {
     RawDevelopSettings settings;

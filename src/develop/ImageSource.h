@@ -38,6 +38,10 @@ ImageSource bitmapSource(std::filesystem::path url, std::string identity, Image 
 ImageSource rawSource(std::filesystem::path url, std::string identity, Image linearCapture,
                       const RawProperties& properties);
 
+// The same photo with other pixels: a larger decode after a preview, or another sharpness. Keeps
+// the analyses, so that the look does not change with the decode they were measured on.
+ImageSource withPixels(const ImageSource& source, Image decoded);
+
 // How to decode a RAW photo for a recipe at `scale` output pixels per full-resolution pixel: its
 // sharpness where the engine offers one, and half size where that is enough.
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,

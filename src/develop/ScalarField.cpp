@@ -6,53 +6,68 @@ namespace kelvaro {
 
 namespace {
 
-// Filters every line along one axis: `line(in, out, count, stride)`.
-template<class Line>
-ScalarField alongAxis(const ScalarField& field, bool rows, Line line) {
-    ScalarField out(field.size());
+// The whole plane turned over its diagonal, in blocks that stay in the cache: columns become rows,
+// so that every filter below walks along rows.
+ScalarField transposed(const ScalarField& field) {
+    constexpr int kBlock = 16;
     const int width = field.size().width, height = field.size().height;
-    const int lines = rows ? height : width, length = rows ? width : height;
-    const std::ptrdiff_t step = rows ? 1 : width, next = rows ? width : 1;
-    for (int i = 0; i < lines; ++i)
-        line(field.values().data() + next * i, out.values().data() + next * i, length, step);
+    ScalarField out({height, width});
+    for (int by = 0; by < height; by += kBlock)
+        for (int bx = 0; bx < width; bx += kBlock)
+            for (int y = by; y < std::min(by + kBlock, height); ++y)
+                for (int x = bx; x < std::min(bx + kBlock, width); ++x)
+                    out.row(x)[y] = field.row(y)[x];
     return out;
 }
 
+// Filters every row with `line(in, out, count)`, then every column.
+template<class Line>
+ScalarField separably(const ScalarField& field, Line line) {
+    const auto alongRows = [&](const ScalarField& in) {
+        ScalarField out(in.size());
+        for (int y = 0; y < in.size().height; ++y)
+            line(in.row(y), out.row(y), in.size().width);
+        return out;
+    };
+    return transposed(alongRows(transposed(alongRows(field))));
+}
+
+// Shifted copies of the row are folded into the result one after another: loops without a branch.
 template<class Pick>
 ScalarField windowPick(const ScalarField& field, int radius, Pick pick) {
-    const auto line = [&](const double* in, double* out, int count, std::ptrdiff_t step) {
-        for (int i = 0; i < count; ++i) {
-            double best = in[step * i];
-            for (int j = std::max(0, i - radius); j <= std::min(count - 1, i + radius); ++j)
-                best = pick(best, in[step * j]);
-            out[step * i] = best;
+    return separably(field, [&](const double* in, double* out, int count) {
+        std::copy_n(in, count, out);
+        for (int shift = 1; shift <= std::min(radius, count - 1); ++shift) {
+            for (int i = 0; i < count - shift; ++i)
+                out[i] = pick(out[i], in[i + shift]);
+            for (int i = shift; i < count; ++i)
+                out[i] = pick(out[i], in[i - shift]);
         }
-    };
-    return alongAxis(alongAxis(field, true, line), false, line);
+    });
 }
 
 } // namespace
 
 ScalarField windowMinimum(const ScalarField& field, int radius) {
-    return windowPick(field, radius, [](double a, double b) { return std::min(a, b); });
+    return windowPick(field, radius, [](double a, double b) { return b < a ? b : a; });
 }
 
 ScalarField windowMaximum(const ScalarField& field, int radius) {
-    return windowPick(field, radius, [](double a, double b) { return std::max(a, b); });
+    return windowPick(field, radius, [](double a, double b) { return a < b ? b : a; });
 }
 
 ScalarField windowMean(const ScalarField& field, int radius) {
-    const auto line = [&](const double* in, double* out, int count, std::ptrdiff_t step) {
-        const auto at = [&](int i) { return in[step * std::clamp(i, 0, count - 1)]; };
+    return separably(field, [&](const double* in, double* out, int count) {
+        const auto at = [&](int i) { return in[std::clamp(i, 0, count - 1)]; };
+        const double share = 1.0 / (2 * radius + 1);
         double sum = 0;
         for (int i = -radius; i <= radius; ++i)
             sum += at(i);
         for (int i = 0; i < count; ++i) {
-            out[step * i] = sum / (2 * radius + 1);
+            out[i] = sum * share;
             sum += at(i + radius + 1) - at(i - radius);
         }
-    };
-    return alongAxis(alongAxis(field, true, line), false, line);
+    });
 }
 
 } // namespace kelvaro

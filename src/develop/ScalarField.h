@@ -19,6 +19,10 @@ public:
     std::size_t count() const { return values_.size(); }
     double& operator[](std::size_t index) { return values_[index]; }
     double operator[](std::size_t index) const { return values_[index]; }
+    double* row(int y) { return values_.data() + std::size_t(y) * std::size_t(size_.width); }
+    const double* row(int y) const {
+        return values_.data() + std::size_t(y) * std::size_t(size_.width);
+    }
     std::vector<double>& values() { return values_; }
     const std::vector<double>& values() const { return values_; }
 

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
+#include <thread>
 
 namespace kelvaro {
 namespace {
@@ -188,6 +189,29 @@ TEST_F(AnalysisCacheTest, TheFolderIsBoundedAndSweptOfUnfinishedFiles) {
     EXPECT_TRUE(std::filesystem::exists(alive) && std::filesystem::exists(strange));
     EXPECT_TRUE(recalls(*bounded, photo("/5")));
     EXPECT_FALSE(recalls(*bounded, photo("/0")));
+}
+
+// Two programs on one folder: whatever a reader finds is whole.
+TEST_F(AnalysisCacheTest, SeveralProgramsShareTheFolder) {
+    std::vector<ImageSource> photos;
+    for (int i = 0; i < 4; ++i)
+        photos.push_back(measuredPhoto("/" + std::to_string(i)));
+    const auto program = [&] {
+        for (int round = 0; round < 5; ++round) {
+            const auto mine = cache({.memoryBytes = 0, .diskBytes = 80'000});
+            for (const ImageSource& source : photos) {
+                mine->remember(source);
+                const ImageSource again = photo(source.url.native());
+                mine->recall(again);
+                const auto levels = knownOf(again).levels;
+                EXPECT_TRUE(!levels || levels == knownOf(source).levels);
+            }
+            mine->waitForWrites();
+        }
+    };
+    std::thread other(program);
+    program();
+    other.join();
 }
 
 TEST_F(AnalysisCacheTest, AnUnusableFolderIsSilent) {

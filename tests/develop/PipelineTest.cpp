@@ -3,6 +3,7 @@
 #include "develop/BrushRaster.h"
 #include "develop/CropGeometry.h"
 #include "develop/Pictures.h"
+#include "develop/RawToneFilter.h"
 #include "develop/Recipes.h"
 #include "develop/ToneAnalysis.h"
 #include "platform/imaging/ReferenceRenderer.h"
@@ -223,6 +224,44 @@ TEST_F(PipelineTest, TheFastRendererAgreesWithThePlainOne) {
                 test::worstDifference(test::drawn(*fast, image), test::drawn(*renderer_, image));
             EXPECT_LT(difference.worst, 5e-4) << difference.where;
         }
+}
+
+TEST_F(PipelineTest, OtherPixelsOfAPhotoKeepItsAnalysis) {
+    for (const ImageSource& source : {bitmap(), raw()}) {
+        const ImageSource preview = withPixels(source, test::testPicture({24, 16}, 1));
+        EXPECT_EQ(preview.isRaw(), source.isRaw());
+        EXPECT_EQ(preview.pixelScale, 0.5);
+        EXPECT_EQ(preview.extent, source.extent);
+        const Image image = developed(preview, test::typical());
+        EXPECT_EQ(image.extent(), (PixelRect{0, 0, 24, 16}));
+        const auto endpoints = toneMaps(preview, test::typical(), *renderer_, nullptr)->endpoints;
+        EXPECT_EQ(toneMaps(source, test::typical(), *renderer_, nullptr)->endpoints, endpoints);
+    }
+}
+
+TEST_F(PipelineTest, RawDecodesFollowScaleAndSharpness) {
+    Adjustments edit;
+    edit.sharpness = 30;
+    RawProperties properties;
+    EXPECT_EQ(rawSettings(edit, properties, 1).sharpness, 0);
+    properties.supportsSharpness = true;
+    EXPECT_EQ(rawSettings(edit, properties, 1).sharpness, 30);
+    EXPECT_EQ(rawSettings(edit, properties, 1).reduction, 1);
+    EXPECT_EQ(rawSettings(edit, properties, 0.51).reduction, 1);
+    EXPECT_EQ(rawSettings(edit, properties, 0.5).reduction, 2);
+    EXPECT_EQ(rawSettings(edit, properties, 0).reduction, 1);
+}
+
+TEST(RawToneFilterTest, TakesTheLinearInputAndItsGain) {
+    const Image input = test::testPicture({8, 6}, 1), linear = test::testPicture({8, 6}, 2);
+    const Adjustments edit;
+    RawToneFilter filter{.inputImage = input, .settings = edit};
+    EXPECT_EQ(filter.outputImage(), input);
+    filter.linearInput = linear;
+    EXPECT_EQ(filter.outputImage(), linear);
+    filter.linearGain = 1.5;
+    EXPECT_EQ(uniformsOf(filter.outputImage(), "colourMatrix"),
+              (std::vector<double>{1.5, 0, 0, 0, 1.5, 0, 0, 0, 1.5}));
 }
 
 TEST_F(PipelineTest, AlphaIsCarriedUntouched) {
