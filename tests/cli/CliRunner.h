@@ -76,15 +76,9 @@ inline std::map<std::string, std::string> snapshot(const fs::path& folder) {
     return files;
 }
 
-// Sample photos of every kind, drawn once for the whole program.
+// Sample photos of every kind. Never written: tests that want sidecars beside a photo copy it.
 inline const fs::path& samples() {
-    static const TemporaryFolder folder;
-    static const fs::path path = [] {
-        const fs::path target = folder.path() / "samples";
-        const Outcome made = run(KELVARO_MAKE_SAMPLES, {target.string(), "--count", "10"});
-        EXPECT_EQ(made.code, 0) << made.err;
-        return target;
-    }();
+    static const fs::path path = KELVARO_SAMPLES;
     return path;
 }
 
