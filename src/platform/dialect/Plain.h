@@ -57,8 +57,8 @@ struct Pixel {
     Float x, y;
 };
 DIALECT_INLINE Float offsetFrom(Float position, Uniform origin) {
-    const double high = static_cast<float>(origin.value);
-    return position - Float(high) - Float(origin.value - high);
+    const Uniform high = singlePart(origin);
+    return position - Float(high) - Float(origin - high);
 }
 
 inline constexpr std::size_t kGroup = 1;

@@ -62,6 +62,13 @@ constexpr Uniform abs(Uniform x) {
     return x.value < 0 ? -x.value : x.value;
 }
 
+// The leading 24 bits (Veltkamp), which a float holds; the rest is x minus this. A cast to float
+// and back will not do: gcc 12 drops it where it vectorises pairs of doubles.
+constexpr Uniform singlePart(Uniform x) {
+    const Uniform t = x * 536870913.0; // 2^29 + 1
+    return t - (t - x);
+}
+
 // The functions below are plain arithmetic instead of calls of the C++ library: only then does a
 // compiler move them out of the loop over the pixels. Relative error 4e-16 for exp2 over
 // -1000 … 1000, where arguments are clamped to; the others follow.

@@ -157,8 +157,8 @@ struct Pixel {
 };
 // Offset from a point. The point is split in two, so that nothing is lost far from the origin.
 DIALECT_INLINE Float offsetFrom(Float position, Uniform origin) {
-    const double high = static_cast<float>(origin.value);
-    return position - Float(high) - Float(origin.value - high);
+    const Uniform high = singlePart(origin);
+    return position - Float(high) - Float(origin - high);
 }
 
 inline constexpr std::size_t kGroup = 4 * hn::MaxLanes(Lanes());

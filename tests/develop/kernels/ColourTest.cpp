@@ -183,7 +183,7 @@ TEST(ColourKernels, whatIsNotANumberStaysSo) {
 
 TEST(ColourKernels, greysKeepTheirColour) {
     for (const double v : {0.0, 0.01, 0.18, 0.5, 1.0, 7.0}) {
-        const Rgb same = {static_cast<float>(v), static_cast<float>(v), static_cast<float>(v)};
+        const Rgb same = {exact(v), exact(v), exact(v)};
         EXPECT_EQ(vectorPixel(kernel::twColour(), pixel(v, v, v), {1.2, 0.8, 0.5}), same);
         const Rgb mono = vectorPixel(kernel::twMono(), pixel(v, v, v), {});
         EXPECT_NEAR(mono[0], v, 2e-6 * std::max(v, 1.0));
@@ -213,7 +213,7 @@ TEST(ColourKernels, aQuarterTurnSwapsTheChromaAxes) {
 TEST(ColourKernels, displayP3IsKeptBitForBit) {
     for (int i = 0; i <= 1000; i++) {
         const double r = (i % 10) / 9.0, g = (i / 10 % 10) / 9.0, b = (i / 100) / 9.99;
-        const Sample s = pixel(static_cast<float>(r), static_cast<float>(g), static_cast<float>(b));
+        const Sample s = pixel(exact(r), exact(g), exact(b));
         ASSERT_EQ(vectorPixel(kernel::twGamut(), s, {}), rgb(s.inputs[0]))
             << r << ' ' << g << ' ' << b;
     }

@@ -128,11 +128,14 @@ void place(std::vector<Sample>& samples) {
     }
 }
 
-double exact(double value) {
-    return static_cast<float>(value);
-}
-
 } // namespace
+
+// gcc 12 drops this rounding where it vectorises pairs of doubles, unless it has to store the
+// float.
+double exact(double value) {
+    volatile const auto rounded = static_cast<float>(value);
+    return rounded;
+}
 
 std::vector<Sample> samplesFor(const Kernel& kernel, const Comparison& how) {
     std::vector<Sample> samples;

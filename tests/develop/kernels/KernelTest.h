@@ -56,6 +56,8 @@ inline double luminance(const Rgb& c) {
 inline Rgb rgb(const Rgba& c) {
     return {c[0], c[1], c[2]};
 }
+// The nearest float.
+double exact(double value);
 // As kernels have it: NaN gives 0.
 inline double notBelowZero(double x) {
     return x > 0 ? x : 0;
