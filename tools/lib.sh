@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What our scripts share: messages, the Debian packages, and building a preset. Sourced, never run.
 # Sets KELVARO_ROOT to the folder that holds the source.
 
@@ -55,7 +56,8 @@ as_root() {
 # Installs the listed packages that are missing. A stamp under build/ remembers that this list was
 # found complete, as long as dpkg's own record has not changed since.
 ensure_packages() {
-    local stamp="$KELVARO_ROOT/build/.packages-$(listed_packages | cksum | cut -d' ' -f1)"
+    local stamp
+    stamp="$KELVARO_ROOT/build/.packages-$(listed_packages | cksum | cut -d' ' -f1)"
     if [[ -e "$stamp" && "$stamp" -nt /var/lib/dpkg/status ]]; then
         return
     fi

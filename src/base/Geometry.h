@@ -1,5 +1,5 @@
-// Points, sizes and rectangles in image space: pixels, origin at the photo's lower-left corner, x to
-// the right, y up, pixel centres at half-integers.
+// Points, sizes and rectangles in image space: pixels, origin at the photo's lower-left corner, x
+// to the right, y up, pixel centres at half-integers.
 #pragma once
 
 #include <algorithm>

@@ -23,7 +23,9 @@ Unexpected(E) -> Unexpected<E>;
 inline Unexpected<Failure> fail(FailureKind kind, std::string message) {
     return {Failure{kind, std::move(message)}};
 }
-inline Unexpected<Failure> fail(Failure failure) { return {std::move(failure)}; }
+inline Unexpected<Failure> fail(Failure failure) {
+    return {std::move(failure)};
+}
 
 template<class T, class E = Failure>
 class [[nodiscard]] Result {
@@ -33,11 +35,11 @@ public:
 
     // Converting on purpose, so that `return value;` and `return fail(…);` both work.
     template<class U = T>
-        requires(std::is_constructible_v<T, U &&> && !std::is_same_v<std::decay_t<U>, Result>)
-    Result(U&& value) : state_(std::in_place_index<0>, std::forward<U>(value)) {}
+    requires(std::is_constructible_v<T, U&&> && !std::is_same_v<std::decay_t<U>, Result>)
+        Result(U&& value)
+        : state_(std::in_place_index<0>, std::forward<U>(value)) {}
     template<class G>
-        requires std::is_constructible_v<E, G&&>
-    Result(Unexpected<G> unexpected)
+    requires std::is_constructible_v<E, G&&> Result(Unexpected<G> unexpected)
         : state_(std::in_place_index<1>, std::move(unexpected.error)) {}
 
     bool has_value() const { return state_.index() == 0; }
@@ -87,8 +89,8 @@ public:
 
     Result() = default;
     template<class G>
-        requires std::is_constructible_v<E, G&&>
-    Result(Unexpected<G> unexpected) : failed_(true), error_(std::move(unexpected.error)) {}
+    requires std::is_constructible_v<E, G&&> Result(Unexpected<G> unexpected)
+        : failed_(true), error_(std::move(unexpected.error)) {}
 
     bool has_value() const { return !failed_; }
     explicit operator bool() const { return has_value(); }

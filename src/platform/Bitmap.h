@@ -28,7 +28,9 @@ struct Bitmap {
     Bitmap() = default;
     // Uninitialised samples. Throws std::bad_alloc.
     Bitmap(PixelSize pixels, int channelCount, SampleType sampleType)
-        : size(pixels), channels(channelCount), type(sampleType),
+        : size(pixels),
+          channels(channelCount),
+          type(sampleType),
           samples(allocatePixels(bytes())) {}
 
     std::size_t rowBytes() const {
@@ -47,8 +49,8 @@ struct Bitmap {
 
 // How stored samples become linear light with Rec. 709 primaries.
 struct ColourDecoding {
-    // Per channel, one linear value for each stored value: 256 entries for u8, 65536 for u16 (shared
-    // by channels that are equal); empty for f32 samples, which are linear already.
+    // Per channel, one linear value for each stored value: 256 entries for u8, 65536 for u16
+    // (shared by channels that are equal); empty for f32 samples, which are linear already.
     std::array<std::shared_ptr<const std::vector<float>>, 3> tone;
     // Rows of the matrix from the linear stored primaries to Rec. 709.
     std::array<std::array<float, 3>, 3> toWorking{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};

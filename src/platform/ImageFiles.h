@@ -16,7 +16,8 @@ namespace kelvaro {
 struct DecodedBitmap {
     Bitmap pixels;
     ColourDecoding colour;
-    std::string profileName; // of the embedded profile; "sRGB" or "Linear Rec. 709" where there is none
+    std::string
+        profileName; // of the embedded profile; "sRGB" or "Linear Rec. 709" where there is none
     int fileBitsPerSample = 8;
 };
 
@@ -49,15 +50,16 @@ std::optional<FileFormat> formatOfExtension(const std::string& extension);
 
 struct EncodeSettings {
     FileFormat format = FileFormat::jpeg;
-    double quality = 0.9;               // 0 … 1, for JPEG and HEIC
-    OutputSpace space = OutputSpace::sRGB; // tells which profile to embed; the samples are in it already
+    double quality = 0.9; // 0 … 1, for JPEG and HEIC
+    OutputSpace space =
+        OutputSpace::sRGB; // tells which profile to embed; the samples are in it already
 };
 
 class ImageWriter {
 public:
     virtual ~ImageWriter() = default;
-    // Writes `pixels` into `file` from offset 0, without committing it. JPEG and HEIC take u8, PNG u8
-    // and u16, TIFF u8, u16 and f32 (linear). JPEG and HEIC refuse alpha (flatten first).
+    // Writes `pixels` into `file` from offset 0, without committing it. JPEG and HEIC take u8, PNG
+    // u8 and u16, TIFF u8, u16 and f32 (linear). JPEG and HEIC refuse alpha (flatten first).
     virtual Result<void> encode(const Bitmap& pixels, const EncodeSettings& settings,
                                 PendingFile& file, const Cancellation* cancellation = nullptr) = 0;
 };

@@ -1,5 +1,6 @@
 // The property dictionaries of a photo file (EXIF, TIFF, EXIF auxiliary, GPS, IPTC), read without
-// decoding pixels. Keys are the standards' own names ("FNumber", "LensModel", "OffsetTimeOriginal").
+// decoding pixels. Keys are the standards' own names ("FNumber", "LensModel",
+// "OffsetTimeOriginal").
 #pragma once
 
 #include "base/Geometry.h"
@@ -21,8 +22,9 @@ using PropertyValue = std::variant<std::string, std::int64_t, double, std::vecto
 
 class PropertyDictionary {
 public:
-    std::optional<std::string> text(const std::string& key) const;    // trimmed; empty counts as absent
-    std::optional<double> number(const std::string& key) const;       // finite; first of a list
+    std::optional<std::string>
+    text(const std::string& key) const;                         // trimmed; empty counts as absent
+    std::optional<double> number(const std::string& key) const; // finite; first of a list
     std::optional<std::int64_t> integer(const std::string& key) const;
     const PropertyValue* find(const std::string& key) const;
     void set(std::string key, PropertyValue value);

@@ -29,6 +29,8 @@ std::byte* allocatePixels(std::size_t bytes) {
     return static_cast<std::byte*>(memory);
 }
 
-void freePixels(std::byte* memory) noexcept { std::free(memory); }
+void freePixels(std::byte* memory) noexcept {
+    std::free(memory);
+}
 
 } // namespace kelvaro

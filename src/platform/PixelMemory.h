@@ -1,5 +1,5 @@
-// Memory for pictures: aligned for vectors, uninitialised, and in large pages where it is large, since
-// touching 100 MB in small pages for the first time costs more than developing a photo.
+// Memory for pictures: aligned for vectors, uninitialised, and in large pages where it is large,
+// since touching 100 MB in small pages for the first time costs more than developing a photo.
 #pragma once
 
 #include <cstddef>

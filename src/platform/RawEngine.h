@@ -1,4 +1,5 @@
-// What we ask of the RAW engine: open a camera file, say what it knows, deliver scene-linear pixels.
+// What we ask of the RAW engine: open a camera file, say what it knows, deliver scene-linear
+// pixels.
 #pragma once
 
 #include "base/Cancellation.h"
@@ -13,18 +14,18 @@
 namespace kelvaro {
 
 struct RawProperties {
-    PixelSize size;                  // upright, cropped to the active area
-    double asShotTemperature = 6500; // kelvin
-    double asShotTint = 0;           // −150 … 150, positive towards magenta
+    PixelSize size;                   // upright, cropped to the active area
+    double asShotTemperature = 6500;  // kelvin
+    double asShotTint = 0;            // −150 … 150, positive towards magenta
     double baselineExposureStops = 0; // applied in `develop`
     double defaultSharpness = 0;
     bool supportsSharpness = false;
 };
 
 struct RawDevelopSettings {
-    double sharpness = 0;    // −100 … 100 about the default
+    double sharpness = 0;     // −100 … 100 about the default
     bool captureOnly = false; // neither sharpening nor noise reduction
-    int reduction = 1;       // 1 full size, 2 half size (one pixel per 2 × 2 block)
+    int reduction = 1;        // 1 full size, 2 half size (one pixel per 2 × 2 block)
 };
 
 struct EmbeddedPreview {
@@ -37,8 +38,8 @@ class RawFile {
 public:
     virtual ~RawFile() = default;
     virtual const RawProperties& properties() const = 0;
-    // The whole photo upright, origin (0, 0), scene-linear Rec. 709 at the as-shot white balance, full
-    // float range: negative and over-range values are kept, non-finite ones become 0.
+    // The whole photo upright, origin (0, 0), scene-linear Rec. 709 at the as-shot white balance,
+    // full float range: negative and over-range values are kept, non-finite ones become 0.
     virtual Result<std::shared_ptr<const PixelSource>>
     develop(const RawDevelopSettings& settings, const Cancellation* cancellation) = 0;
     // The largest embedded JPEG, without decoding the RAW data; none when the file has none.

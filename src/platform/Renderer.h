@@ -1,5 +1,5 @@
-// Draws rectangles of images. Blocking; may be called from any thread. The picture depends only on the
-// image and the rectangle, never on the number of threads.
+// Draws rectangles of images. Blocking; may be called from any thread. The picture depends only on
+// the image and the rectangle, never on the number of threads.
 #pragma once
 
 #include "base/Cancellation.h"
@@ -25,8 +25,9 @@ public:
     // Failures: cancelled, outOfMemory. `rect` may reach outside the image's extent (transparent).
     virtual Result<Raster> renderRaster(const Image& image, const PixelRect& rect,
                                         const Cancellation* cancellation = nullptr) = 0;
-    // 8- and 16-bit samples are clipped to 0 … 1, pass the transfer curve and are rounded half up. 32-bit
-    // float ones keep their range; 4 channels when the alpha is `straight` and the image has one.
+    // 8- and 16-bit samples are clipped to 0 … 1, pass the transfer curve and are rounded half up.
+    // 32-bit float ones keep their range; 4 channels when the alpha is `straight` and the image has
+    // one.
     virtual Result<Bitmap> renderBitmap(const Image& image, const PixelRect& rect,
                                         const BitmapFormat& format,
                                         const Cancellation* cancellation = nullptr) = 0;

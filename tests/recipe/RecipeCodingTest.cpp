@@ -121,7 +121,9 @@ TEST(DecodeTest, NamesTheKeyOfWhatItRefuses) {
          }) {
         const auto result = decoded(text);
         ASSERT_FALSE(result) << text;
-        EXPECT_EQ(result.error(), (DecodeFailure{{FailureKind::malformed, message}, key})) << text;
+        EXPECT_EQ(result.error().kind, FailureKind::malformed) << text;
+        EXPECT_EQ(result.error().message, message) << text;
+        EXPECT_EQ(result.error().key, key) << text;
     }
 }
 

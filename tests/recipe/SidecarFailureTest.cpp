@@ -44,8 +44,12 @@ protected:
         EXPECT_EQ(namesIn(hidden), expected);
         const auto stored = Sidecar(real, random).loadPhoto(folder / "a.jpg");
         EXPECT_TRUE(stored);
-        if (!isNew && overOld) EXPECT_EQ(readFile(hidden / "a.jpg.json"), old);
-        if (isNew && isEdited(edit)) EXPECT_EQ((*stored)->adjustments, edit);
+        if (!isNew && overOld) {
+            EXPECT_EQ(readFile(hidden / "a.jpg.json"), old);
+        }
+        if (isNew && isEdited(edit)) {
+            EXPECT_EQ((*stored)->adjustments, edit);
+        }
         return {isNew, files.hasFailed(), backedUp};
     }
 };
@@ -90,7 +94,9 @@ TEST_F(SidecarFailureTest, AnUnreadableFolderIsNotTakenForAnUneditedOne) {
         FailingFileSystem files(real, {.failAtCall = step, .kind = FailureKind::unreadable});
         const auto loaded = Sidecar(files, random).load(folder.path());
         EXPECT_EQ(loaded.has_value(), step == 3);
-        if (loaded) EXPECT_EQ(loaded->failures.size(), 1u);
+        if (loaded) {
+            EXPECT_EQ(loaded->failures.size(), 1u);
+        }
     }
     writeFile(folder / "other/.tarnwell", "a file in the way");
     const auto blocked = Sidecar(real, random).load(folder / "other");

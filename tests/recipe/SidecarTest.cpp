@@ -162,7 +162,9 @@ TEST_F(SidecarTest, KeepsOneBackupOfEachOlderFormat) {
             if (backup) expected.insert(backup);
             if (isEdited(edit)) expected.insert("IMG_1.JPG.json");
             EXPECT_EQ(namesIn(hidden), expected) << content;
-            if (backup) EXPECT_EQ(readFile(hidden / backup), content);
+            if (backup) {
+                EXPECT_EQ(readFile(hidden / backup), content);
+            }
         }
     }
 }

@@ -137,6 +137,48 @@ private:
     float scale_;
 };
 
+// Curves and a matrix for floats, in double: LittleCMS's way through the connection space costs
+// several digits. Formulas hold outside 0 … 1 too, tables end there.
+class MatrixRowTransform final : public RowTransform {
+public:
+    MatrixRowTransform(std::shared_ptr<const void> keepAlive,
+                       std::array<const cmsToneCurve*, 3> curves, const Matrix3& matrix)
+        : keepAlive_(std::move(keepAlive)), curves_(curves) {
+        setMatrix(decoding_, matrix, kMatrixTolerance);
+        for (std::size_t c = 0; c < 3; ++c)
+            isLinear_[c] = cmsIsToneCurveLinear(curves[c]);
+    }
+    void run(float* from, float* rgb, int count) override {
+        for (; count > 0; --count, from += 3, rgb += 3) {
+            for (std::size_t c = 0; c < 3; ++c)
+                rgb[c] = isLinear_[c] ? from[c] : curved(c, from[c]);
+            if (!decoding_.matrixIsIdentity) applyMatrix(rgb);
+            for (std::size_t c = 0; c < 3; ++c)
+                if (!std::isfinite(rgb[c])) rgb[c] = 0;
+        }
+    }
+
+private:
+    float curved(std::size_t c, float v) const {
+        if (cmsGetToneCurveParametricType(curves_[c]) != 0)
+            return cmsEvalToneCurveFloat(curves_[c], v);
+        return float(evaluate(curves_[c], std::clamp(double(v), 0.0, 1.0)));
+    }
+    void applyMatrix(float* rgb) const {
+        const double in[] = {double(rgb[0]), double(rgb[1]), double(rgb[2])};
+        for (std::size_t i = 0; i < 3; ++i) {
+            const auto& row = decoding_.toWorking[i];
+            rgb[i] =
+                float(double(row[0]) * in[0] + double(row[1]) * in[1] + double(row[2]) * in[2]);
+        }
+    }
+
+    std::shared_ptr<const void> keepAlive_; // the profile owns the curves
+    std::array<const cmsToneCurve*, 3> curves_;
+    std::array<bool, 3> isLinear_{};
+    ColourDecoding decoding_; // only its matrix
+};
+
 std::unique_ptr<RowTransform> usable(std::unique_ptr<LcmsRowTransform> transform) {
     if (!transform->isUsable()) return nullptr;
     return transform;
@@ -202,6 +244,12 @@ ColourDecoding ColourProfile::decoding(SampleType type) const {
 }
 
 std::unique_ptr<RowTransform> ColourProfile::transform() const {
+    if (isMatrix_ && space_ == Space::rgb) {
+        std::array<const cmsToneCurve*, 3> curves{};
+        for (std::size_t c = 0; c < 3; ++c)
+            curves[c] = curveOf(handle_->profile.get(), kRgbCurves[c]);
+        return std::make_unique<MatrixRowTransform>(handle_, curves, toWorking_);
+    }
     const bool ink = space_ == Space::cmyk;
     const auto format = ink ? TYPE_CMYK_FLT : space_ == Space::grey ? TYPE_GRAY_FLT : TYPE_RGB_FLT;
     const int channels = ink ? 4 : space_ == Space::grey ? 1 : 3;

@@ -12,7 +12,28 @@ namespace kelvaro {
 namespace {
 
 constexpr double kFullColourQuality = 0.9; // from here on colour is not subsampled, as for JPEG
+// Measured with one 2 MP photo at equal signal-to-noise ratio (interpolated): superfast saves 10%
+// and medium 5% of the file, but take 3 to 6 times as long. Ultrafast is still a third smaller than
+// JPEG.
 constexpr const char* kPreset = "ultrafast";
+
+// x265's quality scale is far finer than JPEG's: at the same number its files would be more than
+// twice the size. Here 0.85 means the same noise against the original as JPEG's 0.85, and so on.
+struct QualityPoint {
+    double ours, encoders;
+};
+constexpr QualityPoint kQuality[] = {{0, 5},     {0.5, 30},  {0.75, 38},
+                                     {0.85, 45}, {0.95, 63}, {1, 85}};
+
+int encoderQuality(double quality) {
+    if (!std::isfinite(quality)) quality = 0.9;
+    quality = std::clamp(quality, 0.0, 1.0);
+    const auto* above = std::find_if(std::begin(kQuality) + 1, std::end(kQuality) - 1,
+                                     [&](const auto& point) { return point.ours >= quality; });
+    const auto& from = above[-1];
+    const double share = (quality - from.ours) / (above->ours - from.ours);
+    return int(std::lround(from.encoders + share * (above->encoders - from.encoders)));
+}
 
 // Matrix BT.601 and full range, as JPEG has them; primaries and curve for decoders that look no
 // further, the profile for the others.
@@ -60,10 +81,8 @@ HeifPointer<heif_encoder> encoderFor(heif_context* context, double quality) {
         heif_error_Ok)
         return nullptr;
     HeifPointer<heif_encoder> encoder(raw);
-    const int percent =
-        std::isfinite(quality) ? std::clamp(int(std::lround(quality * 100)), 0, 100) : 90;
     heif_encoder_set_logging_level(raw, 0);
-    heif_encoder_set_lossy_quality(raw, percent);
+    heif_encoder_set_lossy_quality(raw, encoderQuality(quality));
     heif_encoder_set_parameter_string(raw, "preset", kPreset);
     heif_encoder_set_parameter_string(raw, "chroma", quality >= kFullColourQuality ? "444" : "420");
     return encoder;

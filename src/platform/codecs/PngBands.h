@@ -1,6 +1,6 @@
 // The compressed pixels of a PNG file, made in bands of rows that know nothing of each other, so
 // that all cores work on them: each band is filtered and deflated to a byte boundary, and the bands
-// joined make one zlib stream (RFC 1950, 1951; PNG specification, filters).
+// joined make one zlib stream (RFC 1950, 1951; W3C PNG, section 9).
 #pragma once
 
 #include "platform/Bitmap.h"

@@ -36,14 +36,14 @@ DIALECT_INLINE Float exp2(Float x) {
 DIALECT_INLINE Float cbrt(Float x) {
     const Float size = abs(x);
     Float r = inverseCubeRootSeed(size);
-    Float e = fma(-(size * r * r), r, 1.0);
+    Float e = fma(-(size * r * r), r, 1.0); // 1 - x r³
     r = fma(r * e, fma(e, 2.0 / 9.0, 1.0 / 3.0), r);
-    e = fma(-(size * r * r), r, 1.0);
-    r = fma(r * e, fma(e, 2.0 / 9.0, 1.0 / 3.0), r);
-    return copySign(size * r * r, x);
+    const Float root = size * r * r; // the second step corrects the root itself
+    e = fma(-root, r, 1.0);
+    return copySign(fma(root * e, fma(e, 5.0 / 9.0, 2.0 / 3.0), root), x);
 }
 
-// The angle of (x, y) in -π … π: 4e-7 absolute. (0, 0) gives 0 or ±π by the sign of x; NaN stays
+// The angle of (x, y) in -π … π: 7e-7 absolute. (0, 0) gives 0 or ±π by the sign of x; NaN stays
 // NaN.
 DIALECT_INLINE Float atan2(Float y, Float x) {
     const Float ax = abs(x);
@@ -63,7 +63,7 @@ DIALECT_INLINE Float atan2(Float y, Float x) {
     return copySign(angle, y);
 }
 
-// e^x through exp2: relative error 1e-7 (1 + |x|).
+// e^x through exp2: relative error 2e-7 (1 + |x|).
 DIALECT_INLINE Float exp(Float x) {
     return exp2(x * Float(1.4426950408889634));
 }

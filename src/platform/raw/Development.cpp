@@ -15,17 +15,15 @@ namespace kelvaro {
 
 namespace {
 
-constexpr int kTileWidth = 256, kTileHeight = 128;
-constexpr int kLoadedWidth = kTileWidth + 2 * kDemosaicBorder;
-constexpr int kLoadedHeight = kTileHeight + 2 * kDemosaicBorder;
+constexpr int kTileWidth = BayerDemosaic::kMaximumWidth, kTileHeight = 128;
 
 // What one thread needs for one tile.
 struct Workshop {
-    Workshop() : demosaic(kLoadedWidth, kLoadedHeight) {
+    Workshop() {
         for (auto& plane : planes)
-            plane.resize(std::size_t(kLoadedWidth) * kLoadedHeight);
+            plane.resize(std::size_t(kTileWidth) * kTileHeight);
     }
-    std::vector<float> planes[kMaximumChannels + 1]; // channels, then the mosaic
+    std::vector<float> planes[kMaximumChannels + 1]; // channels, then rows of the mosaic
     BayerDemosaic demosaic;
 };
 
@@ -81,40 +79,29 @@ public:
                              : sensor_.layout == SensorLayout::monochrome
                                  ? readMonochrome(tile, shop)
                                  : demosaic(tile, shop);
-        const int inset = channels < 0 ? kDemosaicBorder : 0;
-        const std::ptrdiff_t stride = channels < 0 ? kLoadedWidth : kTileWidth;
         for (int row = 0; row < tile.height; ++row) {
-            const std::ptrdiff_t at = (row + inset) * stride + inset;
+            const std::ptrdiff_t at = row * kTileWidth;
             const float* in[kMaximumChannels];
             for (int c = 0; c < kMaximumChannels; ++c)
                 in[c] = shop.planes[c].data() + at;
             float* const out[3] = {shop.planes[0].data() + at, shop.planes[1].data() + at,
                                    shop.planes[2].data() + at};
-            colour_.run(in, out, tile.width, std::abs(channels));
+            colour_.run(in, out, tile.width, channels);
         }
-        const float* const planes[3] = {shop.planes[0].data() + inset * stride + inset,
-                                        shop.planes[1].data() + inset * stride + inset,
-                                        shop.planes[2].data() + inset * stride + inset};
-        writer_.write(tile, planes, stride);
+        const float* const planes[3] = {shop.planes[0].data(), shop.planes[1].data(),
+                                        shop.planes[2].data()};
+        writer_.write(tile, planes, kTileWidth);
     }
 
 private:
-    // Each returns the number of channels, negative when the planes carry the demosaic border.
+    // Each returns the number of channels.
     int demosaic(const SensorRect& tile, Workshop& shop) const {
-        const SensorRect loaded{sensor_.crop.left + tile.left - kDemosaicBorder,
-                                sensor_.crop.top + tile.top - kDemosaicBorder,
-                                tile.width + 2 * kDemosaicBorder,
-                                tile.height + 2 * kDemosaicBorder};
-        float* mosaic = shop.planes[kMaximumChannels].data();
-        for (int row = 0; row < loaded.height; ++row) {
-            reader_.row(loaded.top + row, loaded.left, loaded.width, 0,
-                        mosaic + row * kLoadedWidth);
-        }
+        const SensorRect area{sensor_.crop.left + tile.left, sensor_.crop.top + tile.top,
+                              tile.width, tile.height};
         float* const planes[3] = {shop.planes[0].data(), shop.planes[1].data(),
                                   shop.planes[2].data()};
-        shop.demosaic.run(mosaic, kLoadedWidth, loaded.width, loaded.height,
-                          reader_.phase(loaded.top, loaded.left), planes);
-        return -3;
+        shop.demosaic.run(reader_, reader_.phase(), area, planes, kTileWidth);
+        return 3;
     }
     int readFull(const SensorRect& tile, Workshop& shop) const {
         const int channels = std::min(sensor_.channels, kMaximumChannels);
@@ -145,7 +132,8 @@ private:
             for (int c = 0; c < (isMosaic ? 1 : channels); ++c) {
                 for (int k = 0; k < 2; ++k)
                     reader_.row(top + k, left, 2 * tile.width, c, rows[k]);
-                const BayerPhase phase = reader_.phase(top, left);
+                const BayerPhase phase{(reader_.phase().redRow + top) & 1,
+                                       (reader_.phase().redColumn + left) & 1};
                 for (int x = 0; x < tile.width; ++x) {
                     const std::ptrdiff_t at = row * kTileWidth + x;
                     const auto site = [&](int r, int k) { return rows[r][2 * x + k]; };

@@ -30,6 +30,9 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
     tableRows_ = std::lcm(black.rows, isMosaic ? sensor.filters.period : 1);
     const auto size =
         std::size_t(channels) * std::size_t(tableRows_) * std::size_t(sensor.active.width);
+    isSplittable_ = sensor.integers && sensor.channels == 1 && black.columns <= 2 &&
+                    black.rowDeltas.empty() && black.columnDeltas.empty() &&
+                    sensor.active.width >= 2;
     black_.reserve(size);
     scale_.reserve(size);
     BlackLevels table = black;
@@ -87,12 +90,32 @@ void MosaicReader::row(int row, int column, int count, int channel, float* out) 
     }
 }
 
-BayerPhase MosaicReader::phase(int row, int column) const {
-    for (int r = 0; r < 2; ++r) {
-        for (int c = 0; c < 2; ++c) {
-            if (sensor_.filters.at(remainder(row + r, 2), remainder(column + c, 2)) == 0)
-                return {r, c};
+void MosaicReader::split(int row, int column, int pairs, float* even, float* odd) const {
+    const SensorRect& active = sensor_.active;
+    if (!isSplittable_ || column < active.left || column + 2 * pairs > active.right()) {
+        std::vector<float> line(std::size_t(2 * pairs));
+        this->row(row, column, 2 * pairs, 0, line.data());
+        for (int k = 0; k < pairs; ++k) {
+            even[k] = line[std::size_t(2 * k)];
+            odd[k] = line[std::size_t(2 * k + 1)];
         }
+        return;
+    }
+    const int y = mirrored(row, active.top, active.height);
+    const auto at = std::size_t(remainder(y - active.top, tableRows_)) * std::size_t(active.width) +
+                    std::size_t(column - active.left);
+    const float blackEven = black_[at], blackOdd = black_[at + 1];
+    const float scaleEven = scale_[at], scaleOdd = scale_[at + 1];
+    const std::uint16_t* line = sensor_.integers + y * sensor_.stride + column;
+    for (int k = 0; k < pairs; ++k) {
+        even[k] = (float(line[2 * k]) - blackEven) * scaleEven;
+        odd[k] = (float(line[2 * k + 1]) - blackOdd) * scaleOdd;
+    }
+}
+
+BayerPhase MosaicReader::phase() const {
+    for (int i = 0; i < 4; ++i) {
+        if (sensor_.filters.at(i / 2, i % 2) == 0) return {i / 2, i % 2};
     }
     return {};
 }

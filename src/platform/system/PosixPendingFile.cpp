@@ -32,14 +32,17 @@ std::size_t longestName(const Descriptor& folder) {
 } // namespace
 
 std::string temporaryName(std::string_view name, std::string_view suffix, std::size_t longest) {
-    const std::string ending = ".kelvaro-" + std::string(suffix);
-    std::size_t kept = std::min(name.size(), longest - std::min(longest, ending.size() + 1));
+    constexpr std::string_view mark = ".kelvaro-";
+    const std::size_t added = 1 + mark.size() + suffix.size();
+    std::size_t kept = std::min(name.size(), longest - std::min(longest, added));
     const auto continues = [&](std::size_t i) {
         return i < name.size() && (static_cast<unsigned char>(name[i]) & 0xC0) == 0x80;
     };
     while (kept > 0 && continues(kept))
         --kept;
-    return "." + std::string(name.substr(0, kept)) + ending;
+    std::string hidden;
+    hidden.append(1, '.').append(name.substr(0, kept)).append(mark).append(suffix);
+    return hidden;
 }
 
 bool flushFolder(const Descriptor& folder) {

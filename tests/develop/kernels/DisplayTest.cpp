@@ -107,8 +107,9 @@ TEST(RenderingKernel, greysFollowACameraCurve) {
 TEST(RenderingKernel, keepsThePlaceOfTheMiddleChannelAndGoesToWhite) {
     for (double gain = 0.01; gain < 300; gain *= 1.5) {
         const Rgb sky = render(0.25 * gain, 0.45 * gain, 0.9 * gain);
-        if (sky[2] - sky[0] > 1e-4)
+        if (sky[2] - sky[0] > 1e-4) {
             EXPECT_NEAR((sky[1] - sky[0]) / (sky[2] - sky[0]), (0.45 - 0.25) / (0.9 - 0.25), 2e-3);
+        }
         for (const double v : sky) {
             EXPECT_GE(v, 0);
             EXPECT_LE(v, 1);

@@ -37,7 +37,8 @@ struct Comparison {
 // Grey ramps, random colours (even and logarithmic) and special values, all exact in float.
 std::vector<Sample> samplesFor(const Kernel& kernel, const Comparison& how);
 
-// Fails, with the worst sample, unless every form agrees with `expected` for each set of uniforms.
+// Fails, with the worst sample, unless every form agrees with `expected` for each set of uniforms,
+// and a pixel's result is the same, bit for bit, whichever neighbours share its group.
 void compareAllForms(const Kernel& kernel, const std::vector<std::vector<double>>& uniformSets,
                      const Transcription& expected, const Comparison& how = {});
 

@@ -91,10 +91,13 @@ TEST_F(PosixFileSystemTest, ListsNamesWithTheKindsThatLinksLeadTo) {
     const auto entries = files.list(folder.path());
     ASSERT_TRUE(entries);
     std::map<std::string, FileStatus::Kind> found;
-    for (const auto& entry : *entries) found[entry.name] = entry.kind;
+    for (const auto& entry : *entries)
+        found[entry.name] = entry.kind;
     const std::map<std::string, FileStatus::Kind> expected{
-        {"file", FileStatus::Kind::file},         {"folder", FileStatus::Kind::folder},
-        {"link", FileStatus::Kind::folder},       {"dangling", FileStatus::Kind::other},
+        {"file", FileStatus::Kind::file},
+        {"folder", FileStatus::Kind::folder},
+        {"link", FileStatus::Kind::folder},
+        {"dangling", FileStatus::Kind::other},
         {"\xFF\xFEname", FileStatus::Kind::file}};
     EXPECT_TRUE(found == expected);
 }

@@ -1,4 +1,5 @@
-// The point-wise kernels of the image graph's own operations.
+// The point-wise kernels of the image graph's own operations: exposure, white balance and every
+// other matrix are one of them.
 #pragma once
 
 #include "platform/Kernel.h"

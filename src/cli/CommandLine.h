@@ -1,0 +1,42 @@
+// What a person asked for on the command line, as plain values, and how commands answer.
+#pragma once
+
+#include "base/Result.h"
+#include "develop/Pipeline.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelvaro {
+
+// What the process answers its caller.
+enum class ExitCode { done = 0, someFailed = 1, wrongUse = 2 };
+
+struct DevelopRequest {
+    std::filesystem::path photo, output;
+    std::vector<std::string> settings; // "key=value"
+    std::optional<std::filesystem::path> recipe;
+    bool noSidecar = false;
+    std::optional<int> longEdge; // pixels
+    double quality = 0.9;        // 0 … 1
+    Pipeline::OutputSpace space = Pipeline::OutputSpace::sRGB;
+    bool linear = false;     // the working space before the gamut stage, as float
+    bool sceneStage = false; // the scene-linear capture of a RAW file, as float
+    bool timings = false;
+};
+
+struct RecipeRequest {
+    std::filesystem::path photo;
+    std::vector<std::string> settings;
+    bool json = false, clear = false;
+    std::optional<std::filesystem::path> copyFrom;
+};
+
+struct InfoRequest {
+    std::vector<std::filesystem::path> photos;
+    bool json = false;
+};
+
+} // namespace kelvaro

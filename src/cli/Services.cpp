@@ -1,0 +1,25 @@
+#include "cli/Services.h"
+
+#include "platform/codecs/CodecImageFiles.h"
+#include "platform/imaging/TiledRenderer.h"
+#include "platform/metadata/ExifPropertyReader.h"
+#include "platform/raw/CameraRawEngine.h"
+#include "platform/system/PosixFileSystem.h"
+#include "platform/system/SystemRandom.h"
+
+namespace kelvaro {
+
+Services makeServices(const Cancellation& cancellation) {
+    Services services{.files = std::make_unique<PosixFileSystem>(),
+                      .random = std::make_unique<SystemRandom>(),
+                      .reader = makeImageReader(),
+                      .writer = makeImageWriter(),
+                      .raw = std::make_unique<CameraRawEngine>(),
+                      .properties = std::make_unique<ExifPropertyReader>(),
+                      .renderer = makeTiledRenderer(),
+                      .brushes = std::make_unique<BrushRaster>(),
+                      .cancellation = cancellation};
+    return services;
+}
+
+} // namespace kelvaro

@@ -1,0 +1,151 @@
+// kelvaro-cli: develops photos, shows and changes their recipes, and tells what they are.
+#include "cli/Commands.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <csignal>
+#include <cstdio>
+#include <functional>
+#include <map>
+
+namespace kelvaro {
+namespace {
+
+Cancellation interruption;
+
+void interrupt(int) {
+    interruption.cancel();
+}
+
+// Ctrl-C and a polite kill end the work between two steps, so that no temporary file stays behind.
+// A second one ends the program at once.
+void stopOnSignals() {
+    struct sigaction action {};
+    action.sa_handler = interrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+// Paths come as they are typed; the parser's own reading of a path would split it at blanks.
+CLI::Option* pathOption(CLI::App* command, const std::string& name, const std::string& help,
+                        const std::function<void(std::filesystem::path)>& take) {
+    return command->add_option_function<std::string>(
+        name, [take](const std::string& text) { take(std::filesystem::path(text)); }, help);
+}
+
+CLI::App* addDevelop(CLI::App& app, DevelopRequest& request) {
+    CLI::App* command =
+        app.add_subcommand("develop", "Develop one photo with its recipe into a picture file");
+    pathOption(command, "photo", "The RAW file or picture to develop", [&](auto path) {
+        request.photo = path;
+    })->required();
+    pathOption(command, "-o,--output",
+               "The file to write; jpg, heic, tif or png chooses the format",
+               [&](auto path) { request.output = path; })
+        ->required();
+    command
+        ->add_option("--set", request.settings,
+                     "Set one adjustment on top of the recipe, as key=value; may be repeated")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+    auto* recipe =
+        pathOption(command, "--recipe", "Use the recipe in this JSON file, not the photo's own",
+                   [&](auto path) { request.recipe = path; });
+    auto* none = command->add_flag("--no-sidecar", request.noSidecar, "Start from no recipe");
+    recipe->excludes(none);
+    command->add_option("--long-edge", request.longEdge, "Reduce the longer side to so many pixels")
+        ->check(CLI::Range(1, 1'000'000));
+    command->add_option("--quality", request.quality, "0 to 1, for JPEG and HEIC")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str();
+    const std::map<std::string, Pipeline::OutputSpace> spaces{
+        {"sRGB", Pipeline::OutputSpace::sRGB}, {"displayP3", Pipeline::OutputSpace::displayP3}};
+    command->add_option("--space", request.space, "The colour space to write")
+        ->transform(CLI::CheckedTransformer(spaces, CLI::ignore_case))
+        ->option_text("sRGB|displayP3 [sRGB]");
+    auto* linear = command->add_flag(
+        "--linear", request.linear,
+        "Write the finished picture in the linear working space, as 32-bit float TIFF");
+    command
+        ->add_option_function<std::string>(
+            "--stage", [&](const std::string&) { request.sceneStage = true; },
+            "\"scene\": write the scene-linear capture of a RAW file, as 32-bit float TIFF")
+        ->check(CLI::IsMember({"scene"}))
+        ->excludes(linear);
+    command->add_flag("--timings", request.timings, "Print milliseconds per step");
+    return command;
+}
+
+CLI::App* addRecipe(CLI::App& app, RecipeRequest& request) {
+    CLI::App* command = app.add_subcommand("recipe", "Show or change the recipe of a photo");
+    pathOption(command, "photo", "The photo", [&](auto path) { request.photo = path; })->required();
+    command->add_flag("--json", request.json, "Show the recipe as JSON");
+    command->add_option("--set", request.settings, "Set one adjustment, as key=value; repeatable")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+    command->add_flag("--clear", request.clear, "Remove the whole edit first");
+    pathOption(command, "--copy-from",
+               "Take over another photo's adjustments and masks; the crop stays",
+               [&](auto path) { request.copyFrom = path; });
+    return command;
+}
+
+CLI::App* addInfo(CLI::App& app, InfoRequest& request) {
+    CLI::App* command =
+        app.add_subcommand("info", "Tell size, camera, lens, exposure and date of photos");
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "photos",
+            [&](const std::vector<std::string>& paths) {
+                request.photos.assign(paths.begin(), paths.end());
+            },
+            "The photos")
+        ->required();
+    command->add_flag("--json", request.json, "One JSON array with an object per photo");
+    return command;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app{"Kelvaro on the command line: develops photos without ever changing an original.",
+                 "kelvaro-cli"};
+    app.set_version_flag("--version", "kelvaro-cli " KELVARO_VERSION);
+    app.require_subcommand(1);
+    app.footer("Exit codes: 0 all done, 1 some photos failed, 2 wrong use.");
+    DevelopRequest develop;
+    RecipeRequest recipe;
+    InfoRequest info;
+    const CLI::App* developCommand = addDevelop(app, develop);
+    const CLI::App* recipeCommand = addRecipe(app, recipe);
+    addInfo(app, info);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const bool asked = error.get_exit_code() == 0; // --help, --version
+        app.exit(error);
+        return static_cast<int>(asked ? ExitCode::done : ExitCode::wrongUse);
+    }
+    stopOnSignals();
+    Services services = makeServices(interruption);
+    if (developCommand->parsed()) return static_cast<int>(runDevelop(develop, services));
+    if (recipeCommand->parsed()) return static_cast<int>(runRecipe(recipe, services));
+    return static_cast<int>(runInfo(info, services));
+}
+
+} // namespace
+
+} // namespace kelvaro
+
+int main(int argc, char** argv) {
+    try {
+        return kelvaro::run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fputs("kelvaro-cli: There is not enough memory for this picture.\n", stderr);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "kelvaro-cli: Something went wrong: %s\n", error.what());
+    }
+    return static_cast<int>(kelvaro::ExitCode::someFailed);
+}

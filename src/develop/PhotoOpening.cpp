@@ -1,0 +1,64 @@
+#include "develop/PhotoOpening.h"
+
+#include "platform/PhotoKinds.h"
+
+namespace kelvaro {
+
+namespace {
+
+std::string quoted(const std::filesystem::path& photo) {
+    return "“" + photo.filename().string() + "”";
+}
+
+Result<ImageSource> developedRaw(RawFile& file, const std::filesystem::path& photo,
+                                 std::string identity, const RawDevelopSettings& settings,
+                                 const Cancellation* cancellation) {
+    auto pixels = file.develop(settings, cancellation);
+    if (!pixels) return fail(std::move(pixels).error());
+    return rawSource(photo, std::move(identity), imageFrom(std::move(*pixels)), file.properties());
+}
+
+} // namespace
+
+Result<std::string> photoIdentity(FileSystem& files, const std::filesystem::path& photo) {
+    const auto status = files.status(photo);
+    if (!status) return fail(status.error());
+    return std::to_string(status->size) + "-" + std::to_string(status->modified.nanoseconds);
+}
+
+Result<ImageSource> PhotoOpener::open(const std::filesystem::path& photo, const Adjustments& edit,
+                                      double scale, const Cancellation* cancellation) const {
+    const auto kind = photoKind(photo);
+    if (!kind)
+        return fail(FailureKind::unsupported, quoted(photo) + " isn't a photo that Kelvaro knows.");
+    auto identity = photoIdentity(files, photo);
+    if (!identity) return fail(std::move(identity).error());
+    if (*kind == PhotoKind::raw) {
+        auto file = raw.open(photo);
+        if (!file) return fail(std::move(file).error());
+        return developedRaw(**file, photo, std::move(*identity),
+                            rawSettings(edit, (*file)->properties(), scale), cancellation);
+    }
+    auto decoded = reader.decode(photo, {}, cancellation);
+    if (!decoded) return fail(std::move(decoded).error());
+    const PixelSize size = decoded->pixels.size;
+    return bitmapSource(
+        photo, std::move(*identity),
+        imageFrom(sourceFrom(std::move(decoded->pixels), std::move(decoded->colour))), size);
+}
+
+Result<ImageSource> PhotoOpener::openCapture(const std::filesystem::path& photo,
+                                             const Cancellation* cancellation) const {
+    if (photoKind(photo) != PhotoKind::raw)
+        return fail(FailureKind::unsupported,
+                    quoted(photo) + " isn't a RAW file, so it has no scene-linear capture.");
+    auto identity = photoIdentity(files, photo);
+    if (!identity) return fail(std::move(identity).error());
+    auto file = raw.open(photo);
+    if (!file) return fail(std::move(file).error());
+    RawDevelopSettings settings;
+    settings.captureOnly = true;
+    return developedRaw(**file, photo, std::move(*identity), settings, cancellation);
+}
+
+} // namespace kelvaro

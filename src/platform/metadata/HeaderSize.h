@@ -1,0 +1,15 @@
+// The size of a picture from its own header, for files whose metadata the library refuses: damaged
+// PNG and JPEG files that a decoder still reads, and BigTIFF.
+#pragma once
+
+#include "base/Geometry.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace kelvaro {
+
+bool canRead(const std::filesystem::path& path);
+std::optional<PixelSize> sizeInHeader(const std::filesystem::path& path);
+
+} // namespace kelvaro
