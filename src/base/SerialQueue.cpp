@@ -10,12 +10,14 @@ SerialQueue::SerialQueue(std::string label, AtEnd atEnd)
     : label_(std::move(label)), atEnd_(atEnd), worker_([this] { work(); }) {}
 
 SerialQueue::~SerialQueue() {
+    std::deque<std::function<void()>> dropped; // let go outside the lock
     {
         std::lock_guard guard(lock_);
         ending_ = true;
-        if (atEnd_ == AtEnd::drop) jobs_.clear();
+        if (atEnd_ == AtEnd::drop) dropped.swap(jobs_);
     }
     posted_.notify_one();
+    dropped.clear();
     worker_.join();
 }
 

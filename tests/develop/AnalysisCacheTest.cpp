@@ -152,7 +152,7 @@ TEST_F(AnalysisCacheTest, DamagedAndForeignFilesAreMadeAgain) {
                                  good + "x",
                                  std::string(good.size(), '\0'),
                                  std::string(40 << 20, 'k')};
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 60; ++i) {
         std::string flipped = good;
         flipped[random() % good.size()] ^= char(1 << random() % 8);
         bad.push_back(flipped);
