@@ -28,6 +28,10 @@ void runRow(const KernelRow& given) {
     Uniform uniforms[kMaximumKernelUniforms];
     for (int n = 0; n < decltype(signatureOf(function))::uniforms; n++)
         uniforms[n] = row.uniforms[n];
+        // The scalar form stays one float at a time, or it would be no measure for the vectors.
+#ifdef __clang__
+#pragma clang loop vectorize(disable) interleave(disable)
+#endif
     for (std::size_t i = 0; i < row.count; i += kGroup) {
         const Float3 result = evaluate<function>(Group{row, uniforms, i}, function);
         store(result.x, row.output[0] + i);
