@@ -1,6 +1,8 @@
 #include "platform/raw/Development.h"
 
 #include "platform/raw/Demosaic.h"
+#include "platform/raw/Highlights.h"
+#include "platform/raw/LocalColour.h"
 #include "platform/raw/MosaicReader.h"
 #include "platform/raw/UprightWriter.h"
 
@@ -10,6 +12,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <memory>
 
 namespace kelvaro {
 
@@ -24,11 +27,11 @@ struct Workshop {
             plane.resize(std::size_t(kTileWidth) * kTileHeight);
     }
     std::vector<float> planes[kMaximumChannels + 1]; // channels, then rows of the mosaic
+    float* row(int channel, int y) { return planes[channel].data() + y * kTileWidth; }
     BayerDemosaic demosaic;
 };
 
-// The camera matrix with the exposure, after clipping every channel where the first one saturates:
-// blown areas become neutral.
+// The camera matrix with the exposure.
 class ColourStep {
 public:
     explicit ColourStep(const SensorImage& sensor) {
@@ -38,122 +41,142 @@ public:
                 matrix_[i][c] = float(sensor.colour.toWorking[i][c] * gain);
             }
         }
-        const int used = sensor.layout == SensorLayout::monochrome ? 1 : 3;
-        limit_ = *std::min_element(sensor.saturation.begin(), sensor.saturation.begin() + used);
     }
-    void run(const float* const (&in)[kMaximumChannels], float* const (&out)[3], int count,
-             int channels) const {
+    // The first three rows become red, green and blue; the fourth counts only for four colours.
+    void run(float* const (&rows)[kMaximumChannels], int count, int colours) const {
         for (int x = 0; x < count; ++x) {
             float v[kMaximumChannels] = {};
-            for (int c = 0; c < channels; ++c)
-                v[c] = std::min(in[c][x], limit_);
+            for (int c = 0; c < colours; ++c)
+                v[c] = rows[c][x];
             for (int i = 0; i < 3; ++i) {
                 const float* m = matrix_[i];
                 const float sum = m[0] * v[0] + m[1] * v[1] + m[2] * v[2] + m[3] * v[3];
-                out[i][x] = std::isfinite(sum) ? sum : 0.0f;
+                rows[i][x] = std::abs(sum) < 1e9f ? sum : 0.0f;
             }
         }
     }
 
 private:
     float matrix_[3][kMaximumChannels] = {};
-    float limit_ = 1;
 };
+
+// A single row or column cannot be halved.
+int usedReduction(const SensorImage& sensor, int reduction) {
+    const bool isTiny = sensor.crop.width < 2 || sensor.crop.height < 2;
+    return sensor.isReduced || isTiny ? 1 : reduction;
+}
+
+std::array<float, 3> saturationOf(const SensorImage& sensor) {
+    return {sensor.saturation[0], sensor.saturation[1], sensor.saturation[2]};
+}
+
+// None where nothing is saturated.
+std::unique_ptr<const LocalColour> surroundingsOf(const SensorImage& sensor,
+                                                  const MosaicReader& reader) {
+    if (sensor.layout != SensorLayout::bayer) return nullptr;
+    auto map = std::make_unique<const LocalColour>(sensor, reader, saturationOf(sensor));
+    if (map->isEmpty()) return nullptr;
+    return map;
+}
 
 class Developer {
 public:
     Developer(const SensorImage& sensor, int reduction, Raster& target)
         : sensor_(sensor),
           reader_(sensor),
+          surroundings_(surroundingsOf(sensor, reader_)),
+          highlights_(saturationOf(sensor), surroundings_.get()),
+          mosaic_(&reader_),
           colour_(sensor),
           writer_(target, sensor.orientation),
-          reduction_(sensor.isReduced ? 1 : reduction) {}
+          reduction_(usedReduction(sensor, reduction)) {
+        if (!surroundings_) return;
+        recovered_.emplace(sensor, reader_, highlights_);
+        mosaic_ = &*recovered_;
+    }
+    Developer(const Developer&) = delete;
+    Developer& operator=(const Developer&) = delete;
 
     int columns() const { return sensor_.crop.width / reduction_; }
     int rows() const { return sensor_.crop.height / reduction_; }
 
     // One tile of the picture, in its own coordinates before orientation.
     void tile(const SensorRect& tile, Workshop& shop) const {
-        const int channels = reduction_ == 2                              ? halve(tile, shop)
-                             : sensor_.layout == SensorLayout::fullColour ? readFull(tile, shop)
-                             : sensor_.layout == SensorLayout::monochrome
-                                 ? readMonochrome(tile, shop)
-                                 : demosaic(tile, shop);
-        for (int row = 0; row < tile.height; ++row) {
-            const std::ptrdiff_t at = row * kTileWidth;
-            const float* in[kMaximumChannels];
-            for (int c = 0; c < kMaximumChannels; ++c)
-                in[c] = shop.planes[c].data() + at;
-            float* const out[3] = {shop.planes[0].data() + at, shop.planes[1].data() + at,
-                                   shop.planes[2].data() + at};
-            colour_.run(in, out, tile.width, channels);
+        const bool isMosaic = sensor_.layout == SensorLayout::bayer;
+        if (isMosaic && reduction_ == 1) {
+            demosaic(tile, shop);
+        } else if (isMosaic) {
+            halve(tile, shop);
+        } else {
+            read(tile, shop);
         }
-        const float* const planes[3] = {shop.planes[0].data(), shop.planes[1].data(),
-                                        shop.planes[2].data()};
+        for (int row = 0; row < tile.height; ++row) {
+            float* const rows[kMaximumChannels] = {shop.row(0, row), shop.row(1, row),
+                                                   shop.row(2, row), shop.row(3, row)};
+            if (!isMosaic && sensor_.colours == 3) {
+                highlights_.run({rows[0], rows[1], rows[2]}, tile.width, 0, 0, 0);
+            }
+            colour_.run(rows, tile.width, sensor_.colours);
+        }
+        const float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
         writer_.write(tile, planes, kTileWidth);
     }
 
 private:
-    // Each returns the number of channels.
-    int demosaic(const SensorRect& tile, Workshop& shop) const {
+    void demosaic(const SensorRect& tile, Workshop& shop) const {
         const SensorRect area{sensor_.crop.left + tile.left, sensor_.crop.top + tile.top,
                               tile.width, tile.height};
-        float* const planes[3] = {shop.planes[0].data(), shop.planes[1].data(),
-                                  shop.planes[2].data()};
-        shop.demosaic.run(reader_, reader_.phase(), area, planes, kTileWidth);
-        return 3;
+        float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
+        shop.demosaic.run(*mosaic_, reader_.phase(), area, planes, kTileWidth);
     }
-    int readFull(const SensorRect& tile, Workshop& shop) const {
-        const int channels = std::min(sensor_.channels, kMaximumChannels);
-        for (int row = 0; row < tile.height; ++row) {
-            for (int c = 0; c < channels; ++c) {
-                reader_.row(sensor_.crop.top + tile.top + row, sensor_.crop.left + tile.left,
-                            tile.width, c, shop.planes[c].data() + row * kTileWidth);
-            }
-        }
-        return channels;
-    }
-    int readMonochrome(const SensorRect& tile, Workshop& shop) const {
-        for (int row = 0; row < tile.height; ++row) {
-            reader_.row(sensor_.crop.top + tile.top + row, sensor_.crop.left + tile.left,
-                        tile.width, 0, shop.planes[0].data() + row * kTileWidth);
-        }
-        return 1;
-    }
-    // Means of the photosites of each channel in 2 × 2 blocks.
-    int halve(const SensorRect& tile, Workshop& shop) const {
-        const bool isMosaic = sensor_.layout == SensorLayout::bayer;
-        const int channels = isMosaic ? 3 : std::min(sensor_.channels, kMaximumChannels);
-        float* rows[2] = {shop.planes[kMaximumChannels].data(),
-                          shop.planes[kMaximumChannels].data() + 2 * kTileWidth};
+    // One pixel of every 2 × 2 photosites: red, the mean of the greens, blue.
+    void halve(const SensorRect& tile, Workshop& shop) const {
+        const int left = sensor_.crop.left + 2 * tile.left;
+        const int redColumn = (reader_.phase().redColumn + left) & 1;
+        // [row][parity of the column]
+        float* const site[2][2] = {{shop.row(4, 0), shop.row(4, 1)},
+                                   {shop.row(4, 2), shop.row(4, 3)}};
         for (int row = 0; row < tile.height; ++row) {
             const int top = sensor_.crop.top + 2 * (tile.top + row);
-            const int left = sensor_.crop.left + 2 * tile.left;
-            for (int c = 0; c < (isMosaic ? 1 : channels); ++c) {
-                for (int k = 0; k < 2; ++k)
-                    reader_.row(top + k, left, 2 * tile.width, c, rows[k]);
-                const BayerPhase phase{(reader_.phase().redRow + top) & 1,
-                                       (reader_.phase().redColumn + left) & 1};
-                for (int x = 0; x < tile.width; ++x) {
-                    const std::ptrdiff_t at = row * kTileWidth + x;
-                    const auto site = [&](int r, int k) { return rows[r][2 * x + k]; };
-                    if (isMosaic) {
-                        const int r = phase.redRow, k = phase.redColumn;
-                        shop.planes[0][std::size_t(at)] = site(r, k);
-                        shop.planes[1][std::size_t(at)] = 0.5f * (site(r, 1 - k) + site(1 - r, k));
-                        shop.planes[2][std::size_t(at)] = site(1 - r, 1 - k);
-                    } else {
-                        shop.planes[c][std::size_t(at)] =
-                            0.25f * (site(0, 0) + site(0, 1) + site(1, 0) + site(1, 1));
+            for (int k = 0; k < 2; ++k)
+                mosaic_->split(top + k, left, tile.width, site[k][0], site[k][1]);
+            const int redRow = (reader_.phase().redRow + top) & 1;
+            const float *a = site[redRow][1 - redColumn], *b = site[1 - redRow][redColumn];
+            std::copy_n(site[redRow][redColumn], tile.width, shop.row(0, row));
+            std::copy_n(site[1 - redRow][1 - redColumn], tile.width, shop.row(2, row));
+            float* green = shop.row(1, row);
+            for (int x = 0; x < tile.width; ++x)
+                green[x] = 0.5f * (a[x] + b[x]);
+        }
+    }
+    // Sensors with all colours, or one, at every photosite; means of 2 × 2 at half size.
+    void read(const SensorRect& tile, Workshop& shop) const {
+        const int colours = std::min(sensor_.colours, sensor_.channels);
+        const int r = reduction_;
+        float* line = shop.row(4, 0);
+        for (int row = 0; row < tile.height; ++row) {
+            for (int c = 0; c < colours; ++c) {
+                float* out = shop.row(c, row);
+                for (int k = 0; k < r; ++k) {
+                    reader_.row(sensor_.crop.top + r * (tile.top + row) + k,
+                                sensor_.crop.left + r * tile.left, r * tile.width, c,
+                                r == 1 ? out : line);
+                    if (r == 1) continue;
+                    for (int x = 0; x < tile.width; ++x) {
+                        const float half = 0.25f * (line[2 * x] + line[2 * x + 1]);
+                        out[x] = k == 0 ? half : out[x] + half;
                     }
                 }
             }
         }
-        return channels;
     }
 
     const SensorImage& sensor_;
     MosaicReader reader_;
+    std::unique_ptr<const LocalColour> surroundings_;
+    HighlightRecovery highlights_;
+    std::optional<RecoveredMosaic> recovered_;
+    const SplitRows* mosaic_; // the reader, or what highlight recovery makes of it
     ColourStep colour_;
     UprightWriter writer_;
     int reduction_;
@@ -162,9 +185,8 @@ private:
 } // namespace
 
 PixelSize developedSize(const SensorImage& sensor, int reduction) {
-    const int by = sensor.isReduced ? 1 : reduction;
-    const int width = std::max(1, sensor.crop.width / by),
-              height = std::max(1, sensor.crop.height / by);
+    const int by = usedReduction(sensor, reduction);
+    const int width = sensor.crop.width / by, height = sensor.crop.height / by;
     return sensor.orientation >= 5 ? PixelSize{height, width} : PixelSize{width, height};
 }
 
@@ -173,10 +195,11 @@ std::optional<Raster> develop(const SensorImage& sensor, int reduction,
     const PixelSize size = developedSize(sensor, reduction);
     Raster raster({0, 0, size.width, size.height}, false);
     const Developer developer(sensor, reduction, raster);
+    const SensorRect whole{0, 0, developer.columns(), developer.rows()};
     tbb::enumerable_thread_specific<Workshop> workshops;
     std::atomic<bool> stopped{false};
-    const int across = (developer.columns() + kTileWidth - 1) / kTileWidth;
-    const int down = (developer.rows() + kTileHeight - 1) / kTileHeight;
+    const int across = (whole.width + kTileWidth - 1) / kTileWidth;
+    const int down = (whole.height + kTileHeight - 1) / kTileHeight;
     tbb::parallel_for(tbb::blocked_range2d<int>(0, down, 0, across), [&](const auto& range) {
         for (int r = range.rows().begin(); r < range.rows().end(); ++r) {
             for (int c = range.cols().begin(); c < range.cols().end(); ++c) {
@@ -184,10 +207,8 @@ std::optional<Raster> develop(const SensorImage& sensor, int reduction,
                     stopped = true;
                     return;
                 }
-                const SensorRect whole{0, 0, developer.columns(), developer.rows()};
-                developer.tile(
-                    intersection(whole, {c * kTileWidth, r * kTileHeight, kTileWidth, kTileHeight}),
-                    workshops.local());
+                const SensorRect tile{c * kTileWidth, r * kTileHeight, kTileWidth, kTileHeight};
+                developer.tile(intersection(whole, tile), workshops.local());
             }
         }
     });

@@ -2,6 +2,7 @@
 
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
+#include "platform/raw/SensorStatistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -169,6 +170,7 @@ void RawDecoder::describe() {
         }
     }
     if (d.layout == SensorLayout::monochrome) colour = {1, {}, {}, {}, {}};
+    d.colours = colour.channels;
     d.colour = cameraColour(colour);
     for (std::size_t c = 0; c < kMaximumChannels; ++c)
         d.saturation[c] = float(d.colour.balance[c]);
@@ -209,6 +211,7 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     }
     if (stream_->missingBytes() > kMissingTolerated) return fail(failure(LIBRAW_IO_ERROR));
     isUnpacked_ = true;
+    describeLevels(); // some formats measure their levels while unpacking
     return {};
 }
 
@@ -224,6 +227,11 @@ Result<SensorImage> RawDecoder::samples(int reduction, const Cancellation* cance
         }
         SensorImage image = description_;
         if (!library_->attachSamples(image)) return fail(failure(LIBRAW_FILE_UNSUPPORTED));
+        const auto levels = saturationLevels(image, measure(image));
+        const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
+        for (std::size_t c = 0; c < 3; ++c) {
+            image.saturation[c] *= (levels[c] - black) / (image.white[c] - black);
+        }
         return image;
     } catch (const std::bad_alloc&) {
         return fail(failure(LIBRAW_UNSUFFICIENT_MEMORY));

@@ -61,6 +61,7 @@ struct BlackLevels {
 struct SensorImage {
     SensorLayout layout = SensorLayout::bayer;
     int width = 0, height = 0;
+    int colours = 3;  // that the camera tells apart: 1, 3 or 4
     int channels = 1; // samples per photosite, interleaved; those past the third colour are unused
     std::ptrdiff_t stride = 0;               // samples from one row to the next
     const std::uint16_t* integers = nullptr; // one of the two; owned by the decoder

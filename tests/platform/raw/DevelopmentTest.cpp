@@ -154,15 +154,53 @@ TEST(Development, KeepsValuesBelowBlackAndAboveOne) {
 TEST(Development, BlownAreasAreNeutral) {
     SyntheticDng dng;
     dng.neutral = {0.4, 1, 0.7};
-    dng.scene = [&](int, int, int channel) {
-        return std::array{1.0, 1.0, 1.0}[std::size_t(channel)];
+    // Brighter from left to right: green saturates first, red (0.4 of it) last.
+    for (std::size_t i = 0; i < 9; ++i)
+        dng.matrix[i] *= dng.neutral[i / 3];
+    dng.width = 200;
+    dng.active = {0, 0, 48, 200};
+    dng.crop = {0, 0, 200, 48};
+    const auto scene = [](int column) { return 0.3 + 3.2 * column / 200; };
+    dng.scene = [&](int, int column, int channel) {
+        return std::min(1.0, scene(column) * std::array{0.4, 1.0, 0.7}[std::size_t(channel)]);
     };
     const auto path = dng.write("blown.dng");
-    const Raster raster = developed(path);
+    for (const int reduction : {1, 2}) {
+        const Raster raster = developed(path, {0, true, reduction});
+        float before = 0;
+        for (int x = 0; x < 200 / reduction; ++x) {
+            const float* rows[3] = {raster.row(0, 24 / reduction), raster.row(1, 24 / reduction),
+                                    raster.row(2, 24 / reduction)};
+            // A grey ramp stays grey, rises throughout, and follows the scene while red is sound.
+            const double want = std::min(scene(x * reduction), 2.5);
+            for (const float* row : rows) {
+                EXPECT_NEAR(row[x], rows[1][x], 0.04 * want) << x;
+                EXPECT_NEAR(row[x], want, 0.06 * want) << x;
+            }
+            EXPECT_GE(rows[1][x], before - 0.01f);
+            before = rows[1][x];
+        }
+    }
     std::filesystem::remove(path);
-    for (int c = 0; c < 3; ++c)
-        EXPECT_NEAR(raster.row(c, 24)[30], raster.row(1, 24)[30], 1e-3);
-    EXPECT_GE(raster.row(1, 24)[30], 0.99f);
+}
+
+TEST(Development, SaturatedGreenTakesTheColourAround) {
+    // A bright yellow patch, whose green is cut off, in a yellow of half its brightness.
+    SyntheticDng dng;
+    dng.neutral = {0.4, 1, 0.7};
+    for (std::size_t i = 0; i < 9; ++i)
+        dng.matrix[i] *= dng.neutral[i / 3];
+    dng.scene = [](int row, int column, int channel) {
+        const bool isPatch = row >= 16 && row < 32 && column >= 24 && column < 40;
+        const double light = isPatch ? 1.4 : 0.7;
+        return std::min(1.0, light * std::array{0.4 * 1.2, 1.0, 0.7 * 0.2}[std::size_t(channel)]);
+    };
+    const auto path = dng.write("yellow.dng");
+    const Raster raster = developed(path, {0, true, 1});
+    std::filesystem::remove(path);
+    EXPECT_NEAR(raster.row(0, 24)[32], 1.4 * 1.2, 0.05);
+    EXPECT_NEAR(raster.row(1, 24)[32], 1.4, 0.15);
+    EXPECT_NEAR(raster.row(2, 24)[32], 1.4 * 0.2, 0.05);
 }
 
 TEST(Development, StopsWhenCancelled) {

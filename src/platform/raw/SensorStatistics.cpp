@@ -1,0 +1,86 @@
+#include "platform/raw/SensorStatistics.h"
+
+#include <algorithm>
+
+namespace kelvaro {
+
+namespace {
+
+constexpr std::size_t kLevels = 65536;
+constexpr int kRowsTaken = 2, kRowsStep = 8; // whole pairs of rows, so that every filter is met
+
+} // namespace
+
+SensorStatistics measure(const SensorImage& sensor) {
+    SensorStatistics statistics;
+    if (!sensor.integers || sensor.layout == SensorLayout::monochrome) return statistics;
+    for (auto& histogram : statistics.histograms)
+        histogram.assign(kLevels, 0);
+    const bool isMosaic = sensor.layout != SensorLayout::fullColour;
+    const int step = isMosaic && sensor.filters.period == 6 ? 3 * kRowsStep : kRowsStep;
+    const int taken = isMosaic && sensor.filters.period == 6 ? 6 : kRowsTaken;
+    for (int y = 0; y < sensor.active.height; ++y) {
+        if (y % step >= taken) continue;
+        const int row = sensor.active.top + y;
+        const std::uint16_t* line = sensor.integers + row * sensor.stride;
+        if (isMosaic) {
+            // Several photosites of one column pattern share a histogram; the pointers are found
+            // once.
+            std::array<std::uint32_t*, 6> byColumn{};
+            for (int c = 0; c < sensor.filters.period; ++c) {
+                byColumn[std::size_t(c)] =
+                    statistics.histograms[std::size_t(sensor.filters.at(row, c))].data();
+            }
+            int c = sensor.active.left % sensor.filters.period;
+            for (int x = sensor.active.left; x < sensor.active.right(); ++x) {
+                ++byColumn[std::size_t(c)][line[x]];
+                if (++c == sensor.filters.period) c = 0;
+            }
+        } else {
+            for (int x = sensor.active.left; x < sensor.active.right(); ++x) {
+                for (std::size_t c = 0; c < 3 && int(c) < sensor.channels; ++c) {
+                    ++statistics.histograms[c][line[x * sensor.channels + int(c)]];
+                }
+            }
+        }
+    }
+    for (std::size_t c = 0; c < 3; ++c) {
+        for (const std::uint32_t n : statistics.histograms[c])
+            statistics.counts[c] += n;
+    }
+    return statistics;
+}
+
+std::array<float, kMaximumChannels> saturationLevels(const SensorImage& sensor,
+                                                     const SensorStatistics& statistics) {
+    auto levels = sensor.white;
+    for (std::size_t c = 0; c < 3; ++c) {
+        const auto& histogram = statistics.histograms[c];
+        if (histogram.empty() || statistics.counts[c] == 0) continue;
+        // The fullest level near the top, whose own noise and rounding may spread it a little.
+        std::size_t top = kLevels - 1;
+        while (top > 0 && histogram[top] == 0)
+            --top;
+        const float black = *std::max_element(sensor.black.table.begin(), sensor.black.table.end());
+        const float range = sensor.white[c] - black;
+        if (!(float(top) > black + 0.8f * range)) continue;
+        const auto from = std::size_t(std::max(0.0f, float(top) - 0.02f * range));
+        const auto peak = std::max_element(histogram.begin() + std::ptrdiff_t(from),
+                                           histogram.begin() + std::ptrdiff_t(top) + 1);
+        const auto level = float(peak - histogram.begin());
+        // Below the peak no level is nearly as full when the peak is a cut.
+        const auto width = std::size_t(std::max(16.0f, 0.02f * range));
+        std::uint64_t below = 0;
+        const auto end = std::size_t(peak - histogram.begin());
+        const std::size_t begin = end > width ? end - width : 0;
+        for (std::size_t i = begin; i < end; ++i)
+            below += histogram[i];
+        const double mean = double(below) / double(std::max<std::size_t>(1, end - begin));
+        const bool isCut = *peak >= 16 && double(*peak) >= 2e-5 * double(statistics.counts[c]) &&
+                           double(*peak) > 8 * mean;
+        if (isCut) levels[c] = std::min(levels[c], level);
+    }
+    return levels;
+}
+
+} // namespace kelvaro

@@ -1,0 +1,27 @@
+// What the samples themselves tell before they are developed.
+#pragma once
+
+#include "platform/raw/SensorImage.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace kelvaro {
+
+// Histograms of integer samples by channel over a quarter of the active rows. Empty for float
+// samples.
+struct SensorStatistics {
+    std::array<std::vector<std::uint32_t>, 3> histograms;
+    std::array<std::uint64_t, 3> counts{};
+};
+
+SensorStatistics measure(const SensorImage& sensor);
+
+// Where each channel really saturates: the highest sample, when so many photosites share it that
+// they must have been cut off there, and the recorded white level otherwise. Cameras often stop a
+// little below it, and a channel that is not known to be cut off would tint blown areas.
+std::array<float, kMaximumChannels> saturationLevels(const SensorImage& sensor,
+                                                     const SensorStatistics& statistics);
+
+} // namespace kelvaro
