@@ -28,7 +28,7 @@ void runRow(const KernelRow& given) {
     Uniform uniforms[kMaximumKernelUniforms];
     for (int n = 0; n < decltype(signatureOf(function))::uniforms; n++)
         uniforms[n] = row.uniforms[n];
-        // The scalar form stays one float at a time, or it would be no measure for the vectors.
+    // The scalar form stays one float at a time, or it would be no measure for the vectors.
 #ifdef __clang__
 #pragma clang loop vectorize(disable) interleave(disable)
 #endif
