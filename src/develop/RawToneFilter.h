@@ -16,7 +16,7 @@ struct RawToneFilter {
     std::array<double, 3> airlight{}; // in the input's light
     Image linearInput;                // takes the place of inputImage when there is one
     double linearGain = 1;            // multiplies the input
-    std::optional<ToneEndpoints> endpoints = {};
+    std::optional<ToneEndpoints> endpoints;
 
     // Gain, dehaze, shadows and highlights, tone curve; each only where its controls are not 0.
     Image outputImage() const;

@@ -181,7 +181,7 @@ TEST_F(AnalysisCacheTest, TheFolderIsBoundedAndSweptOfUnfinishedFiles) {
                                                std::chrono::hours(48));
     const auto bounded = cache({.memoryBytes = 0, .diskBytes = 3 * size + 10});
     for (int i = 1; i < 6; ++i) {
-        bounded->remember(measuredPhoto("/" + std::to_string(i)));
+        bounded->remember(measuredPhoto(std::string(1, '/').append(std::to_string(i))));
         bounded->waitForWrites();
     }
     EXPECT_EQ(storedFiles().size(), 5u); // three of ours, the unfinished one and the notes
@@ -195,7 +195,7 @@ TEST_F(AnalysisCacheTest, TheFolderIsBoundedAndSweptOfUnfinishedFiles) {
 TEST_F(AnalysisCacheTest, SeveralProgramsShareTheFolder) {
     std::vector<ImageSource> photos;
     for (int i = 0; i < 4; ++i)
-        photos.push_back(measuredPhoto("/" + std::to_string(i)));
+        photos.push_back(measuredPhoto(std::string(1, '/').append(std::to_string(i))));
     const auto program = [&] {
         for (int round = 0; round < 5; ++round) {
             const auto mine = cache({.memoryBytes = 0, .diskBytes = 80'000});

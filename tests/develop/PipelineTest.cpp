@@ -152,7 +152,12 @@ TEST_F(PipelineTest, MasksWithoutEffectAddNothing) {
     EXPECT_EQ(withMask([](LocalMask& m) { m.amount = 0; }), none);
     EXPECT_EQ(withMask([](LocalMask& m) { m.amount = -5; }), none);
     EXPECT_EQ(withMask([](LocalMask& m) { m.components.clear(); }), none);
-    EXPECT_EQ(withMask([](LocalMask& m) { m = LocalMask{.components = m.components}; }), none);
+    EXPECT_EQ(withMask([](LocalMask& m) {
+                  LocalMask plain;
+                  plain.components = m.components;
+                  m = plain;
+              }),
+              none);
 }
 
 TEST_F(PipelineTest, ScalesControlsToArguments) {
@@ -255,7 +260,15 @@ TEST_F(PipelineTest, RawDecodesFollowScaleAndSharpness) {
 TEST(RawToneFilterTest, TakesTheLinearInputAndItsGain) {
     const Image input = test::testPicture({8, 6}, 1), linear = test::testPicture({8, 6}, 2);
     const Adjustments edit;
-    RawToneFilter filter{.inputImage = input, .settings = edit};
+    RawToneFilter filter{.inputImage = input,
+                         .settings = edit,
+                         .guide = {},
+                         .guideShift = 0,
+                         .haze = {},
+                         .airlight = {},
+                         .linearInput = {},
+                         .linearGain = 1,
+                         .endpoints = {}};
     EXPECT_EQ(filter.outputImage(), input);
     filter.linearInput = linear;
     EXPECT_EQ(filter.outputImage(), linear);
