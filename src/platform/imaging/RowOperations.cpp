@@ -90,6 +90,29 @@ void interpolateRow(float* out, const float* in, const std::int32_t* index, cons
     }
 }
 
+#if HWY_TARGET == HWY_SCALAR
+// A machine without vectors of four: the same sums one by one.
+void cubicSumsRow(float* out, const float* in, std::ptrdiff_t stride,
+                  const CubicPosition* positions, std::size_t count) {
+    const auto weights = [](float t, float(&w)[4]) {
+        w[0] = ((-0.5f * t + 1) * t - 0.5f) * t;
+        w[1] = (1.5f * t - 2.5f) * t * t + 1;
+        w[2] = ((-1.5f * t + 2) * t + 0.5f) * t;
+        w[3] = (0.5f * t - 0.5f) * t * t;
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        float across[4], down[4], sum = 0;
+        weights(positions[i].u, across);
+        weights(positions[i].v, down);
+        for (int j = 0; j < 4; ++j) {
+            const float* row = in + positions[i].offset + j * stride;
+            for (int k = 0; k < 4; ++k)
+                sum += down[j] * across[k] * row[k];
+        }
+        out[i] = sum;
+    }
+}
+#else
 // The four pixels of a row are one vector; Catmull and Rom's weights as cubics in the fraction.
 void cubicSumsRow(float* out, const float* in, std::ptrdiff_t stride,
                   const CubicPosition* positions, std::size_t count) {
@@ -112,6 +135,7 @@ void cubicSumsRow(float* out, const float* in, std::ptrdiff_t stride,
         out[i] = hn::GetLane(hn::SumOfLanes(d, hn::Mul(sum, weights(positions[i].u))));
     }
 }
+#endif
 
 void maximumRow(float* out, const float* a, const float* b, std::size_t count) {
     const D d;
