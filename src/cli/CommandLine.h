@@ -25,6 +25,7 @@ struct DevelopRequest {
     bool linear = false;     // the working space before the gamut stage, as float
     bool sceneStage = false; // the scene-linear capture of a RAW file, as float
     bool timings = false;
+    std::optional<std::filesystem::path> analysis; // folder for what the analysis found
 };
 
 struct RecipeRequest {

@@ -2,8 +2,8 @@
 // sentence per failure to standard error, and answers with the exit code.
 #pragma once
 
+#include "app/Services.h"
 #include "cli/CommandLine.h"
-#include "cli/Services.h"
 #include "recipe/Sidecar.h"
 
 namespace kelvaro {

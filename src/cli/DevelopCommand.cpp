@@ -1,3 +1,4 @@
+#include "cli/AnalysisFiles.h"
 #include "cli/Commands.h"
 
 #include "develop/BrushRaster.h"
@@ -117,14 +118,17 @@ private:
     }
 
     Result<Image> developed(const ImageSource& source, const Adjustments& edit) {
-        const TimedPhase phase(&times_, "analysis");
         return developedPhoto(source, edit, 1, *services_.renderer, *services_.brushes,
-                              cancellation());
+                              cancellation(), &times_);
     }
 
     Result<Picture> developedPicture(const Adjustments& edit) {
         auto source = opened(edit);
         if (!source) return fail(std::move(source).error());
+        if (request_.analysis) {
+            auto done = writeAnalysis(*source, edit, *request_.analysis, services_);
+            if (!done) return fail(std::move(done).error());
+        }
         auto photo = developed(*source, edit);
         if (!photo) return fail(std::move(photo).error());
         const Image image = reduced(straightenedAndCropped(*photo, edit), request_);

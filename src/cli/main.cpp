@@ -75,6 +75,8 @@ CLI::App* addDevelop(CLI::App& app, DevelopRequest& request) {
             "\"scene\": write the scene-linear capture of a RAW file, as 32-bit float TIFF")
         ->check(CLI::IsMember({"scene"}))
         ->excludes(linear);
+    pathOption(command, "--analysis", "Also write what the photo's analysis found into this folder",
+               [&](auto path) { request.analysis = path; });
     command->add_flag("--timings", request.timings, "Print milliseconds per step");
     return command;
 }

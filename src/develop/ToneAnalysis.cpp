@@ -35,9 +35,8 @@ Result<Image> developedGuide(const ImageSource& source, const Adjustments& edit,
     return guide;
 }
 
-Result<ToneMaps> rawToneMaps(const ImageSource& source, const Adjustments& edit, Renderer& renderer,
-                             const Cancellation* cancellation) {
-    ToneNeeds needs = ToneNeeds::of(edit);
+Result<ToneMaps> rawToneMaps(const ImageSource& source, const Adjustments& edit, ToneNeeds needs,
+                             Renderer& renderer, const Cancellation* cancellation) {
     const bool guided = std::exchange(needs.guide, false);
     needs.small = guided;
     auto parts = source.rawToneAnalysis->parts(source.linearCapture, needs, renderer, cancellation);
@@ -60,8 +59,13 @@ Result<ToneMaps> rawToneMaps(const ImageSource& source, const Adjustments& edit,
 
 Result<ToneMaps> toneMaps(const ImageSource& source, const Adjustments& edit, Renderer& renderer,
                           const Cancellation* cancellation) {
-    if (source.isRaw()) return rawToneMaps(source, edit, renderer, cancellation);
-    auto parts = source.analysis->parts(source.bitmap, ToneNeeds::of(edit), renderer, cancellation);
+    return toneMaps(source, edit, ToneNeeds::of(edit), renderer, cancellation);
+}
+
+Result<ToneMaps> toneMaps(const ImageSource& source, const Adjustments& edit, ToneNeeds needs,
+                          Renderer& renderer, const Cancellation* cancellation) {
+    if (source.isRaw()) return rawToneMaps(source, edit, needs, renderer, cancellation);
+    auto parts = source.analysis->parts(source.bitmap, needs, renderer, cancellation);
     if (!parts) return fail(parts.error());
     return toneMapsOf(*parts, edit, analysisShift(edit));
 }

@@ -5,6 +5,7 @@
 
 #include "develop/PhaseTimes.h"
 #include "develop/Pipeline.h"
+#include "develop/ToneMeasurement.h"
 
 namespace kelvaro {
 
@@ -13,6 +14,9 @@ namespace kelvaro {
 // zoom.
 Result<ToneMaps> toneMaps(const ImageSource& source, const Adjustments& edit, Renderer& renderer,
                           const Cancellation* cancellation);
+// The same with the parts that are asked for, whatever the recipe needs.
+Result<ToneMaps> toneMaps(const ImageSource& source, const Adjustments& edit, ToneNeeds needs,
+                          Renderer& renderer, const Cancellation* cancellation);
 
 // The whole photo developed at `scale`, before crop and output, as a lazy image. The measuring is
 // timed as "analysis" where `times` are wanted.

@@ -3,6 +3,8 @@
 #include "cli/CliRunner.h"
 #include "platform/codecs/CodecImageFiles.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cmath>
 
 namespace kelvaro {
@@ -125,6 +127,27 @@ TEST_F(Develop, SpacesAndLinearPictures) {
     const Outcome timed = develop(photo, picture("t.jpg"), {"--timings", "--long-edge", "99"});
     for (const char* step : {"decode", "analysis", "render", "encode", "total"})
         EXPECT_NE(timed.err.find(step), std::string::npos) << timed.err;
+}
+
+// Every part is written whatever the recipe needs, of RAW files and of pictures.
+TEST_F(Develop, AnalysisForPeople) {
+    for (const char* kind : {".dng", ".jpg"}) {
+        const fs::path found = picture(std::string("found") + kind);
+        ASSERT_EQ(develop(sample(kind), picture("a.jpg"),
+                          {"--long-edge", "99", "--analysis", found.string()})
+                      .code,
+                  0);
+        for (const char* name : {"guide.tif", "scene-guide.tif", "haze.tif"}) {
+            const DecodedBitmap map = decoded(found / name);
+            EXPECT_EQ(map.pixels.type, SampleType::f32);
+            EXPECT_EQ(std::max(map.pixels.size.width, map.pixels.size.height), 512) << name;
+        }
+        const auto json = nlohmann::json::parse(contentOf(found / "analysis.json"));
+        EXPECT_LE(json["levels"]["lo"], -2.5);
+        EXPECT_GE(json["levels"]["hi"], 0.5);
+        EXPECT_LT(json["endpoints"]["x"], json["endpoints"]["y"]);
+        EXPECT_EQ(json["airlight"].size(), 3u);
+    }
 }
 
 } // namespace

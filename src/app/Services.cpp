@@ -1,4 +1,4 @@
-#include "cli/Services.h"
+#include "app/Services.h"
 
 #include "platform/codecs/CodecImageFiles.h"
 #include "platform/imaging/TiledRenderer.h"

@@ -1,4 +1,4 @@
-// The parts of the system that the commands work with, put together once at start-up.
+// The parts of the system that every program of ours works with, put together once at start-up.
 #pragma once
 
 #include "base/Cancellation.h"
