@@ -13,7 +13,6 @@ pkg_check_modules(RAW REQUIRED IMPORTED_TARGET libraw_r)
 pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
 pkg_check_modules(LCMS REQUIRED IMPORTED_TARGET lcms2)
 pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
 
 if(KELVARO_TESTS)
     find_package(GTest REQUIRED)

@@ -1,7 +1,5 @@
 #include "platform/imaging/RenderPlan.h"
 
-#include "platform/imaging/Resampling.h"
-
 #include <cmath>
 #include <unordered_map>
 
@@ -29,8 +27,8 @@ PixelRect lanczosInput(const LanczosOperation& op, const PixelRect& rect, const 
     const auto [x0, x1] =
         axis(rect.x, rect.right(), op.scaleX, op.inputOrigin.x, op.outputOrigin.x);
     const auto [y0, y1] = axis(rect.y, rect.top(), op.scaleY, op.inputOrigin.y, op.outputOrigin.y);
-    // Taps are read eight at a time, so a few more columns must be there (their weights are 0).
-    return clampedRect({x0, y0, x1 + 8 - x0, y1 - y0}, from);
+    // Taps are read eight at a time, so a few more pixels must be there (their weights are 0).
+    return clampedRect(outset({x0, y0, x1 - x0, y1 - y0}, 8), from);
 }
 
 PixelRect affineInput(const AffineOperation& op, const PixelRect& rect, const PixelRect& from) {
@@ -76,14 +74,19 @@ PixelRect inputRequirement(const ImageNode& node, std::size_t index, const Pixel
     return rect;
 }
 
+RenderPlan::RenderPlan(const Image& image, const PixelRect& output) : root_(image) {
+    collectSteps();
+    prepareTables(output);
+}
+
 // Depth first without recursion, so that a long chain of masks cannot overflow the stack.
-RenderPlan::RenderPlan(const Image& image) : root_(image) {
+void RenderPlan::collectSteps() {
     std::unordered_map<const ImageNode*, int> finished;
     struct Visit {
         const ImageNode* node;
         std::size_t nextInput = 0;
     };
-    std::vector<Visit> open{{&image.node()}};
+    std::vector<Visit> open{{&root_.node()}};
     while (!open.empty()) {
         Visit& visit = open.back();
         if (finished.contains(visit.node)) {
@@ -92,13 +95,28 @@ RenderPlan::RenderPlan(const Image& image) : root_(image) {
             const ImageNode* input = &visit.node->inputs[visit.nextInput++].node();
             if (!finished.contains(input)) open.push_back({input});
         } else {
-            PlanStep step{visit.node, {}};
+            PlanStep step{visit.node, {}, {}};
             for (const Image& input : visit.node->inputs)
                 step.inputs.push_back(finished.at(&input.node()));
             finished.emplace(visit.node, static_cast<int>(steps_.size()));
             steps_.push_back(std::move(step));
             open.pop_back();
         }
+    }
+}
+
+void RenderPlan::prepareTables(const PixelRect& output) {
+    const std::vector<PixelRect> needed = requirements(output);
+    for (std::size_t i = 0; i < steps_.size(); ++i) {
+        const auto* op = std::get_if<LanczosOperation>(&steps_[i].node->operation);
+        const PixelRect& rect = needed[i];
+        if (!op || rect.isEmpty()) continue;
+        const PixelRect& from = steps_[i].node->inputs[0].extent();
+        const FilterAxis across{op->scaleX, op->inputOrigin.x, op->outputOrigin.x, from.x,
+                                from.right()};
+        const FilterAxis up{op->scaleY, op->inputOrigin.y, op->outputOrigin.y, from.y, from.top()};
+        steps_[i].lanczos = LanczosTables{rect, lanczosTaps(across, rect.x, rect.width),
+                                          lanczosTaps(up, rect.y, rect.height)};
     }
 }
 

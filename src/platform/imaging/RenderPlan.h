@@ -4,19 +4,29 @@
 #pragma once
 
 #include "platform/ImageNode.h"
+#include "platform/imaging/Resampling.h"
 
+#include <optional>
 #include <vector>
 
 namespace kelvaro {
 
+// The weights of a Lanczos step over all that a render delivers of it, worked out once.
+struct LanczosTables {
+    PixelRect output;
+    FilterTaps columns, lines;
+};
+
 struct PlanStep {
     const ImageNode* node;
     std::vector<int> inputs; // indices of earlier steps
+    std::optional<LanczosTables> lanczos;
 };
 
 class RenderPlan {
 public:
-    explicit RenderPlan(const Image& image);
+    // Planned for tiles of `output`.
+    RenderPlan(const Image& image, const PixelRect& output);
     const std::vector<PlanStep>& steps() const {
         return steps_;
     } // the last one is the image itself
@@ -26,6 +36,9 @@ public:
     bool hasNeighbourhoods() const;
 
 private:
+    void collectSteps();
+    void prepareTables(const PixelRect& output);
+
     Image root_; // keeps the nodes alive
     std::vector<PlanStep> steps_;
 };

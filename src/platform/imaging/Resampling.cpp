@@ -42,9 +42,9 @@ int samplingRadius(Sampling sampling) {
 FilterTaps lanczosTaps(const FilterAxis& axis, int firstOutput, int count) {
     const double support = lanczosSupport(axis.scale), narrow = std::min(1.0, axis.scale);
     const int reach = static_cast<int>(std::ceil(2 * support)) + 1;
-    const int stored = axis.storedEnd - axis.storedFirst;
+    const int size = axis.inputEnd - axis.inputFirst;
     FilterTaps table;
-    table.taps = std::min((reach + 7) / 8 * 8, stored);
+    table.taps = std::min((reach + 7) / 8 * 8, size);
     table.first.resize(std::size_t(count));
     table.weights.assign(std::size_t(count) * std::size_t(table.taps), 0.0f);
     std::vector<double> sums(std::size_t(table.taps));
@@ -53,7 +53,7 @@ FilterTaps lanczosTaps(const FilterAxis& axis, int firstOutput, int count) {
             axis.inputOrigin + (firstOutput + i + 0.5 - axis.outputOrigin) / axis.scale;
         const int begin = static_cast<int>(std::ceil(centre - support - 0.5));
         const int end = static_cast<int>(std::floor(centre + support - 0.5)) + 1;
-        const int first = std::clamp(begin, axis.storedFirst, axis.storedEnd - table.taps);
+        const int first = std::clamp(begin, axis.inputFirst, axis.inputEnd - table.taps);
         std::fill(sums.begin(), sums.end(), 0.0);
         double total = 0;
         for (int k = begin; k < end; ++k) {

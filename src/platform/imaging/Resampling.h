@@ -31,8 +31,7 @@ struct FilterTaps {
 
 struct FilterAxis {
     double scale, inputOrigin, outputOrigin;
-    int inputFirst, inputEnd;   // the input's extent on this axis: past it the edge repeats
-    int storedFirst, storedEnd; // the part of it that is at hand and covers all that is needed
+    int inputFirst, inputEnd; // the input's extent on this axis: past it the edge repeats
 };
 
 FilterTaps lanczosTaps(const FilterAxis& axis, int firstOutput, int count);

@@ -152,10 +152,10 @@ private:
         return out;
     }
 
-    Tile evaluate(const PlanStep& step, const PixelRect& rect, const LanczosOperation& op) {
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const LanczosOperation&) {
         const Tile& in = tiles_[std::size_t(step.inputs[0])];
         Tile out(pool_, rect, in.view().hasAlpha());
-        lanczosTile(op, step.node->inputs[0].extent(), in.view(), out.view(), pool_);
+        lanczosTile(*step.lanczos, in.view(), out.view(), pool_);
         return out;
     }
 

@@ -2,16 +2,17 @@
 // tile. `in` covers what inputRequirement asked for, inside the input's extent.
 #pragma once
 
-#include "platform/ImageNode.h"
+#include "platform/imaging/RenderPlan.h"
 #include "platform/imaging/TilePool.h"
 
 namespace kelvaro {
 
-// `extent` is the input image's.
-void lanczosTile(const LanczosOperation& op, const PixelRect& extent, const ConstTileView& in,
-                 const TileView& out, TilePool& pool);
+// The tables cover `out`.
+void lanczosTile(const LanczosTables& tables, const ConstTileView& in, const TileView& out,
+                 TilePool& pool);
 void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
                  const TileView& out, TilePool& pool);
+// `extent` is the input image's.
 void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
                 const TileView& out);
 // `in` covers out.rect with `radius` pixels more on every side.

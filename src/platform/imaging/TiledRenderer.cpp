@@ -10,6 +10,7 @@
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <new>
@@ -40,9 +41,10 @@ private:
 };
 
 // Wide and low for point-wise chains (their planes stay in the second-level cache); taller where a
-// halo around each tile is computed more than once.
-PixelSize tileSize(const RenderPlan& plan) {
-    return plan.hasNeighbourhoods() ? PixelSize{512, 128} : PixelSize{512, 16};
+// halo around each tile is computed more than once, but enough of them to keep all cores busy.
+PixelSize tileSize(const RenderPlan& plan, const PixelRect& rect) {
+    if (!plan.hasNeighbourhoods()) return {512, 16};
+    return {512, std::clamp(rect.height / 12, 16, 128)};
 }
 
 class TiledRenderer : public Renderer {
@@ -117,8 +119,8 @@ private:
     template<class Use>
     bool forEachTile(const Image& image, const PixelRect& rect, const Cancellation* cancellation,
                      const Use& use) {
-        const RenderPlan plan(image);
-        const PixelSize size = tileSize(plan);
+        const RenderPlan plan(image, rect);
+        const PixelSize size = tileSize(plan, rect);
         const int columns = (rect.width + size.width - 1) / size.width;
         const int lines = (rect.height + size.height - 1) / size.height;
         tbb::enumerable_thread_specific<TilePool> pools;
