@@ -43,6 +43,7 @@ private:
     void describeLevels();
     Result<void> checkSize() const;
     Result<void> unpack(const Cancellation* cancellation);
+    void repair();
     Result<SensorImage> processed(int reduction);
     Failure failure(int code) const;
 
