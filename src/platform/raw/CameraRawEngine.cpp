@@ -1,5 +1,6 @@
 #include "platform/raw/CameraRawEngine.h"
 
+#include "platform/raw/BrightnessMatch.h"
 #include "platform/raw/Development.h"
 #include "platform/raw/RasterSource.h"
 #include "platform/raw/RawDecoder.h"
@@ -12,7 +13,8 @@ namespace {
 
 class CameraRawFile final : public RawFile {
 public:
-    explicit CameraRawFile(std::unique_ptr<RawDecoder> decoder) : decoder_(std::move(decoder)) {
+    CameraRawFile(std::unique_ptr<RawDecoder> decoder, std::shared_ptr<ImageReader> previews)
+        : decoder_(std::move(decoder)), previews_(std::move(previews)) {
         const SensorImage& sensor = decoder_->description();
         properties_.size = developedSize(sensor, 1);
         properties_.asShotTemperature = sensor.colour.asShot.kelvin;
@@ -27,6 +29,8 @@ public:
         auto sensor = decoder_->samples(settings.reduction, cancellation);
         if (!sensor) return fail(sensor.error());
         try {
+            matchBrightness(*sensor, cancellation);
+            sensor->exposureStops = properties_.baselineExposureStops;
             auto raster = kelvaro::develop(*sensor, settings.reduction, cancellation);
             if (!raster) {
                 return fail(FailureKind::cancelled,
@@ -42,7 +46,25 @@ public:
     Result<std::optional<EmbeddedPreview>> preview() override { return decoder_->preview(); }
 
 private:
+    void matchBrightness(const SensorImage& sensor, const Cancellation* cancellation) {
+        if (isMatched_ || decoder_->statesExposure() || !previews_) return;
+        isMatched_ = true;
+        const auto preview = decoder_->preview();
+        if (!preview || !*preview) return;
+        constexpr DecodeLimits kLimits{100'000'000, std::int64_t(1) << 29};
+        const auto picture =
+            previews_->decode((*preview)->bytes, decoder_->name(), kLimits, cancellation);
+        if (!picture) {
+            isMatched_ = picture.error().kind != FailureKind::cancelled;
+            return;
+        }
+        const auto stops = matchedStops(previewLuminance(*picture), sensorLuminance(sensor));
+        if (stops) properties_.baselineExposureStops = *stops;
+    }
+
     std::unique_ptr<RawDecoder> decoder_;
+    std::shared_ptr<ImageReader> previews_;
+    bool isMatched_ = false;
     RawProperties properties_;
 };
 
@@ -51,7 +73,8 @@ private:
 Result<std::unique_ptr<RawFile>> CameraRawEngine::open(const std::filesystem::path& path) {
     auto decoder = RawDecoder::open(path);
     if (!decoder) return fail(decoder.error());
-    return std::unique_ptr<RawFile>(std::make_unique<CameraRawFile>(std::move(*decoder)));
+    return std::unique_ptr<RawFile>(
+        std::make_unique<CameraRawFile>(std::move(*decoder), previews_));
 }
 
 } // namespace kelvaro

@@ -3,6 +3,7 @@
 #include "platform/raw/Demosaic.h"
 #include "platform/raw/Highlights.h"
 #include "platform/raw/LocalColour.h"
+#include "platform/raw/MosaicGains.h"
 #include "platform/raw/MosaicReader.h"
 #include "platform/raw/UprightWriter.h"
 
@@ -90,9 +91,10 @@ public:
           colour_(sensor),
           writer_(target, sensor.orientation),
           reduction_(usedReduction(sensor, reduction)) {
-        if (!surroundings_) return;
-        recovered_.emplace(sensor, reader_, highlights_);
-        mosaic_ = &*recovered_;
+        if (surroundings_) mosaic_ = &recovered_.emplace(sensor, reader_, highlights_);
+        if (sensor.corrections && sensor.corrections->hasGains()) {
+            mosaic_ = &gained_.emplace(sensor, *sensor.corrections, *mosaic_);
+        }
     }
     Developer(const Developer&) = delete;
     Developer& operator=(const Developer&) = delete;
@@ -176,7 +178,8 @@ private:
     std::unique_ptr<const LocalColour> surroundings_;
     HighlightRecovery highlights_;
     std::optional<RecoveredMosaic> recovered_;
-    const SplitRows* mosaic_; // the reader, or what highlight recovery makes of it
+    std::optional<GainedMosaic> gained_;
+    const SplitRows* mosaic_; // the last of these that there is
     ColourStep colour_;
     UprightWriter writer_;
     int reduction_;

@@ -44,10 +44,14 @@ enum Tag : std::uint16_t {
     activeArea = 50829,
     forwardMatrix1 = 50964,
     forwardMatrix2 = 50965,
+    opcodeList1 = 51008,
+    opcodeList2 = 51009,
+    opcodeList3 = 51022,
     baselineExposureOffset = 51109,
 };
 
 constexpr int kMosaic = 32803, kLinear = 34892;
+constexpr std::size_t kMaximumOpcodeBytes = 16 << 20;
 
 bool areFinite(const std::vector<double>& values) {
     return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
@@ -236,6 +240,9 @@ std::optional<DngTags> readDngTags(const TiffFile& file, int width, int height,
     tags.white = raw->numbers(whiteLevel, kMaximumChannels);
     if (!areFinite(tags.white)) tags.white.clear();
     tags.filters = readFilters(*raw);
+    for (const std::uint16_t list : {opcodeList1, opcodeList2, opcodeList3}) {
+        addOpcodes(raw->bytes(list, kMaximumOpcodeBytes), tags.corrections);
+    }
     tags.colour = readColour(all.front());
     const int turn = integer(all.front(), orientation, 1);
     tags.orientation = turn >= 1 && turn <= 8 ? turn : 1;

@@ -2,6 +2,7 @@
 // out, so that a caller falls back to what it knows otherwise.
 #pragma once
 
+#include "platform/raw/DngOpcodes.h"
 #include "platform/raw/SensorImage.h"
 #include "platform/raw/TiffDirectory.h"
 
@@ -19,6 +20,7 @@ struct DngTags {
     std::optional<BlackLevels> black;      // origin at the active area's corner
     std::vector<double> white;             // one, or one per sample
     std::optional<ColourFilters> filters;  // relative to the active area's corner
+    OpcodeCorrections corrections;
     CameraMatrices colour;
     int orientation = 1;
     double baselineExposureStops = 0;

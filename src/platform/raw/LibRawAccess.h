@@ -30,6 +30,8 @@ public:
 
     // After unpack(): points the image at the samples; false when there are none.
     bool attachSamples(SensorImage& image);
+    // The same samples, to be repaired before anybody reads them; none when they are not integers.
+    std::uint16_t* mutableSamples() { return imgdata.rawdata.raw_image; }
     // The library's own black level, balance and demosaic; returns its error code.
     int process(const ChannelValues& balance, bool half);
     void attachProcessed(SensorImage& image);

@@ -1,5 +1,6 @@
 #include "platform/raw/RawDecoder.h"
 
+#include "platform/raw/BadPhotosites.h"
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
 #include "platform/raw/SensorStatistics.h"
@@ -22,6 +23,7 @@ constexpr std::uint64_t kMaximumPreviewBytes = 128 << 20;
 // Decoders look a little ahead; more than this missing means that the picture breaks off.
 constexpr INT64 kMissingTolerated = 4096;
 constexpr auto kTimeLimit = 9s;
+constexpr float kStuckMargin = 0.02f; // of the range from black to white
 
 int exifOrientation(int flip) {
     constexpr std::array<int, 8> codes{1, 2, 4, 3, 5, 8, 6, 7};
@@ -134,6 +136,7 @@ void RawDecoder::describe() {
         d.crop = library_->cameraCrop(d.active);
     }
     d.orientation = dng_ ? dng_->orientation : exifOrientation(data.sizes.flip);
+    d.corrections = dng_ ? &dng_->corrections : nullptr;
     d.exposureStops = dng_ ? dng_->baselineExposureStops : 0;
     d.layout = library_->layout();
     needsProcessing_ = library_->needsProcessing();
@@ -212,7 +215,22 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     if (stream_->missingBytes() > kMissingTolerated) return fail(failure(LIBRAW_IO_ERROR));
     isUnpacked_ = true;
     describeLevels(); // some formats measure their levels while unpacking
+    repair();
     return {};
+}
+
+void RawDecoder::repair() {
+    SensorImage image = description_;
+    std::uint16_t* samples = library_->mutableSamples();
+    if (image.layout != SensorLayout::bayer || !samples || !library_->attachSamples(image)) return;
+    const SensorRect& active = image.active;
+    const BayerSamples bayer{samples + active.top * image.stride + active.left, image.stride,
+                             active.width, active.height};
+    if (dng_) repairListed(bayer, dng_->corrections.badPoints);
+    const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
+    const float range = std::clamp(image.white[1] - black, 0.0f, 65535.0f);
+    repairStuck(bayer, std::uint16_t(std::clamp(black, 0.0f, 65535.0f)),
+                std::uint16_t(kStuckMargin * range));
 }
 
 Result<SensorImage> RawDecoder::samples(int reduction, const Cancellation* cancellation) {

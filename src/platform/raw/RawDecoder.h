@@ -34,6 +34,8 @@ public:
     Result<SensorImage> samples(int reduction, const Cancellation* cancellation);
     // The largest embedded JPEG.
     Result<std::optional<EmbeddedPreview>> preview();
+    // Whether the file itself says how far to brighten.
+    bool statesExposure() const { return dng_.has_value(); }
     const std::string& name() const { return name_; } // of the file, for messages
 
 private:
@@ -43,6 +45,7 @@ private:
     void describeLevels();
     Result<void> checkSize() const;
     Result<void> unpack(const Cancellation* cancellation);
+    void repair();
     Result<SensorImage> processed(int reduction);
     Failure failure(int code) const;
 

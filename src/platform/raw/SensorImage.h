@@ -58,6 +58,8 @@ struct BlackLevels {
     float at(int row, int column, int channel) const;
 };
 
+struct OpcodeCorrections;
+
 struct SensorImage {
     SensorLayout layout = SensorLayout::bayer;
     int width = 0, height = 0;
@@ -75,9 +77,10 @@ struct SensorImage {
     CameraColour colour;
     // Balanced values at which the channels of a saturated photosite stand.
     std::array<float, kMaximumChannels> saturation{1, 1, 1, 1};
-    bool isReduced = false;   // already at half size
-    int orientation = 1;      // EXIF
-    double exposureStops = 0; // baseline exposure
+    const OpcodeCorrections* corrections = nullptr; // of a DNG; owned by the decoder
+    bool isReduced = false;                         // already at half size
+    int orientation = 1;                            // EXIF
+    double exposureStops = 0;                       // baseline exposure
 };
 
 } // namespace kelvaro

@@ -28,6 +28,7 @@ struct SyntheticDng {
     // Rows X, Y, Z of linear Rec. 709 inverted: camera values are the scene's.
     std::array<double, 9> matrix{3.2409699, -1.5373832, -0.4986108, -0.9692436, 1.8759675,
                                  0.0415551, 0.0556301,  -0.2039770, 1.0569715};
+    std::vector<int> opcodeList1, opcodeList2; // bytes
     // Scene value of a channel at (row, column) of the active area; 1 saturates.
     std::function<double(int row, int column, int channel)> scene;
 
@@ -51,6 +52,9 @@ public:
     }
     void octets(int tag, const std::vector<int>& v) {
         entry(tag, 1, v.size(), pack<std::uint8_t>(v));
+    }
+    void undefined(int tag, const std::vector<int>& v) {
+        entry(tag, 7, v.size(), pack<std::uint8_t>(v));
     }
     void text(int tag, const std::string& v) {
         entry(tag, 2, v.size() + 1, std::vector<std::uint8_t>(v.c_str(), v.c_str() + v.size() + 1));
@@ -175,6 +179,8 @@ inline std::vector<std::uint8_t> SyntheticDng::bytes() const {
     t.rationals(50728, {neutral.begin(), neutral.end()}, false);
     t.rationals(50730, {exposureStops});
     t.shorts(50778, {21});
+    if (!opcodeList1.empty()) t.undefined(51008, opcodeList1);
+    if (!opcodeList2.empty()) t.undefined(51009, opcodeList2);
     t.longs(50829, {active[0], active[1], active[2], active[3]});
     return t.file(pixels);
 }

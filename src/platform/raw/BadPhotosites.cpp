@@ -1,0 +1,139 @@
+#include "platform/raw/BadPhotosites.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "platform/raw/BadPhotosites.cpp"
+#ifndef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#endif
+#include <hwy/foreach_target.h> // must come before highway.h
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <array>
+
+HWY_BEFORE_NAMESPACE();
+namespace kelvaro {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Whether any of the photosites 2 … width − 3 of a row stands alone. `line` is its first photosite;
+// two rows above and below exist.
+bool standsAlone(const std::uint16_t* line, std::ptrdiff_t stride, int from, int to,
+                 std::uint16_t black, std::uint16_t margin) {
+    const hn::ScalableTag<std::uint16_t> tag;
+    const auto level = hn::Set(tag, black), least = hn::Set(tag, margin);
+    auto found = hn::Zero(tag);
+    const std::ptrdiff_t around[12] = {-stride - 1, -stride,    -stride + 1, -1,
+                                       1,           stride - 1, stride,      stride + 1,
+                                       -2,          2,          -2 * stride, 2 * stride};
+    const int lanes = int(hn::Lanes(tag));
+    for (int x = from; x < to; x += lanes) {
+        // The last group is moved back so that it ends with the row.
+        const std::uint16_t* p = line + std::min(x, std::max(from, to - lanes));
+        auto high = hn::LoadU(tag, p + around[0]);
+        auto low = high;
+        for (int i = 1; i < 12; ++i) {
+            const auto v = hn::LoadU(tag, p + around[i]);
+            high = hn::Max(high, v);
+            low = hn::Min(low, v);
+        }
+        const auto own = hn::LoadU(tag, p);
+        const auto value = hn::SaturatedSub(own, level);
+        const auto brightest = hn::SaturatedSub(high, level),
+                   darkest = hn::SaturatedSub(low, level);
+        const auto triple = hn::SaturatedAdd(brightest, hn::SaturatedAdd(brightest, brightest));
+        const auto tooHigh = hn::SaturatedSub(hn::SaturatedSub(value, least), triple);
+        const auto tooLow = hn::SaturatedSub(
+            hn::SaturatedSub(darkest, least),
+            hn::SaturatedAdd(hn::SaturatedAdd(value, value), hn::SaturatedAdd(value, value)));
+        found = hn::Or(found, hn::Or(tooHigh, tooLow));
+    }
+    return !hn::AllTrue(tag, hn::Eq(found, hn::Zero(tag)));
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace kelvaro
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kelvaro {
+
+HWY_EXPORT(standsAlone);
+
+namespace {
+
+std::uint16_t meanAround(const BayerSamples& samples, int row, int column,
+                         const std::vector<bool>* bad) {
+    unsigned sum = 0, count = 0;
+    for (const auto& [dy, dx] : {std::array{-2, 0}, {2, 0}, {0, -2}, {0, 2}}) {
+        const int y = row + dy, x = column + dx;
+        if (y < 0 || x < 0 || y >= samples.height || x >= samples.width) continue;
+        if (bad && (*bad)[std::size_t(y) * std::size_t(samples.width) + std::size_t(x)]) continue;
+        sum += samples.first[y * samples.stride + x];
+        ++count;
+    }
+    return count ? std::uint16_t((sum + count / 2) / count)
+                 : samples.first[row * samples.stride + column];
+}
+
+bool isAlone(const std::uint16_t* p, std::ptrdiff_t stride, int black, int margin) {
+    int high = 0, low = 65535;
+    for (const std::ptrdiff_t d :
+         {-stride - 1, -stride, -stride + 1, std::ptrdiff_t(-1), std::ptrdiff_t(1), stride - 1,
+          stride, stride + 1, std::ptrdiff_t(-2), std::ptrdiff_t(2), -2 * stride, 2 * stride}) {
+        high = std::max<int>(high, p[d]);
+        low = std::min<int>(low, p[d]);
+    }
+    const int value = std::max(0, *p - black);
+    return value - margin > 3 * std::max(0, high - black) || low - black - margin > 4 * value;
+}
+
+} // namespace
+
+void repairListed(const BayerSamples& samples, const std::vector<BadPoint>& points) {
+    if (points.empty()) return;
+    std::vector<bool> bad(std::size_t(samples.width) * std::size_t(samples.height));
+    const auto isInside = [&](const BadPoint& p) {
+        return p.row < samples.height && p.column < samples.width;
+    };
+    for (const BadPoint& p : points) {
+        if (isInside(p))
+            bad[std::size_t(p.row) * std::size_t(samples.width) + std::size_t(p.column)] = true;
+    }
+    for (const BadPoint& p : points) {
+        if (isInside(p))
+            samples.first[p.row * samples.stride + p.column] =
+                meanAround(samples, p.row, p.column, &bad);
+    }
+}
+
+int repairStuck(const BayerSamples& samples, std::uint16_t black, std::uint16_t margin) {
+    constexpr int kLanes = 64; // of the widest vectors, and some
+    if (samples.width < kLanes + 4 || samples.height < 5) return 0;
+    std::vector<BadPoint> found;
+    constexpr int kPart = 512;
+    for (int row = 2; row < samples.height - 2; ++row) {
+        const std::uint16_t* line = samples.first + row * samples.stride;
+        for (int from = 2; from < samples.width - 2; from += kPart) {
+            const int to = std::min(from + kPart, samples.width - 2);
+            // Short remainders are looked at together with what is before them.
+            const int begin = std::min(from, std::max(2, to - kLanes));
+            if (!HWY_DYNAMIC_DISPATCH(standsAlone)(line, samples.stride, begin, to, black, margin))
+                continue;
+            for (int x = from; x < to; ++x) {
+                if (isAlone(line + x, samples.stride, black, margin)) found.push_back({row, x});
+            }
+        }
+    }
+    // A sensor with so many is none: leave the picture as it is.
+    if (found.size() > std::size_t(samples.width) * std::size_t(samples.height) / 200) return 0;
+    for (const BadPoint& p : found) {
+        samples.first[p.row * samples.stride + p.column] =
+            meanAround(samples, p.row, p.column, nullptr);
+    }
+    return int(found.size());
+}
+
+} // namespace kelvaro
+#endif

@@ -1,0 +1,74 @@
+#include "platform/raw/BrightnessMatch.h"
+#include "platform/raw/DevelopedPhoto.h"
+
+#include <cmath>
+#include <random>
+
+namespace kelvaro {
+namespace {
+
+// A scene of log-normal brightness and what a camera makes of it.
+std::vector<float> scene(double stops, std::size_t count = 20000) {
+    std::mt19937 random(5);
+    std::normal_distribution<double> normal(-2.8, 1.6);
+    std::vector<float> values;
+    for (std::size_t i = 0; i < count; ++i)
+        values.push_back(float(std::exp2(normal(random) + stops)));
+    return values;
+}
+
+TEST(BrightnessMatch, FindsTheStopsBetweenPreviewAndSensor) {
+    for (const double stops : {-1.2, 0.0, 0.4, 1.1}) {
+        EXPECT_NEAR(*matchedStops(scene(0), scene(-stops)), stops, 0.02);
+    }
+    EXPECT_EQ(*matchedStops(scene(0), scene(-4)), 1.5);
+    EXPECT_EQ(*matchedStops(scene(0), scene(4)), -1.5);
+}
+
+TEST(BrightnessMatch, ContrastAndClippingOfTheCameraDoNotMislead) {
+    auto preview = scene(0);
+    // Shoulder above, crushed shadows below; the mid-tones keep their place.
+    for (float& v : preview)
+        v = v > 0.18f ? 1 - 0.82f * std::exp(-(v - 0.18f) / 0.82f)
+                      : 0.18f * std::pow(v / 0.18f, 1.4f);
+    EXPECT_NEAR(*matchedStops(preview, scene(-0.7)), 0.7, 0.45);
+}
+
+TEST(BrightnessMatch, IsSilentWithoutMidTones) {
+    EXPECT_FALSE(matchedStops(std::vector<float>(5000, 0.99f), scene(0)));
+    EXPECT_FALSE(matchedStops(scene(0), std::vector<float>(5000, 0.0f)));
+    EXPECT_FALSE(matchedStops({}, {}));
+}
+
+// A reader that always sees the same flat grey.
+class GreyReader final : public ImageReader {
+public:
+    Result<DecodedBitmap> decode(const std::filesystem::path&, const DecodeLimits&,
+                                 const Cancellation*) override {
+        return fail(FailureKind::internal, "not asked for");
+    }
+    Result<DecodedBitmap> decode(std::span<const std::byte>, const std::string&,
+                                 const DecodeLimits&, const Cancellation*) override {
+        DecodedBitmap picture;
+        picture.pixels = Bitmap({200, 150}, 3, SampleType::f32);
+        for (int y = 0; y < 150; ++y)
+            std::fill_n(picture.pixels.row<float>(y), 600, 0.2f);
+        return picture;
+    }
+};
+
+TEST(BrightnessMatch, BelongsToFilesThatStateNothing) {
+    if (!std::filesystem::exists(test::photos() / "raw")) GTEST_SKIP() << "no photos";
+    CameraRawEngine engine(std::make_shared<GreyReader>());
+    for (const bool isDng : {true, false}) {
+        auto file = engine.open(test::photos() / "raw" /
+                                (isDng ? "flat_grey.dng" : "Canon PowerShot G2 CRW_0304.CRW"));
+        ASSERT_TRUE(file);
+        ASSERT_TRUE((*file)->develop({0, true, 2}, nullptr));
+        const double stops = (*file)->properties().baselineExposureStops;
+        EXPECT_EQ(std::abs(stops) > 0.01, !isDng) << stops;
+    }
+}
+
+} // namespace
+} // namespace kelvaro

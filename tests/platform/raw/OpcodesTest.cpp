@@ -1,0 +1,163 @@
+#include "platform/raw/BadPhotosites.h"
+#include "platform/raw/DevelopedPhoto.h"
+#include "platform/raw/SyntheticDng.h"
+
+#include <bit>
+#include <cmath>
+#include <random>
+
+namespace kelvaro {
+namespace {
+
+using test::developed;
+using test::SyntheticDng;
+
+// Opcode lists are big-endian.
+class Bytes {
+public:
+    Bytes& u32(std::uint32_t v) { return put(v, 4); }
+    Bytes& real(double v) { return put(std::bit_cast<std::uint64_t>(v), 8); }
+    Bytes& single(float v) { return put(std::bit_cast<std::uint32_t>(v), 4); }
+    std::vector<int> values;
+
+private:
+    Bytes& put(std::uint64_t v, int bytes) {
+        while (bytes-- > 0)
+            values.push_back(int(v >> (8 * bytes) & 255));
+        return *this;
+    }
+};
+
+std::vector<int> listOf(std::uint32_t id, const Bytes& content) {
+    Bytes list;
+    list.u32(1).u32(id).u32(0x01030000).u32(0).u32(std::uint32_t(content.values.size()));
+    list.values.insert(list.values.end(), content.values.begin(), content.values.end());
+    return list.values;
+}
+
+// A map of 2 × 2 gains over 64 × 48 photosites of which it takes every `pitch`th row and column.
+Bytes gainMap(std::uint32_t top, std::uint32_t left, std::uint32_t pitch,
+              const std::array<float, 4>& gains) {
+    Bytes b;
+    b.u32(top).u32(left).u32(48).u32(64).u32(0).u32(1).u32(pitch).u32(pitch).u32(2).u32(2);
+    b.real(1).real(1).real(0).real(0).u32(1);
+    for (const float g : gains)
+        b.single(g);
+    return b;
+}
+
+TEST(Opcodes, GainMapsMultiplyTheirPhotosites) {
+    SyntheticDng dng;
+    dng.scene = [](int, int, int) { return 0.2; };
+    const std::array<float, 4> gains{1, 2, 3, 4};
+    dng.opcodeList2 = listOf(9, gainMap(0, 0, 1, gains));
+    auto path = dng.write("gain.dng");
+    for (const int reduction : {1, 2}) {
+        const Raster raster = developed(path, {0, true, reduction});
+        for (const auto& [row, column] : {std::pair{10, 50}, {30, 20}, {40, 60}, {2, 2}}) {
+            const double y = (row + reduction / 2.0) / 48, x = (column + reduction / 2.0) / 64;
+            const double gain = (1 - y) * (1 + x) + y * (3 + x);
+            for (int c = 0; c < 3; ++c) {
+                EXPECT_NEAR(raster.row(c, row / reduction)[column / reduction], 0.2 * gain, 0.012)
+                    << row << " " << column;
+            }
+        }
+    }
+    // Only the red ones of RGGB.
+    dng.opcodeList2 = listOf(9, gainMap(0, 0, 2, {2, 2, 2, 2}));
+    path = dng.write("gain.dng");
+    const Raster raster = developed(path, {0, true, 2});
+    EXPECT_NEAR(raster.row(0, 10)[10], 0.4, 1e-3);
+    EXPECT_NEAR(raster.row(1, 10)[10], 0.2, 1e-3);
+    EXPECT_NEAR(raster.row(2, 10)[10], 0.2, 1e-3);
+    std::filesystem::remove(path);
+}
+
+TEST(Opcodes, RadialGainGrowsTowardsTheCorner) {
+    SyntheticDng dng;
+    dng.scene = [](int, int, int) { return 0.2; };
+    Bytes b;
+    b.real(0.5).real(0.25).real(0).real(0).real(0).real(0.5).real(0.5);
+    dng.opcodeList2 = listOf(3, b);
+    const auto path = dng.write("radial.dng");
+    const Raster raster = developed(path, {0, true, 1});
+    std::filesystem::remove(path);
+    const double r2 = (std::pow(8.5 - 24, 2) + std::pow(5.5 - 32, 2)) / (24.0 * 24 + 32 * 32);
+    EXPECT_NEAR(raster.row(1, 8)[5], 0.2 * (1 + 0.5 * r2 + 0.25 * r2 * r2), 0.002);
+    EXPECT_NEAR(raster.row(1, 24)[32], 0.2, 0.001);
+}
+
+TEST(Opcodes, ListedPhotositesAreReplaced) {
+    SyntheticDng dng;
+    // Two neighbours of one colour, as no search for single ones finds them.
+    dng.scene = [](int row, int column, int) {
+        return row == 20 && (column == 30 || column == 32) ? 0.9 : 0.2;
+    };
+    Bytes b;
+    b.u32(0).u32(2).u32(0).u32(20).u32(30).u32(20).u32(32);
+    dng.opcodeList1 = listOf(5, b);
+    const auto path = dng.write("bad.dng");
+    const Raster raster = developed(path, {0, true, 1});
+    std::filesystem::remove(path);
+    for (int c = 0; c < 3; ++c) {
+        for (int x = 26; x < 38; ++x)
+            EXPECT_NEAR(raster.row(c, 20)[x], 0.2, 1e-3);
+    }
+}
+
+TEST(Opcodes, DamagedListsAreIgnored) {
+    std::mt19937 random(3);
+    SyntheticDng dng;
+    dng.scene = [](int, int, int) { return 0.2; };
+    const auto sound = listOf(9, gainMap(0, 0, 1, {1, 1, 1, 1}));
+    for (int round = 0; round < 60; ++round) {
+        dng.opcodeList2 = sound;
+        for (int i = 0; i < 4; ++i)
+            dng.opcodeList2[random() % dng.opcodeList2.size()] = int(random() & 255);
+        if (round % 3 == 0) dng.opcodeList2.resize(5 + random() % (sound.size() - 5));
+        const auto path = dng.write("damaged_list.dng");
+        const Raster raster = developed(path, {0, true, 2});
+        ASSERT_EQ(raster.extent().width, 32) << "round " << round;
+        EXPECT_TRUE(std::isfinite(raster.row(1, 10)[10]));
+        std::filesystem::remove(path);
+    }
+}
+
+TEST(BadPhotosites, StuckOnesGoAndPicturesStay) {
+    constexpr int width = 150, height = 40;
+    std::mt19937 random(11);
+    std::vector<std::uint16_t> samples(std::size_t(width) * height);
+    for (auto& v : samples)
+        v = std::uint16_t(1000 + random() % 400);
+    // A star as a lens draws it, a bright line and an edge.
+    const auto at = [&](int y, int x) -> std::uint16_t& {
+        return samples[std::size_t(y * width + x)];
+    };
+    for (int y = -1; y <= 1; ++y) {
+        for (int x = -1; x <= 1; ++x)
+            at(10 + y, 30 + x) = std::uint16_t(x || y ? 6000 : 14000);
+    }
+    for (int x = 60; x < 90; ++x)
+        at(20, x) = 15000;
+    for (int y = 25; y < 40; ++y) {
+        for (int x = 100; x < width; ++x)
+            at(y, x) = 12000;
+    }
+    const auto before = samples;
+    const std::pair<int, int> stuck[] = {{5, 5}, {2, 2}, {37, 90}, {15, 147}, {30, 120}};
+    for (const auto& [y, x] : stuck)
+        at(y, x) = y == 30 ? 520 : 15871;
+    const BayerSamples view{samples.data(), width, width, height};
+    EXPECT_EQ(repairStuck(view, 512, 300), 5);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const int was = before[std::size_t(y * width + x)];
+            EXPECT_NEAR(at(y, x), was,
+                        std::count(std::begin(stuck), std::end(stuck), std::pair{y, x}) ? 400 : 0)
+                << x << ", " << y;
+        }
+    }
+}
+
+} // namespace
+} // namespace kelvaro
