@@ -6,6 +6,7 @@
 #include "platform/raw/MosaicGains.h"
 #include "platform/raw/MosaicReader.h"
 #include "platform/raw/UprightWriter.h"
+#include "platform/raw/XTransDemosaic.h"
 
 #include <tbb/blocked_range2d.h>
 #include <tbb/enumerable_thread_specific.h>
@@ -30,6 +31,8 @@ struct Workshop {
     std::vector<float> planes[kMaximumChannels + 1]; // channels, then rows of the mosaic
     float* row(int channel, int y) { return planes[channel].data() + y * kTileWidth; }
     BayerDemosaic demosaic;
+    std::optional<XTransDemosaic> xTrans; // made when first needed
+    std::vector<float> wide[4];           // its mosaic and planes
 };
 
 // The camera matrix with the exposure.
@@ -109,6 +112,8 @@ public:
             demosaic(tile, shop);
         } else if (isMosaic) {
             halve(tile, shop);
+        } else if (sensor_.layout == SensorLayout::xTrans) {
+            demosaicXTrans(tile, shop);
         } else {
             read(tile, shop);
         }
@@ -130,6 +135,41 @@ private:
                               tile.width, tile.height};
         float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
         shop.demosaic.run(*mosaic_, reader_.phase(), area, planes, kTileWidth);
+    }
+    // At half size from means of 2 × 2 finished pixels: its pattern has no smaller unit with all
+    // colours.
+    void demosaicXTrans(const SensorRect& tile, Workshop& shop) const {
+        constexpr int kBorder = XTransDemosaic::kBorder;
+        const int width = reduction_ * kTileWidth + 2 * kBorder,
+                  height = reduction_ * kTileHeight + 2 * kBorder;
+        if (!shop.xTrans) {
+            shop.xTrans.emplace(sensor_.filters, width, height);
+            for (auto& plane : shop.wide)
+                plane.resize(std::size_t(width) * std::size_t(height));
+        }
+        const int top = sensor_.crop.top + reduction_ * tile.top - kBorder;
+        const int left = sensor_.crop.left + reduction_ * tile.left - kBorder;
+        const int usedWidth = reduction_ * tile.width + 2 * kBorder;
+        const int usedHeight = reduction_ * tile.height + 2 * kBorder;
+        for (int y = 0; y < usedHeight; ++y) {
+            reader_.row(top + y, left, usedWidth, 0, shop.wide[3].data() + y * width);
+        }
+        float* const planes[3] = {shop.wide[0].data(), shop.wide[1].data(), shop.wide[2].data()};
+        shop.xTrans->run(shop.wide[3].data(), width, usedWidth, usedHeight, top, left, planes);
+        for (int c = 0; c < 3; ++c) {
+            for (int row = 0; row < tile.height; ++row) {
+                const float* from = planes[c] + (reduction_ * row + kBorder) * width + kBorder;
+                float* out = shop.row(c, row);
+                if (reduction_ == 1) {
+                    std::copy_n(from, tile.width, out);
+                    continue;
+                }
+                for (int x = 0; x < tile.width; ++x) {
+                    out[x] = 0.25f * (from[2 * x] + from[2 * x + 1] + from[2 * x + width] +
+                                      from[2 * x + 1 + width]);
+                }
+            }
+        }
     }
     // One pixel of every 2 × 2 photosites: red, the mean of the greens, blue.
     void halve(const SensorRect& tile, Workshop& shop) const {

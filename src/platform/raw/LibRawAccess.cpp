@@ -44,8 +44,7 @@ SensorLayout LibRawAccess::layout() {
 
 bool LibRawAccess::needsProcessing() {
     const auto& id = imgdata.idata;
-    if (id.filters == LIBRAW_XTRANS) return true;
-    if (id.filters == 0) return false;
+    if (id.filters == 0 || id.filters == LIBRAW_XTRANS) return false;
     if (is_fuji_rotated() || id.colors != 3 || is_phaseone_compressed()) return true;
     // Ours repeats after two rows; some old sensors after eight.
     const unsigned row = id.filters & 0xff;

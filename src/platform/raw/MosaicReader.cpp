@@ -20,6 +20,15 @@ int mirrored(int at, int first, int length) {
     return first + std::min(inside, period - inside);
 }
 
+// The place inside that shows what lies beyond the edge, through the same filter: mirrored where
+// the pattern repeats after two photosites, moved by whole periods where it is larger.
+int inside(int at, int first, int length, int period) {
+    if (period == 2 || length < period) return mirrored(at, first, length);
+    if (at < first) return first + remainder(at - first, period);
+    const int last = first + length - 1;
+    return at > last ? last - remainder(last - at, period) : at;
+}
+
 } // namespace
 
 MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
@@ -54,7 +63,8 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
 
 void MosaicReader::row(int row, int column, int count, int channel, float* out) const {
     const SensorRect& active = sensor_.active;
-    const int y = mirrored(row, active.top, active.height);
+    const int period = sensor_.layout == SensorLayout::xTrans ? 6 : 2;
+    const int y = inside(row, active.top, active.height, period);
     const int tableRow = channel * tableRows_ + remainder(y - active.top, tableRows_);
     const auto at = std::size_t(tableRow) * std::size_t(active.width);
     const float* black = black_.data() + at - active.left;
@@ -74,11 +84,11 @@ void MosaicReader::row(int row, int column, int count, int channel, float* out) 
         const int from = std::clamp(active.left - column, 0, count);
         const int to = std::clamp(active.right() - column, from, count);
         for (int i = 0; i < from; ++i)
-            out[i] = value(mirrored(column + i, active.left, active.width));
+            out[i] = value(inside(column + i, active.left, active.width, period));
         for (int i = from; i < to; ++i)
             out[i] = value(column + i);
         for (int i = to; i < count; ++i)
-            out[i] = value(mirrored(column + i, active.left, active.width));
+            out[i] = value(inside(column + i, active.left, active.width, period));
     };
     if (sensor_.integers) {
         values(sensor_.integers);
@@ -101,7 +111,7 @@ void MosaicReader::split(int row, int column, int pairs, float* even, float* odd
         }
         return;
     }
-    const int y = mirrored(row, active.top, active.height);
+    const int y = inside(row, active.top, active.height, 2);
     const auto at = std::size_t(remainder(y - active.top, tableRows_)) * std::size_t(active.width) +
                     std::size_t(column - active.left);
     const float blackEven = black_[at], blackOdd = black_[at + 1];
