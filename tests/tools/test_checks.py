@@ -80,14 +80,14 @@ LINKS = {
     "src/platform/codecs kelvaro_codecs : kelvaro_platform JPEG::JPEG": None,
     "src/platform/imaging kelvaro_imaging : kelvaro_dialect PkgConfig::HWY TBB::tbb": None,
     "src/develop kelvaro_pipeline : kelvaro_dialect": None,
-    "tests/recipe test_recipe : kelvaro_develop PkgConfig::RAW": None,
+    "tests/recipe test_recipe : kelvaro_develop LibRaw::raw_r": None,
     "src/recipe kelvaro_recipe : kelvaro_develop": "recipe may not link kelvaro_develop of develop",
     "src/develop kelvaro_develop : kelvaro_codecs":
         "develop may not link kelvaro_codecs of platform/codecs",
     "src/platform kelvaro_platform : kelvaro_dialect":
         "platform may not link kelvaro_dialect of platform/dialect",
     "src/cli kelvaro-cli : Qt6::Core": "Qt6::Core may be linked only in",
-    "src/platform/codecs kelvaro_codecs : PkgConfig::RAW": "may be linked only in platform/raw",
+    "src/platform/codecs kelvaro_codecs : LibRaw::raw_r": "may be linked only in platform/raw",
     "src/misc kelvaro_misc : kelvaro_base": "the rules do not know",
 }
 
