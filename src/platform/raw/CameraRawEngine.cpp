@@ -20,6 +20,8 @@ public:
         properties_.asShotTemperature = sensor.colour.asShot.kelvin;
         properties_.asShotTint = sensor.colour.asShot.tint;
         properties_.baselineExposureStops = sensor.exposureStops;
+        properties_.supportsSharpness = true;
+        properties_.defaultSharpness = kDefaultSharpness;
     }
 
     const RawProperties& properties() const override { return properties_; }
@@ -31,7 +33,7 @@ public:
         try {
             matchBrightness(*sensor, cancellation);
             sensor->exposureStops = properties_.baselineExposureStops;
-            auto raster = kelvaro::develop(*sensor, settings.reduction, cancellation);
+            auto raster = kelvaro::develop(*sensor, settings, cancellation);
             if (!raster) {
                 return fail(FailureKind::cancelled,
                             "Developing \"" + decoder_->name() + "\" was cancelled.");

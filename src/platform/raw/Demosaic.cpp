@@ -38,11 +38,11 @@ HWY_INLINE V mix(V a, V b, V f) {
 
 // Linear values to the interpolation domain and back: e = v / √(|v| + a), v = e (|e| + √(e² + 4 a))
 // / 2.
-HWY_INLINE V encoded(V v) {
-    return v / hn::Sqrt(hn::Abs(v) + constant(kEncodingToe));
+HWY_INLINE V encoded(V v, float toe) {
+    return v / hn::Sqrt(hn::Abs(v) + constant(toe));
 }
-HWY_INLINE V decoded(V e) {
-    const V root = hn::Sqrt(hn::MulAdd(e, e, constant(4 * kEncodingToe)));
+HWY_INLINE V decoded(V e, float toe) {
+    const V root = hn::Sqrt(hn::MulAdd(e, e, constant(4 * toe)));
     return e * (hn::Abs(e) + root) * constant(0.5f);
 }
 
@@ -271,7 +271,7 @@ void finish(Step s, int row, bool isRedRow, float* red, float* greenOut, float* 
     // Pairs begin at the border; the first output column is the even one.
     constexpr int first = kDemosaicBorder / 2;
     const auto store = [&](V atColour, V atGreen, float* out, int k) {
-        const V colour = decoded(atColour), greens = decoded(atGreen);
+        const V colour = decoded(atColour, s.toe), greens = decoded(atGreen, s.toe);
         const V even = p == 0 ? colour : greens, odd = p == 0 ? greens : colour;
         hn::StoreInterleaved2(even, odd, kTag, out + 2 * (k - first));
     };
@@ -286,8 +286,9 @@ void finish(Step s, int row, bool isRedRow, float* red, float* greenOut, float* 
     }
 }
 
-void work(Step s, const SplitRows& source, BayerPhase phase, const SensorRect& area,
+void work(Step s, const SplitRows& source, BayerPhase phase, const SensorRect& area, float toe,
           float* const* planes, std::ptrdiff_t stride) {
+    s.toe = toe;
     const int top = area.top - kDemosaicBorder, left = area.left - kDemosaicBorder;
     const int height = area.height + 2 * kDemosaicBorder;
     s.pairs = (area.width + 1) / 2 + kDemosaicBorder;
@@ -298,7 +299,7 @@ void work(Step s, const SplitRows& source, BayerPhase phase, const SensorRect& a
         float* const halves[2] = {s.mosaic.tap(t, 0, 0), s.mosaic.tap(t, 1, 0)};
         source.split(top + t, left, s.pairs, halves[0], halves[1]);
         for (float* half : halves) {
-            forPairs(s, [&](int k) { hn::StoreU(encoded(load(half + k)), kTag, half + k); });
+            forPairs(s, [&](int k) { hn::StoreU(encoded(load(half + k), s.toe), kTag, half + k); });
         }
         if (within(t - 3, 3)) {
             differences(s, t - 3);
@@ -332,8 +333,8 @@ BayerDemosaic::BayerDemosaic() : rings_(std::make_unique<Rings>()) {}
 BayerDemosaic::~BayerDemosaic() = default;
 
 void BayerDemosaic::run(const SplitRows& source, BayerPhase phase, const SensorRect& area,
-                        float* const (&planes)[3], std::ptrdiff_t stride) {
-    HWY_DYNAMIC_DISPATCH(work)(*rings_, source, phase, area, planes, stride);
+                        float toe, float* const (&planes)[3], std::ptrdiff_t stride) {
+    HWY_DYNAMIC_DISPATCH(work)(*rings_, source, phase, area, toe, planes, stride);
 }
 
 } // namespace kelvaro

@@ -13,8 +13,9 @@
 
 namespace kelvaro {
 
-// Below it the interpolation domain is linear, so that noise around black is averaged without bias.
-inline constexpr float kEncodingToe = 0.016f;
+// The compressive domain is linear up to about this value, and at least up to a few times the
+// noise, or its averages would darken noisy shadows.
+inline constexpr float kLeastToe = 0.016f;
 
 // How far a result reaches for its input.
 inline constexpr int kDemosaicBorder = 10;
@@ -43,7 +44,7 @@ public:
     // At most kMaximumWidth columns. `source` is asked for kDemosaicBorder rows and columns around
     // the area too; `phase` is the one at the source's (0, 0). Plane rows are `stride` floats apart
     // and written up to the next multiple of 64 columns.
-    void run(const SplitRows& source, BayerPhase phase, const SensorRect& area,
+    void run(const SplitRows& source, BayerPhase phase, const SensorRect& area, float toe,
              float* const (&planes)[3], std::ptrdiff_t stride);
 
 private:

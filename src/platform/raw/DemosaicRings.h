@@ -48,6 +48,7 @@ struct DemosaicRings {
     FullRing mosaic, vertical, horizontal, direction;
     FullRing single[2]; // one row each, at row 0
     ColourRing diagonalP, diagonalQ, diagonal, green, opposite;
+    float toe = kLeastToe;
     int pairs = 0;
     // Column parity of red or blue in an even row, 0 or 1.
     int parity = 0;

@@ -1,10 +1,12 @@
 #include "platform/raw/Development.h"
 
 #include "platform/raw/Demosaic.h"
+#include "platform/raw/Finishing.h"
 #include "platform/raw/Highlights.h"
 #include "platform/raw/LocalColour.h"
 #include "platform/raw/MosaicGains.h"
 #include "platform/raw/MosaicReader.h"
+#include "platform/raw/SensorStatistics.h"
 #include "platform/raw/UprightWriter.h"
 #include "platform/raw/XTransDemosaic.h"
 
@@ -20,7 +22,10 @@ namespace kelvaro {
 
 namespace {
 
-constexpr int kTileWidth = BayerDemosaic::kMaximumWidth, kTileHeight = 128;
+// Tiles with the border that finishing needs.
+constexpr int kTileWidth = BayerDemosaic::kMaximumWidth, kTileHeight = 160;
+
+constexpr float kToePerNoise = 5;
 
 // What one thread needs for one tile.
 struct Workshop {
@@ -31,6 +36,7 @@ struct Workshop {
     std::vector<float> planes[kMaximumChannels + 1]; // channels, then rows of the mosaic
     float* row(int channel, int y) { return planes[channel].data() + y * kTileWidth; }
     BayerDemosaic demosaic;
+    Finishing finishing;
     std::optional<XTransDemosaic> xTrans; // made when first needed
     std::vector<float> wide[4];           // its mosaic and planes
 };
@@ -85,15 +91,21 @@ std::unique_ptr<const LocalColour> surroundingsOf(const SensorImage& sensor,
 
 class Developer {
 public:
-    Developer(const SensorImage& sensor, int reduction, Raster& target)
+    Developer(const SensorImage& sensor, const RawDevelopSettings& settings, Raster& target)
         : sensor_(sensor),
           reader_(sensor),
+          toe_(std::max(kLeastToe, kToePerNoise * darkNoise(sensor, reader_))),
           surroundings_(surroundingsOf(sensor, reader_)),
           highlights_(saturationOf(sensor), surroundings_.get()),
           mosaic_(&reader_),
           colour_(sensor),
           writer_(target, sensor.orientation),
-          reduction_(usedReduction(sensor, reduction)) {
+          reduction_(usedReduction(sensor, settings.reduction)) {
+        finishing_.toe = toe_ * float(std::exp2(sensor.exposureStops));
+        if (!settings.captureOnly) {
+            finishing_.sharpening = sharpeningOf(settings.sharpness, reduction_);
+            finishing_.reducesColourNoise = sensor.colours >= 3;
+        }
         if (surroundings_) mosaic_ = &recovered_.emplace(sensor, reader_, highlights_);
         if (sensor.corrections && sensor.corrections->hasGains()) {
             mosaic_ = &gained_.emplace(sensor, *sensor.corrections, *mosaic_);
@@ -105,8 +117,50 @@ public:
     int columns() const { return sensor_.crop.width / reduction_; }
     int rows() const { return sensor_.crop.height / reduction_; }
 
+    // Measures the noise on a few tiles over the whole picture; without visible colour noise that
+    // step is left out. Call before the first tile.
+    void measureNoise(Workshop& shop) {
+        if (Finishing::border(finishing_) == 0) return;
+        constexpr int kAcross = 5, kDown = 4, kSize = 96;
+        std::vector<Finishing::Sample> samples;
+        for (int i = 0; i < kAcross * kDown; ++i) {
+            const int width = std::min(kSize, columns()), height = std::min(kSize, rows());
+            const SensorRect tile{(columns() - width) * (i % kAcross) / (kAcross - 1),
+                                  (rows() - height) * (i / kAcross) / (kDown - 1), width, height};
+            make(tile, shop);
+            const float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
+            shop.finishing.sample(planes, kTileWidth, width, height, finishing_.toe, samples);
+        }
+        noise_ = noiseModel(std::move(samples));
+        finishing_.reducesColourNoise = finishing_.reducesColourNoise && noise_.hasColourNoise();
+    }
+
+    // What one tile may cover, so that it fits the workshop with its border.
+    int tileWidth() const { return kTileWidth - 2 * Finishing::border(finishing_); }
+    int tileHeight() const { return kTileHeight - 2 * Finishing::border(finishing_); }
+
     // One tile of the picture, in its own coordinates before orientation.
     void tile(const SensorRect& tile, Workshop& shop) const {
+        const int border = Finishing::border(finishing_);
+        const SensorRect wide{tile.left - border, tile.top - border, tile.width + 2 * border,
+                              tile.height + 2 * border};
+        make(wide, shop);
+        float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
+        shop.finishing.run(planes, kTileWidth, wide.width, wide.height, noise_, finishing_);
+        const std::ptrdiff_t inner = border * kTileWidth + border;
+        writer_.write(tile, {planes[0] + inner, planes[1] + inner, planes[2] + inner}, kTileWidth);
+    }
+
+private:
+    // The default at 0, none at −100, three times as much at 100; half of it at half size, where a
+    // pixel's own softness is halved too.
+    static float sharpeningOf(double sharpness, int reduction) {
+        const double s = std::isfinite(sharpness) ? std::clamp(sharpness, -100.0, 100.0) / 100 : 0;
+        return float((s < 0 ? 1 + s : 1 + 2 * s) / reduction);
+    }
+
+    // The working colours of a rectangle, which may reach over the picture's edge.
+    void make(const SensorRect& tile, Workshop& shop) const {
         const bool isMosaic = sensor_.layout == SensorLayout::bayer;
         if (isMosaic && reduction_ == 1) {
             demosaic(tile, shop);
@@ -125,16 +179,13 @@ public:
             }
             colour_.run(rows, tile.width, sensor_.colours);
         }
-        const float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
-        writer_.write(tile, planes, kTileWidth);
     }
 
-private:
     void demosaic(const SensorRect& tile, Workshop& shop) const {
         const SensorRect area{sensor_.crop.left + tile.left, sensor_.crop.top + tile.top,
                               tile.width, tile.height};
         float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
-        shop.demosaic.run(*mosaic_, reader_.phase(), area, planes, kTileWidth);
+        shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, planes, kTileWidth);
     }
     // At half size from means of 2 × 2 finished pixels: its pattern has no smaller unit with all
     // colours.
@@ -155,7 +206,8 @@ private:
             reader_.row(top + y, left, usedWidth, 0, shop.wide[3].data() + y * width);
         }
         float* const planes[3] = {shop.wide[0].data(), shop.wide[1].data(), shop.wide[2].data()};
-        shop.xTrans->run(shop.wide[3].data(), width, usedWidth, usedHeight, top, left, planes);
+        shop.xTrans->run(shop.wide[3].data(), width, usedWidth, usedHeight, top, left, toe_,
+                         planes);
         for (int c = 0; c < 3; ++c) {
             for (int row = 0; row < tile.height; ++row) {
                 const float* from = planes[c] + (reduction_ * row + kBorder) * width + kBorder;
@@ -215,12 +267,15 @@ private:
 
     const SensorImage& sensor_;
     MosaicReader reader_;
+    float toe_; // of the compressive domain, in balanced values
     std::unique_ptr<const LocalColour> surroundings_;
     HighlightRecovery highlights_;
     std::optional<RecoveredMosaic> recovered_;
     std::optional<GainedMosaic> gained_;
     const SplitRows* mosaic_; // the last of these that there is
     ColourStep colour_;
+    FinishingSettings finishing_;
+    NoiseModel noise_;
     UprightWriter writer_;
     int reduction_;
 };
@@ -233,16 +288,18 @@ PixelSize developedSize(const SensorImage& sensor, int reduction) {
     return sensor.orientation >= 5 ? PixelSize{height, width} : PixelSize{width, height};
 }
 
-std::optional<Raster> develop(const SensorImage& sensor, int reduction,
+std::optional<Raster> develop(const SensorImage& sensor, const RawDevelopSettings& settings,
                               const Cancellation* cancellation) {
-    const PixelSize size = developedSize(sensor, reduction);
+    const PixelSize size = developedSize(sensor, settings.reduction);
     Raster raster({0, 0, size.width, size.height}, false);
-    const Developer developer(sensor, reduction, raster);
-    const SensorRect whole{0, 0, developer.columns(), developer.rows()};
+    Developer developer(sensor, settings, raster);
     tbb::enumerable_thread_specific<Workshop> workshops;
+    developer.measureNoise(workshops.local());
+    const SensorRect whole{0, 0, developer.columns(), developer.rows()};
+    const int width = developer.tileWidth(), height = developer.tileHeight();
+    const int across = (whole.width + width - 1) / width,
+              down = (whole.height + height - 1) / height;
     std::atomic<bool> stopped{false};
-    const int across = (whole.width + kTileWidth - 1) / kTileWidth;
-    const int down = (whole.height + kTileHeight - 1) / kTileHeight;
     tbb::parallel_for(tbb::blocked_range2d<int>(0, down, 0, across), [&](const auto& range) {
         for (int r = range.rows().begin(); r < range.rows().end(); ++r) {
             for (int c = range.cols().begin(); c < range.cols().end(); ++c) {
@@ -250,8 +307,8 @@ std::optional<Raster> develop(const SensorImage& sensor, int reduction,
                     stopped = true;
                     return;
                 }
-                const SensorRect tile{c * kTileWidth, r * kTileHeight, kTileWidth, kTileHeight};
-                developer.tile(intersection(whole, tile), workshops.local());
+                developer.tile(intersection(whole, {c * width, r * height, width, height}),
+                               workshops.local());
             }
         }
     });

@@ -9,6 +9,14 @@ namespace {
 constexpr std::size_t kLevels = 65536;
 constexpr int kRowsTaken = 2, kRowsStep = 8; // whole pairs of rows, so that every filter is met
 
+// Of the magnitudes of Gaussian noise a third lie below 0.4307 of its standard deviation.
+float deviation(std::vector<float>& magnitudes) {
+    if (magnitudes.size() < 50) return 0;
+    const auto third = magnitudes.begin() + std::ptrdiff_t(magnitudes.size() / 3);
+    std::nth_element(magnitudes.begin(), third, magnitudes.end());
+    return *third / 0.4307f;
+}
+
 } // namespace
 
 SensorStatistics measure(const SensorImage& sensor) {
@@ -81,6 +89,46 @@ std::array<float, kMaximumChannels> saturationLevels(const SensorImage& sensor,
         if (isCut) levels[c] = std::min(levels[c], level);
     }
     return levels;
+}
+
+float darkNoise(const SensorImage& sensor, const MosaicReader& reader) {
+    constexpr int kRows = 48;
+    constexpr float kRootSix = 2.4494897f; // of a difference 1, −2, 1
+    const bool isMosaic =
+        sensor.layout == SensorLayout::bayer || sensor.layout == SensorLayout::xTrans;
+    const int step = isMosaic ? sensor.filters.period : 1;
+    const int channels = isMosaic ? 1 : std::min(sensor.colours, sensor.channels);
+    const int width = sensor.active.width;
+    if (width < 3 * step) return 0;
+    struct Pair {
+        float level, difference;
+    };
+    std::array<std::vector<Pair>, kMaximumChannels> pairs;
+    std::vector<float> line(std::size_t(width), 0.0f);
+    for (int i = 0; i < kRows; ++i) {
+        const int row = sensor.active.top + int((i + 0.5) * sensor.active.height / kRows);
+        for (int c = 0; c < channels; ++c) {
+            reader.row(row, sensor.active.left, width, c, line.data());
+            for (int x = 0; x + 2 * step < width; x += 5) {
+                const float a = line[std::size_t(x)], b = line[std::size_t(x + step)],
+                            d = line[std::size_t(x + 2 * step)];
+                const int channel = isMosaic ? sensor.filters.at(row, sensor.active.left + x) : c;
+                pairs[std::size_t(channel)].push_back(
+                    {(a + b + d) / 3, std::abs(a - 2 * b + d) / kRootSix});
+            }
+        }
+    }
+    float largest = 0;
+    for (auto& channel : pairs) {
+        const auto half = channel.begin() + std::ptrdiff_t(channel.size() / 2);
+        std::nth_element(channel.begin(), half, channel.end(),
+                         [](const Pair& a, const Pair& b) { return a.level < b.level; });
+        std::vector<float> magnitudes;
+        for (auto at = channel.begin(); at != half; ++at)
+            magnitudes.push_back(at->difference);
+        largest = std::max(largest, deviation(magnitudes));
+    }
+    return std::min(largest, 0.1f);
 }
 
 } // namespace kelvaro

@@ -1,6 +1,7 @@
 // What the samples themselves tell before they are developed.
 #pragma once
 
+#include "platform/raw/MosaicReader.h"
 #include "platform/raw/SensorImage.h"
 
 #include <array>
@@ -23,5 +24,9 @@ SensorStatistics measure(const SensorImage& sensor);
 // little below it, and a channel that is not known to be cut off would tint blown areas.
 std::array<float, kMaximumChannels> saturationLevels(const SensorImage& sensor,
                                                      const SensorStatistics& statistics);
+
+// Standard deviation of the noise in the darker half, in balanced values, of the noisiest channel:
+// from second differences of neighbours of one colour on a few rows. At most 0.1.
+float darkNoise(const SensorImage& sensor, const MosaicReader& reader);
 
 } // namespace kelvaro

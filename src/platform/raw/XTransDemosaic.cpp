@@ -12,11 +12,11 @@ namespace {
 constexpr float kTiny = 1e-4f;
 constexpr int kRadius = 2; // of every window
 
-float encode(float v) {
-    return v / std::sqrt(std::abs(v) + kEncodingToe);
+float encode(float v, float toe) {
+    return v / std::sqrt(std::abs(v) + toe);
 }
-float decode(float e) {
-    return e * (std::abs(e) + std::sqrt(e * e + 4 * kEncodingToe)) * 0.5f;
+float decode(float e, float toe) {
+    return e * (std::abs(e) + std::sqrt(e * e + 4 * toe)) * 0.5f;
 }
 
 } // namespace
@@ -155,14 +155,14 @@ void XTransDemosaic::refineGreen(int row, int column) {
 }
 
 void XTransDemosaic::run(const float* mosaic, std::ptrdiff_t stride, int width, int height, int row,
-                         int column, float* const (&planes)[3]) {
+                         int column, float toe, float* const (&planes)[3]) {
     width_ = width;
     height_ = height;
     row = (row % 6 + 6) % 6;
     column = (column % 6 + 6) % 6;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x)
-            encoded_[std::size_t(y * width + x)] = encode(mosaic[y * stride + x]);
+            encoded_[std::size_t(y * width + x)] = encode(mosaic[y * stride + x], toe);
     }
     measureRoughness(row, column);
     interpolateGreen(row, column);
@@ -189,9 +189,9 @@ void XTransDemosaic::run(const float* mosaic, std::ptrdiff_t stride, int width, 
                                 ? encoded_[i]
                                 : g + predicted(p.blue, green_.data() + i, difference_.data() + i);
             const std::ptrdiff_t at = y * stride + x;
-            planes[0][at] = decode(r);
-            planes[1][at] = decode(g);
-            planes[2][at] = decode(b);
+            planes[0][at] = decode(r, toe);
+            planes[1][at] = decode(g, toe);
+            planes[2][at] = decode(b, toe);
         }
     }
 }

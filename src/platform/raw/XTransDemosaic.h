@@ -22,9 +22,9 @@ public:
     XTransDemosaic(const ColourFilters& filters, int maximumWidth, int maximumHeight);
     // `mosaic` holds width × height linear balanced values, `stride` floats from row to row; its
     // first is the photosite (row, column) of the sensor. Results are valid kBorder inside; one of
-    // the planes may be the mosaic itself.
+    // the planes may be the mosaic itself. `toe` as for the Bayer demosaic.
     void run(const float* mosaic, std::ptrdiff_t stride, int width, int height, int row, int column,
-             float* const (&planes)[3]);
+             float toe, float* const (&planes)[3]);
 
 private:
     struct Neighbour {

@@ -71,8 +71,8 @@ std::vector<float> demosaiced(const Picture& picture, BayerPhase phase, int stri
         float* out[3];
         for (int c = 0; c < 3; ++c)
             out[c] = planes.data() + c * stride * picture.height + left;
-        demosaic.run(mosaic, phase, {left, 0, width, picture.height}, {out[0], out[1], out[2]},
-                     stride);
+        demosaic.run(mosaic, phase, {left, 0, width, picture.height}, kLeastToe,
+                     {out[0], out[1], out[2]}, stride);
     }
     return planes;
 }
@@ -208,7 +208,7 @@ TEST(Demosaic, SixBySixPatternsReachTheirQuality) {
         for (auto& plane : planes)
             plane.resize(mosaic.size());
         XTransDemosaic demosaic(filters, width, height);
-        demosaic.run(mosaic.data(), width, width, height, 0, 0,
+        demosaic.run(mosaic.data(), width, width, height, 0, 0, kLeastToe,
                      {planes[0].data(), planes[1].data(), planes[2].data()});
         const std::ptrdiff_t first = pad * width + pad;
         const double psnr = picture.psnr(

@@ -61,7 +61,7 @@ void referenceDemosaic(const std::vector<float>& given, int width, int height, B
     const std::ptrdiff_t s = width;
     std::vector<float> encoded(given);
     for (float& v : encoded)
-        v /= std::sqrt(std::abs(v) + kEncodingToe);
+        v /= std::sqrt(std::abs(v) + kLeastToe);
     const float* mosaic = encoded.data();
     std::vector<float> vertical(given.size()), diagonal(given.size()), highPassA(given.size()),
         highPassB(given.size());
@@ -157,7 +157,7 @@ void referenceDemosaic(const std::vector<float>& given, int width, int height, B
     });
     for (auto& plane : planes) {
         for (float& e : plane)
-            e *= (std::abs(e) + std::sqrt(e * e + 4 * kEncodingToe)) / 2;
+            e *= (std::abs(e) + std::sqrt(e * e + 4 * kLeastToe)) / 2;
     }
 }
 

@@ -1,0 +1,60 @@
+// The last steps on a developed tile: colour noise reduction and capture sharpening, both in the
+// compressive domain of the demosaic, where photon noise is nearly even. Colour noise is shrunk in
+// an undecimated wavelet decomposition of two colour differences (à trous, J.-L. Starck and F.
+// Murtagh, "Astronomical Image and Data Analysis", 2006) by how it compares with the measured
+// noise; sharpening adds the detail of luminance that stands out from the noise, limited so that
+// edges get no halos.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+namespace kelvaro {
+
+// Standard deviation that falls or rises linearly between two luminances and is even outside.
+struct NoiseLine {
+    float darkAt = 0, lightAt = 1; // encoded luminance
+    float dark = 0, light = 0;
+};
+
+struct NoiseModel {
+    static constexpr int kLevels = 3; // details of 1, 2 and 4 pixels
+    NoiseLine luminance;              // of the finest detail
+    std::array<std::array<NoiseLine, kLevels>, 2> colour{};
+    bool hasColourNoise() const; // enough to be seen
+};
+
+struct FinishingSettings {
+    float sharpening = 0; // 0 off, 1 the default amount
+    bool reducesColourNoise = false;
+    float toe = 0.016f; // of the compressive domain
+};
+
+class Finishing {
+public:
+    // How far a result reaches for its input.
+    static int border(const FinishingSettings& settings);
+
+    // In place on three planes of linear values, width × height with `stride`; valid border()
+    // inside. Values must be finite.
+    void run(float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
+             const NoiseModel& noise, const FinishingSettings& settings);
+    // What a tile contributes to the measurement: its interior's encoded luminance and details, one
+    // pixel in about four. Leaves the planes as they are.
+    struct Sample {
+        float luminance, detail; // of luminance
+        float colour[2][NoiseModel::kLevels];
+    };
+    void sample(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
+                float toe, std::vector<Sample>& samples);
+
+private:
+    void resize(int width, int height);
+    std::vector<float> encoded_[3], luminance_, colour_[2], smooth_, scratch_, sum_;
+};
+
+// From samples of the whole picture; nothing from fewer than a thousand.
+NoiseModel noiseModel(std::vector<Finishing::Sample> samples);
+
+} // namespace kelvaro
