@@ -1,5 +1,6 @@
 #include "platform/raw/Development.h"
 
+#include "platform/raw/ColourStep.h"
 #include "platform/raw/Demosaic.h"
 #include "platform/raw/Finishing.h"
 #include "platform/raw/Highlights.h"
@@ -18,12 +19,15 @@
 #include <cmath>
 #include <memory>
 
+#include <sys/mman.h>
+
 namespace kelvaro {
 
 namespace {
 
 // Tiles with the border that finishing needs.
 constexpr int kTileWidth = BayerDemosaic::kMaximumWidth, kTileHeight = 160;
+constexpr int kTileStride = kTileWidth + 64; // room for the last vector of a row
 
 constexpr float kToePerNoise = 5;
 
@@ -31,44 +35,28 @@ constexpr float kToePerNoise = 5;
 struct Workshop {
     Workshop() {
         for (auto& plane : planes)
-            plane.resize(std::size_t(kTileWidth) * kTileHeight);
+            plane.resize(std::size_t(kTileStride) * kTileHeight);
     }
     std::vector<float> planes[kMaximumChannels + 1]; // channels, then rows of the mosaic
-    float* row(int channel, int y) { return planes[channel].data() + y * kTileWidth; }
+    float* row(int channel, int y) { return planes[channel].data() + y * kTileStride; }
     BayerDemosaic demosaic;
     Finishing finishing;
     std::optional<XTransDemosaic> xTrans; // made when first needed
     std::vector<float> wide[4];           // its mosaic and planes
 };
 
-// The camera matrix with the exposure.
-class ColourStep {
-public:
-    explicit ColourStep(const SensorImage& sensor) {
-        const double gain = std::exp2(sensor.exposureStops);
-        for (std::size_t i = 0; i < 3; ++i) {
-            for (std::size_t c = 0; c < kMaximumChannels; ++c) {
-                matrix_[i][c] = float(sensor.colour.toWorking[i][c] * gain);
-            }
-        }
-    }
-    // The first three rows become red, green and blue; the fourth counts only for four colours.
-    void run(float* const (&rows)[kMaximumChannels], int count, int colours) const {
-        for (int x = 0; x < count; ++x) {
-            float v[kMaximumChannels] = {};
-            for (int c = 0; c < colours; ++c)
-                v[c] = rows[c][x];
-            for (int i = 0; i < 3; ++i) {
-                const float* m = matrix_[i];
-                const float sum = m[0] * v[0] + m[1] * v[1] + m[2] * v[2] + m[3] * v[3];
-                rows[i][x] = std::abs(sum) < 1e9f ? sum : 0.0f;
-            }
-        }
-    }
-
-private:
-    float matrix_[3][kMaximumChannels] = {};
-};
+// Fresh memory costs more than the pixels when it comes in pages of 4 KiB.
+void useLargePages(Raster& raster) {
+#ifdef MADV_HUGEPAGE
+    constexpr std::uintptr_t kPage = 2 << 20;
+    const auto begin = reinterpret_cast<std::uintptr_t>(raster.row(0, 0));
+    const std::uintptr_t from = (begin + kPage - 1) / kPage * kPage;
+    const std::uintptr_t to = (begin + raster.bytes()) / kPage * kPage;
+    if (to > from) ::madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
+#else
+    (void)raster;
+#endif
+}
 
 // A single row or column cannot be halved.
 int usedReduction(const SensorImage& sensor, int reduction) {
@@ -129,7 +117,7 @@ public:
                                   (rows() - height) * (i / kAcross) / (kDown - 1), width, height};
             make(tile, shop);
             const float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
-            shop.finishing.sample(planes, kTileWidth, width, height, finishing_.toe, samples);
+            shop.finishing.sample(planes, kTileStride, width, height, finishing_.toe, samples);
         }
         noise_ = noiseModel(std::move(samples));
         finishing_.reducesColourNoise = finishing_.reducesColourNoise && noise_.hasColourNoise();
@@ -146,9 +134,9 @@ public:
                               tile.height + 2 * border};
         make(wide, shop);
         float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
-        shop.finishing.run(planes, kTileWidth, wide.width, wide.height, noise_, finishing_);
-        const std::ptrdiff_t inner = border * kTileWidth + border;
-        writer_.write(tile, {planes[0] + inner, planes[1] + inner, planes[2] + inner}, kTileWidth);
+        shop.finishing.run(planes, kTileStride, wide.width, wide.height, noise_, finishing_);
+        const std::ptrdiff_t inner = border * kTileStride + border;
+        writer_.write(tile, {planes[0] + inner, planes[1] + inner, planes[2] + inner}, kTileStride);
     }
 
 private:
@@ -177,7 +165,7 @@ private:
             if (!isMosaic && sensor_.colours == 3) {
                 highlights_.run({rows[0], rows[1], rows[2]}, tile.width, 0, 0, 0);
             }
-            colour_.run(rows, tile.width, sensor_.colours);
+            colour_.run(rows, tile.width);
         }
     }
 
@@ -185,7 +173,7 @@ private:
         const SensorRect area{sensor_.crop.left + tile.left, sensor_.crop.top + tile.top,
                               tile.width, tile.height};
         float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
-        shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, planes, kTileWidth);
+        shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, planes, kTileStride);
     }
     // At half size from means of 2 × 2 finished pixels: its pattern has no smaller unit with all
     // colours.
@@ -292,6 +280,7 @@ std::optional<Raster> develop(const SensorImage& sensor, const RawDevelopSetting
                               const Cancellation* cancellation) {
     const PixelSize size = developedSize(sensor, settings.reduction);
     Raster raster({0, 0, size.width, size.height}, false);
+    useLargePages(raster);
     Developer developer(sensor, settings, raster);
     tbb::enumerable_thread_specific<Workshop> workshops;
     developer.measureNoise(workshops.local());

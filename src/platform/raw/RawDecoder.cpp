@@ -216,7 +216,19 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     isUnpacked_ = true;
     describeLevels(); // some formats measure their levels while unpacking
     repair();
+    measureSaturation();
     return {};
+}
+
+void RawDecoder::measureSaturation() {
+    SensorImage image = description_;
+    if (needsProcessing_ || !library_->attachSamples(image)) return;
+    const auto levels = saturationLevels(image, measure(image));
+    const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
+    for (std::size_t c = 0; c < 3; ++c) {
+        description_.saturation[c] =
+            float(image.colour.balance[c]) * (levels[c] - black) / (image.white[c] - black);
+    }
 }
 
 void RawDecoder::repair() {
@@ -245,11 +257,6 @@ Result<SensorImage> RawDecoder::samples(int reduction, const Cancellation* cance
         }
         SensorImage image = description_;
         if (!library_->attachSamples(image)) return fail(failure(LIBRAW_FILE_UNSUPPORTED));
-        const auto levels = saturationLevels(image, measure(image));
-        const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
-        for (std::size_t c = 0; c < 3; ++c) {
-            image.saturation[c] *= (levels[c] - black) / (image.white[c] - black);
-        }
         return image;
     } catch (const std::bad_alloc&) {
         return fail(failure(LIBRAW_UNSUFFICIENT_MEMORY));

@@ -46,6 +46,7 @@ private:
     Result<void> checkSize() const;
     Result<void> unpack(const Cancellation* cancellation);
     void repair();
+    void measureSaturation();
     Result<SensorImage> processed(int reduction);
     Failure failure(int code) const;
 
