@@ -133,7 +133,8 @@ ExifPropertyReader::ExifPropertyReader() {
 }
 
 Result<PhotoProperties> ExifPropertyReader::read(const std::filesystem::path& path) {
-    const std::string name = "\"" + path.filename().string() + "\"";
+    std::string name = "\"";
+    name.append(path.filename().string()).append("\"");
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (!std::filesystem::exists(status)) {

@@ -57,7 +57,8 @@ RawDecoder::RawDecoder(std::unique_ptr<RawStream> stream, std::string name)
 RawDecoder::~RawDecoder() = default;
 
 Failure RawDecoder::failure(int code) const {
-    const std::string file = "\"" + name_ + "\"";
+    std::string file = "\"";
+    file.append(name_).append("\"");
     switch (code) {
     case LIBRAW_CANCELLED_BY_CALLBACK:
         if (stream_->wasCancelled()) {

@@ -91,8 +91,9 @@ TEST_F(Properties, GarbageIsLeftOut) {
     EXPECT_FALSE(garbage.exif.number("ExposureTime")); // 1/0
     for (const auto* dictionary : {&garbage.exif, &garbage.tiff, &garbage.gps}) {
         for (const auto& [key, value] : dictionary->values()) {
-            if (const double* number = std::get_if<double>(&value))
+            if (const double* number = std::get_if<double>(&value)) {
                 EXPECT_TRUE(std::isfinite(*number)) << key;
+            }
         }
     }
     EXPECT_TRUE(of("broken/text_inside.nef").exif.isEmpty());
@@ -124,7 +125,9 @@ TEST_F(Properties, DamagedBytesNeitherCrashNorPrint) {
             std::ofstream(path, std::ios::binary) << damaged;
             const auto read = reader.read(path);
             EXPECT_TRUE(read) << name << " round " << round;
-            if (read && read->storedSize) EXPECT_GT(read->storedSize->width, 0);
+            if (read && read->storedSize) {
+                EXPECT_GT(read->storedSize->width, 0);
+            }
         }
     }
     std::filesystem::remove(path);

@@ -63,7 +63,7 @@ double display(double light) {
 
 // The whole picture in tiles, as three planes with `stride` floats per row.
 std::vector<float> demosaiced(const Picture& picture, BayerPhase phase, int stride) {
-    std::vector<float> planes(std::size_t(3 * stride * picture.height + 64));
+    std::vector<float> planes(std::size_t(stride) * std::size_t(3 * picture.height + 1));
     const MosaicOf mosaic(picture, phase);
     BayerDemosaic demosaic;
     for (int left = 0; left < picture.width; left += BayerDemosaic::kMaximumWidth) {
@@ -206,7 +206,7 @@ TEST(Demosaic, SixBySixPatternsReachTheirQuality) {
                 mosaic.push_back(picture.light.at(y - pad, x - pad, filters.at(y, x)));
         }
         for (auto& plane : planes)
-            plane.resize(mosaic.size());
+            plane.assign(std::size_t(width) * std::size_t(height), 0.0f);
         XTransDemosaic demosaic(filters, width, height);
         demosaic.run(mosaic.data(), width, width, height, 0, 0, kLeastToe,
                      {planes[0].data(), planes[1].data(), planes[2].data()});
