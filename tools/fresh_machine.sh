@@ -69,7 +69,7 @@ timed() {
 
 unmount_all() {
     local point
-    for point in dev/shm proc; do
+    for point in dev/shm sys proc; do
         if mountpoint -q "$root/$point"; then umount "$root/$point" || umount -l "$root/$point"; fi
     done
 }
@@ -84,6 +84,7 @@ copy_apt_settings
 trap unmount_all EXIT
 mkdir -p "$root/dev/shm"
 mount -t proc proc "$root/proc"
+mount -t sysfs -o ro sysfs "$root/sys" # libraries read the processors there
 mount -t tmpfs tmpfs "$root/dev/shm"
 
 rm -rf "$root$place" "$root/srv/photos"
