@@ -14,7 +14,7 @@ Services makeServices(const Cancellation& cancellation) {
                       .random = std::make_unique<SystemRandom>(),
                       .reader = makeImageReader(),
                       .writer = makeImageWriter(),
-                      .raw = std::make_unique<CameraRawEngine>(),
+                      .raw = std::make_unique<CameraRawEngine>(makeImageReader()),
                       .properties = std::make_unique<ExifPropertyReader>(),
                       .renderer = makeTiledRenderer(),
                       .brushes = std::make_unique<BrushRaster>(),
