@@ -48,7 +48,9 @@ TEST_F(FullDisk, DevelopLeavesTheOldPicture) {
             const ExitCode code = runDevelop(request, services);
             failed = files.hasFailed();
             EXPECT_EQ(code, failed ? ExitCode::someFailed : ExitCode::done) << name << call;
-            if (failed) EXPECT_EQ(snapshot(folder.path()), before);
+            if (failed) {
+                EXPECT_EQ(snapshot(folder.path()), before);
+            }
         }
         EXPECT_GT(call, 4);
         EXPECT_NE(contentOf(request.output), "the old picture");

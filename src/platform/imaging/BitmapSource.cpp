@@ -98,8 +98,4 @@ void BitmapSource::read(const TileView& tile) const {
     }
 }
 
-std::shared_ptr<const PixelSource> sourceFrom(Bitmap pixels, ColourDecoding colour) {
-    return std::make_shared<const BitmapSource>(std::move(pixels), std::move(colour));
-}
-
 } // namespace kelvaro

@@ -2,6 +2,7 @@
 
 #include "base/Require.h"
 #include "platform/ImageNode.h"
+#include "platform/imaging/BitmapSource.h"
 #include "platform/imaging/RasterSource.h"
 #include "platform/imaging/WhiteAdaptation.h"
 #include "platform/imaging/kernels/Kernels.h"
@@ -73,6 +74,10 @@ Image imageFrom(std::shared_ptr<const PixelSource> source) {
 
 Image imageFrom(Raster raster) {
     return imageFrom(std::make_shared<const RasterSource>(std::move(raster)));
+}
+
+std::shared_ptr<const PixelSource> sourceFrom(Bitmap pixels, ColourDecoding colour) {
+    return std::make_shared<const BitmapSource>(std::move(pixels), std::move(colour));
 }
 
 Image constantColour(std::array<float, 4> premultiplied) {
