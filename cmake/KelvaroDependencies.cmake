@@ -18,6 +18,7 @@ target_link_libraries(LibRaw::raw_r INTERFACE ${KELVARO_LIBRAW})
 pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
 pkg_check_modules(LCMS REQUIRED IMPORTED_TARGET lcms2)
 pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Svg Widgets)
 
 if(KELVARO_TESTS)
     find_package(GTest REQUIRED)

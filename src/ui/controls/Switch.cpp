@@ -1,0 +1,31 @@
+#include "ui/controls/Switch.h"
+
+#include <QPainter>
+
+namespace kelvaro {
+
+Switch::Switch(const Appearance& appearance, QWidget* parent)
+    : QCheckBox(parent), appearance_(appearance) {
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void Switch::paintEvent(QPaintEvent*) {
+    const Theme& theme = appearance_.theme();
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF track(2, (height() - 20) / 2.0, 36, 20);
+    QColor ground = isChecked() ? theme.primary : blended(theme.secondary, theme.window);
+    if (!isEnabled()) ground = blended(theme.hairline, theme.window);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ground);
+    painter.drawRoundedRect(track, 10, 10);
+    painter.setBrush(isEnabled() ? QColor(Qt::white) : theme.disabled);
+    painter.drawEllipse(QRectF(isChecked() ? track.right() - 18 : track.left() + 2, track.top() + 2,
+                               16, 16));
+    if (!hasFocus()) return;
+    painter.setPen(QPen(theme.accent, 1.5));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(track.adjusted(-1.2, -1.2, 1.2, 1.2), 11, 11);
+}
+
+} // namespace kelvaro

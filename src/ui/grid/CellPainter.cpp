@@ -1,0 +1,127 @@
+#include "ui/grid/CellPainter.h"
+
+#include "ui/theme/Icons.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kelvaro {
+namespace {
+
+// Half of the gap between cells is what a selection may use: 2 px of air, then a line of 2 px that
+// reaches to the middle of the gap.
+constexpr int photoInset = 1;
+constexpr int badgePx = 14, badgeMargin = 6;
+constexpr int smallestCellWithBadges = 56;
+
+const QColor badgeInk("#ffffff");
+
+void paintBadge(QPainter& painter, QPointF at, IconName name, const QColor& colour) {
+    const double ratio = painter.device()->devicePixelRatioF();
+    const QPixmap shadow = iconPixmap(name, badgePx, QColor(0, 0, 0), ratio);
+    painter.setOpacity(0.35);
+    for (const QPointF offset : {QPointF(0, 1), QPointF(-0.7, 0), QPointF(0.7, 0)})
+        painter.drawPixmap(at + offset, shadow);
+    painter.setOpacity(1);
+    painter.drawPixmap(at, iconPixmap(name, badgePx, colour, ratio));
+}
+
+void paintRawBadge(QPainter& painter, QPointF rightTop) {
+    QFont font = interfaceFont(TextRole::caption);
+    font.setPixelSize(9);
+    font.setWeight(QFont::Bold);
+    const QFontMetricsF metrics(font);
+    const QString text = "RAW";
+    const QRectF plate(rightTop.x() - metrics.horizontalAdvance(text) - 8, rightTop.y(),
+                       metrics.horizontalAdvance(text) + 8, badgePx);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, 115));
+    painter.drawRoundedRect(plate, 3, 3);
+    painter.setFont(font);
+    painter.setPen(badgeInk);
+    painter.drawText(plate, Qt::AlignCenter, text);
+}
+
+void paintBadges(QPainter& painter, const QRectF& photo, const QRect& cell, const GridCell& what,
+                 const Theme& theme) {
+    if (cell.width() < smallestCellWithBadges) return;
+    painter.setRenderHint(QPainter::Antialiasing);
+    // On narrow photos the badges stand in the cell's corner instead of on top of each other.
+    const QRectF corners = photo.width() < 52 ? QRectF(cell) : photo;
+    const double bottom = corners.bottom() - badgeMargin - badgePx;
+    double left = corners.left() + badgeMargin;
+    if (what.isFavorite) {
+        paintBadge(painter, {left, bottom}, IconName::favoriteFilled, theme.heart);
+        left += badgePx + 4;
+    }
+    if (what.isEdited) paintBadge(painter, {left, bottom}, IconName::edited, badgeInk);
+    if (what.isMissing) {
+        paintBadge(painter, {corners.left() + badgeMargin, corners.top() + badgeMargin},
+                   IconName::driveMissing, badgeInk);
+    }
+    if (what.isRaw)
+        paintRawBadge(painter, {corners.right() - badgeMargin, corners.top() + badgeMargin});
+    painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+void paintPhoto(QPainter& painter, const QRectF& photo, const CellPicture& picture,
+                const Theme& theme) {
+    const bool covered = !picture.image.isNull() && picture.opacity >= 1;
+    if (!covered)
+        painter.fillRect(photo, picture.average.isValid() ? picture.average : theme.placeholder);
+    if (picture.image.isNull()) return;
+    painter.setOpacity(picture.opacity);
+    const double ratio = painter.device()->devicePixelRatioF();
+    const bool exact = picture.image.size() == (photo.size() * ratio).toSize();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, !exact);
+    painter.drawImage(photo, picture.image);
+    painter.setOpacity(1);
+}
+
+void paintFrame(QPainter& painter, const QRectF& photo, const QColor& colour, double width) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(colour, width));
+    const double out = 2 + width / 2;
+    painter.drawRoundedRect(photo.adjusted(-out, -out, out, out), 3, 3);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+} // namespace
+
+QRectF photoRect(const QRect& cell, QSize shape, double pixelRatio) {
+    const QRectF room = QRectF(cell).adjusted(photoInset, photoInset, -photoInset, -photoInset);
+    QSizeF size = shape.isEmpty() ? QSizeF(3, 2) : QSizeF(shape);
+    size.scale(room.size(), Qt::KeepAspectRatio);
+    const auto whole = [pixelRatio](double length) {
+        return std::max(2.0, std::round(length * pixelRatio)) / pixelRatio;
+    };
+    const QSizeF fitted(whole(size.width()), whole(size.height()));
+    const auto snapped = [pixelRatio](double at) { return std::floor(at * pixelRatio) / pixelRatio; };
+    return {QPointF(snapped(room.left() + (room.width() - fitted.width()) / 2),
+                    snapped(room.top() + (room.height() - fitted.height()) / 2)),
+            fitted};
+}
+
+void paintCell(QPainter& painter, const QRect& rect, const GridCell& cell,
+               const CellPicture& picture, CellState state, const Theme& theme) {
+    const QRectF photo = photoRect(rect, cell.shape, painter.device()->devicePixelRatioF());
+    const int reach = GridLayout::gap / 2;
+    if (state.selected)
+        painter.fillRect(rect.adjusted(-reach, -reach, reach, reach), theme.cell);
+    paintPhoto(painter, photo, picture, theme);
+    if (cell.isMissing) {
+        QColor veil = theme.window;
+        veil.setAlphaF(0.45f);
+        painter.fillRect(photo, veil);
+    }
+    if (state.hovered && !state.selected) painter.fillRect(photo, QColor(255, 255, 255, 15));
+    paintBadges(painter, photo, rect, cell, theme);
+    if (state.selected) {
+        paintFrame(painter, photo, theme.accent, 2);
+    } else if (state.current) {
+        paintFrame(painter, photo, theme.secondary, 1);
+    }
+}
+
+} // namespace kelvaro

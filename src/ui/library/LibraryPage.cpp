@@ -1,0 +1,248 @@
+#include "ui/library/LibraryPage.h"
+
+#include "ui/Texts.h"
+#include "ui/controls/Labels.h"
+#include "ui/controls/Naming.h"
+#include "ui/shell/CommandActions.h"
+
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+
+namespace kelvaro {
+namespace {
+
+constexpr std::array menuCommands{
+    CommandId::openPhoto,       CommandId::favorite,         CommandId::photoInfo,
+    CommandId::copyAdjustments, CommandId::pasteAdjustments, CommandId::revertToOriginal,
+    CommandId::exportPhotos,    CommandId::showFolder,       CommandId::moveToTrash};
+
+IconName iconFor(const EmptyState& state, const Scope& scope, bool isMissing) {
+    if (!state.button.empty() && state.text.find("“") != std::string::npos) return IconName::search;
+    if (isMissing) return IconName::driveMissing;
+    switch (scope.kind) {
+    case Scope::Kind::favorites: return IconName::favorite;
+    case Scope::Kind::edited: return IconName::edited;
+    case Scope::Kind::folder:
+    case Scope::Kind::all: break;
+    }
+    return IconName::photos;
+}
+
+} // namespace
+
+LibraryPage::LibraryPage(const Appearance& appearance, LibraryStore& lib, CellPictures& pictures,
+                         CommandActions& commands, QWidget* window)
+    : appearance_(appearance), lib_(lib), pictures_(pictures), commands_(commands), window_(window),
+      content_(lib, pictures) {
+    sidebar_ = new Sidebar(appearance, this);
+    toolbar_ = new Toolbar(appearance, commands.action(CommandId::exportPhotos),
+                           commands.action(CommandId::profile), this);
+    grid_ = named(new GridView(appearance, content_, this), "grid", words("Photos"),
+                  words("Arrow keys choose a photo, Return opens it"));
+    grid_->setToolTip({});
+    empty_ = new EmptyView(appearance, this);
+    filter_ = new FilterPopover(appearance, window, toolbar_->filterButton());
+    menu_ = new QMenu(this);
+    menu_->setObjectName("photoMenu");
+    for (const CommandId id : menuCommands) {
+        menu_->addAction(commands.action(id));
+        if (id == CommandId::photoInfo || id == CommandId::revertToOriginal) menu_->addSeparator();
+    }
+    makeLayout();
+    bindTools();
+    bindSidebar();
+    bindGrid();
+    observeStore();
+}
+
+void LibraryPage::makeLayout() {
+    title_ = label({}, "heading", this);
+    title_->setObjectName("scopeTitle");
+    subtitle_ = label({}, "secondary", this);
+    subtitle_->setObjectName("subtitle");
+    middle_ = new QStackedWidget(this);
+    middle_->addWidget(grid_);
+    middle_->addWidget(empty_);
+
+    auto* heading = new QHBoxLayout;
+    heading->setContentsMargins(measure::margin, 4, measure::margin, 0);
+    heading->setSpacing(measure::unit);
+    heading->addWidget(title_);
+    heading->addWidget(subtitle_, 1);
+
+    right_ = new QWidget(this);
+    auto* content = new QVBoxLayout;
+    content->setContentsMargins(0, 0, 0, 0);
+    content->setSpacing(measure::unit / 2);
+    content->addWidget(toolbar_);
+    content->addLayout(heading);
+    content->addWidget(middle_, 1);
+    auto* withPanel = new QHBoxLayout(right_);
+    withPanel->setContentsMargins(0, 0, 0, 0);
+    withPanel->setSpacing(0);
+    withPanel->addLayout(content, 1);
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    sidebar_->setFixedWidth(measure::sidebarWidth);
+    row->addWidget(sidebar_);
+    row->addWidget(right_, 1);
+}
+
+void LibraryPage::setSidePanel(QWidget* panel) {
+    right_->layout()->addWidget(panel);
+}
+
+void LibraryPage::bindTools() {
+    toolbar_->onSearch = [this](const QString& text) { lib_.setSearchText(text.toStdString()); };
+    toolbar_->onFilter = [this] { openFilter(); };
+    toolbar_->onSort = [this](SortOrder order) { lib_.setSortOrder(order); };
+    toolbar_->onCellSize = [this](int size) { setCellSize(size); };
+    toolbar_->onLeaveSearch = [this] { grid_->setFocus(); };
+    filter_->onFilter = [this](const PhotoFilter& filter) { lib_.setFilter(filter); };
+    empty_->onButton = [this] { pressEmptyButton(); };
+}
+
+void LibraryPage::bindSidebar() {
+    sidebar_->onScopeChosen = [this](const Scope& scope) { lib_.setScope(scope); };
+    sidebar_->onAddFolder = [this] { onAddFolder(); };
+    sidebar_->onFolderDropped = [this](const auto& folder) { onAddGivenFolder(folder); };
+    sidebar_->onRemoveFolder = [this](const SidebarFolder& folder) { lib_.removeFolder(folder.folder); };
+    sidebar_->onRescanFolder = [this](const SidebarFolder& folder) { lib_.rescanFolder(folder.folder); };
+    sidebar_->onShowFolder = [this](const SidebarFolder& folder) { onShowFolder(folder.folder); };
+}
+
+void LibraryPage::bindGrid() {
+    grid_->onSelectionChanged = [this] { tellSelection(); };
+    grid_->onOpen = [this](int index) { lib_.openEditor(PhotoUrl(content_.photo(index).url)); };
+    grid_->onContextMenu = [this](QPoint at) {
+        if (grid_->selection().selectedCount() > 0) menu_->popup(at);
+    };
+    grid_->onCellSizeWanted = [this](int size) { setCellSize(size); };
+    pictures_.onChanged = [this] { grid_->refresh(); };
+}
+
+void LibraryPage::observeStore() {
+    const auto watch = [this](const auto& subject, auto show) {
+        subscriptions_.push_back(subject.observe(show));
+        show();
+    };
+    watch(lib_.thumbSize(), [this] { grid_->setCellSize(static_cast<int>(lib_.thumbSize().get())); });
+    watch(lib_.view(), [this] { showVisible(); });
+    watch(lib_.selection(), [this] { showSelection(); });
+    watch(lib_.favoriteRevision(), [this] { grid_->refresh(); });
+    watch(lib_.version(), [this] { grid_->refresh(); });
+    watch(lib_.metaRevision(), [this] { grid_->refresh(); });
+    watch(lib_.sidebarState(), [this] {
+        sidebar_->show(lib_.sidebarState().state());
+        showEmptyState();
+    });
+    watch(lib_.gridToolsState(), [this] { toolbar_->showTools(lib_.gridToolsState().state()); });
+    watch(lib_.filterState(), [this] { filter_->show(lib_.filterState().state()); });
+    watch(lib_.gridSubtitle(), [this] { showSubtitle(); });
+    watch(lib_.rootState(), [this] { showSubtitle(); });
+    watch(lib_.searchState(), [this] {
+        toolbar_->showSearch(lib_.searchState().state());
+        if (!lib_.searchState().state().wantsFocus) return;
+        lib_.setSearchFocus(false);
+        toolbar_->searchField()->setFocus(Qt::ShortcutFocusReason);
+        toolbar_->searchField()->selectAll();
+    });
+    watch(lib_.scrollTarget(), [this] {
+        if (const auto target = lib_.scrollTarget().get()) grid_->reveal(content_.indexOf(*target));
+    });
+}
+
+// Other photos are shown: keeps the place where the same photo can be found again.
+void LibraryPage::showVisible() {
+    const auto place = grid_->topPlace();
+    const PhotoUrl topPhoto = place ? content_.photo(place->index).url : PhotoUrl();
+    const int currentIndex = grid_->selection().current();
+    const bool hasCurrent = currentIndex >= 0 && currentIndex < content_.count();
+    const PhotoUrl current = hasCurrent ? content_.photo(currentIndex).url : PhotoUrl();
+    content_.update();
+    grid_->reload();
+    if (place) {
+        if (const int index = content_.indexOf(topPhoto); index >= 0)
+            grid_->restore({index, place->top});
+    }
+    const std::vector<int> selected = content_.indexesOf(lib_.selection().get());
+    grid_->showSelection(selected, current.empty() ? -1 : content_.indexOf(current));
+    showEmptyState();
+}
+
+void LibraryPage::showSelection() {
+    if (telling_) return;
+    const std::vector<int> selected = content_.indexesOf(lib_.selection().get());
+    const int current = grid_->selection().current();
+    grid_->showSelection(selected, selected.size() == 1 ? selected.front() : current);
+}
+
+void LibraryPage::tellSelection() {
+    PhotoSet chosen;
+    const std::vector<int> selected = grid_->selection().indexes();
+    chosen.reserve(selected.size());
+    for (const int index : selected)
+        chosen.insert(content_.photo(index).url);
+    telling_ = true;
+    lib_.setSelection(std::move(chosen));
+    telling_ = false;
+}
+
+void LibraryPage::showSubtitle() {
+    title_->setText(fromUtf8(lib_.rootState().state().windowTitle));
+    subtitle_->setText(words(lib_.gridSubtitle().state()));
+}
+
+void LibraryPage::showEmptyState() {
+    const auto state = lib_.emptyState();
+    middle_->setCurrentWidget(state ? static_cast<QWidget*>(empty_) : grid_);
+    if (!state) return;
+    const Scope& scope = lib_.scope().get();
+    empty_->show(*state, iconFor(*state, scope, lib_.missingFolders().get().contains(scope.folder)));
+}
+
+void LibraryPage::pressEmptyButton() {
+    if (!lib_.searchText().get().empty()) {
+        lib_.setSearchText({});
+        grid_->setFocus();
+    } else if (lib_.filter().get().isActive()) {
+        lib_.setFilter({});
+    } else {
+        onAddFolder();
+    }
+}
+
+void LibraryPage::setCellSize(int wanted) {
+    lib_.setThumbSize(std::clamp(wanted, Toolbar::smallestCell, Toolbar::largestCell));
+}
+
+void LibraryPage::changeCellSize(int steps) {
+    const double factor = steps > 0 ? 1.25 : 0.8;
+    setCellSize(static_cast<int>(std::lround(lib_.thumbSize().get() * factor)));
+}
+
+void LibraryPage::openFilter() {
+    filter_->show(lib_.filterState().state());
+    filter_->open();
+}
+
+void LibraryPage::setShowsSidebar(bool shows) {
+    sidebar_->setVisible(shows);
+}
+
+void LibraryPage::focusSearch() {
+    lib_.setSearchFocus(true);
+}
+
+void LibraryPage::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    content_.setPixelRatio(devicePixelRatioF());
+    if (middle_->currentWidget() == grid_) grid_->setFocus();
+}
+
+} // namespace kelvaro

@@ -1,0 +1,79 @@
+// The library: sidebar, tools, subtitle and the grid, bound to the store. Shows the store's slices and
+// calls its operations; decides nothing itself. Main thread.
+#pragma once
+
+#include "library/LibraryStore.h"
+#include "ui/grid/GridView.h"
+#include "ui/library/CellPictures.h"
+#include "ui/library/EmptyView.h"
+#include "ui/library/FilterPopover.h"
+#include "ui/library/LibraryGridContent.h"
+#include "ui/library/Sidebar.h"
+#include "ui/library/Toolbar.h"
+
+#include <QLabel>
+#include <QMenu>
+#include <QSplitter>
+#include <QStackedWidget>
+
+namespace kelvaro {
+
+class CommandActions;
+
+class LibraryPage final : public QWidget {
+public:
+    LibraryPage(const Appearance& appearance, LibraryStore& lib, CellPictures& pictures,
+                CommandActions& commands, QWidget* window);
+
+    GridView& grid() const { return *grid_; }
+    Sidebar& sidebar() const { return *sidebar_; }
+    Toolbar& toolbar() const { return *toolbar_; }
+    bool showsSidebar() const { return !sidebar_->isHidden(); }
+    void setShowsSidebar(bool shows);
+    void focusSearch();
+    void changeCellSize(int steps);
+    // A panel at the right edge; the page becomes its parent.
+    void setSidePanel(QWidget* panel);
+
+    std::function<void()> onAddFolder;
+    std::function<void(const std::filesystem::path&)> onAddGivenFolder;
+    std::function<void(const std::filesystem::path&)> onShowFolder;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void makeLayout();
+    void bindTools();
+    void bindSidebar();
+    void bindGrid();
+    void observeStore();
+    void showVisible();
+    void showSelection();
+    void showSubtitle();
+    void showEmptyState();
+    void tellSelection();
+    void setCellSize(int wanted);
+    void openFilter();
+    void pressEmptyButton();
+
+    const Appearance& appearance_;
+    LibraryStore& lib_;
+    CellPictures& pictures_;
+    CommandActions& commands_;
+    QWidget* window_;
+    LibraryGridContent content_;
+    Sidebar* sidebar_;
+    Toolbar* toolbar_;
+    QLabel *title_, *subtitle_;
+    QStackedWidget* middle_;
+    GridView* grid_;
+    EmptyView* empty_;
+    QWidget* right_ = nullptr;
+    FilterPopover* filter_;
+    QMenu* menu_;
+    bool telling_ = false; // the selection is on its way to the store
+    std::vector<Subscription> subscriptions_;
+};
+
+} // namespace kelvaro

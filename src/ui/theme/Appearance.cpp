@@ -1,0 +1,21 @@
+#include "ui/theme/Appearance.h"
+
+#include <QApplication>
+#include <QStyle>
+#include <QStyleFactory>
+
+namespace kelvaro {
+
+void Appearance::apply(bool dark, bool moves) {
+    theme_ = dark ? Theme::forDark() : Theme::forLight();
+    moves_ = moves;
+    if (qApp->style()->name() != "fusion" && qApp->styleSheet().isEmpty())
+        QApplication::setStyle(QStyleFactory::create("fusion"));
+    QApplication::setFont(interfaceFont());
+    QApplication::setPalette(paletteOf(theme_));
+    qApp->setStyleSheet(styleSheetOf(theme_));
+    QApplication::setEffectEnabled(Qt::UI_AnimateMenu, false);
+    QApplication::setEffectEnabled(Qt::UI_AnimateCombo, false);
+}
+
+} // namespace kelvaro
