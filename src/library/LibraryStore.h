@@ -15,7 +15,6 @@
 #include "library/LibraryTexts.h"
 #include "library/LibraryViews.h"
 #include "library/Photo.h"
-#include "library/PhotoInfo.h"
 #include "library/PhotoMeta.h"
 #include "library/PhotoQuery.h"
 #include "platform/DriveTable.h"
@@ -35,8 +34,8 @@
 #include <memory>
 #include <optional>
 #include <set>
-#include <span>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace kelvaro {
@@ -59,7 +58,7 @@ struct LibraryServices {
     RenderSessions* sessions = nullptr;
 };
 
-using PhotoSet = std::set<PhotoUrl>;
+using PhotoSet = std::unordered_set<PhotoUrl>;
 
 struct InfoRequest {
     PhotoUrl url;
@@ -165,9 +164,6 @@ public:
     const Published<PhotoSet>& selection() const;
     const Published<std::optional<PhotoUrl>>& scrollTarget() const;
     const Published<std::optional<InfoRequest>>& infoRequest() const;
-    // The answer to the current request; none while it is being read, `PhotoInfo{}` when nothing
-    // is known about the photo.
-    const Published<std::optional<PhotoInfo>>& info() const;
     const Published<std::optional<ExportRequest>>& exportRequest() const;
 
     void setSelection(PhotoSet selection); // prepares the first photo for the editor
@@ -185,8 +181,9 @@ public:
 
     // Does nothing for a photo that is not in the library.
     void openEditor(const PhotoUrl& photo);
-    // The photo `step` places further in the grid (negative: back) goes into the editor.
-    void openNeighbour(int step);
+    // The photo `step` places further in the grid than the open one (negative: back).
+    std::optional<PhotoUrl> neighbour(int step) const;
+    void openNeighbour(int step); // nothing at the ends
     void closeEditor();
     // Takes effect at once, is written soon, and waits where the drive is absent.
     void setAdjustments(const PhotoUrl& photo, const Adjustments& adjustments);

@@ -14,7 +14,7 @@ std::string names(const std::vector<std::string>& urls) {
     return lines;
 }
 
-std::string quoted(std::string_view url) {
+std::string inQuotes(std::string_view url) {
     return fmt::format("“{}”", displayName(url));
 }
 
@@ -36,7 +36,7 @@ std::string sidebarLabel(std::string_view folder, bool isMissing) {
 Alert trashQuestion(const std::vector<PhotoUrl>& photos) {
     Alert alert{.confirm = "Move to Trash", .cancel = "Cancel"};
     if (photos.size() == 1) {
-        alert.title = fmt::format("Move {} to the Trash?", quoted(photos.front()));
+        alert.title = fmt::format("Move {} to the Trash?", inQuotes(photos.front()));
         alert.text = "You can put it back from the Trash. Its edits are kept and return with it.";
     } else {
         alert.title = fmt::format("Move {} photos to the Trash?", photos.size());
@@ -48,7 +48,7 @@ Alert trashQuestion(const std::vector<PhotoUrl>& photos) {
 
 Alert deleteQuestion(const std::vector<PhotoUrl>& photos) {
     const std::string who =
-        photos.size() == 1 ? quoted(photos.front()) : fmt::format("{} photos", photos.size());
+        photos.size() == 1 ? inQuotes(photos.front()) : fmt::format("{} photos", photos.size());
     return {.text = who + " can't be moved to the Trash."
                           "\n\nDelete immediately instead? This can't be undone.",
             .confirm = "Delete Immediately",
