@@ -2,11 +2,10 @@
 // at most once for each turn of the main thread, and is published only when it differs. Main thread.
 #pragma once
 
-#include "base/MainThread.h"
+#include "base/MainPoster.h"
 #include "base/Published.h"
 
 #include <functional>
-#include <memory>
 
 namespace kelvaro {
 
@@ -19,7 +18,7 @@ public:
 
     // `changes` are the store's; the store and `main` outlive the slice.
     LibrarySlice(const LibraryStore& lib, const Changes& changes, MainThread& main, Read read)
-        : lib_(lib), main_(main), read_(std::move(read)), state_(read_(lib)) {
+        : lib_(lib), poster_(main), read_(std::move(read)), state_(read_(lib)) {
         subscription_ = changes.observe([this] { schedule(); });
     }
 
@@ -33,9 +32,7 @@ private:
     void schedule() {
         if (scheduled_) return;
         scheduled_ = true;
-        main_.post([this, alive = std::weak_ptr<char>(alive_)] {
-            if (!alive.expired()) refresh();
-        });
+        poster_.post([this] { refresh(); });
     }
     void refresh() {
         scheduled_ = false;
@@ -43,11 +40,10 @@ private:
     }
 
     const LibraryStore& lib_;
-    MainThread& main_;
+    MainPoster poster_;
     Read read_;
     Published<State> state_;
     bool scheduled_ = false; // a refresh has been posted
-    std::shared_ptr<char> alive_ = std::make_shared<char>();
     Subscription subscription_;
 };
 
