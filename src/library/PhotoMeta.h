@@ -55,6 +55,8 @@ std::optional<std::string> cameraName(const std::optional<std::string>& make,
 struct CaptureTime {
     std::int64_t onWall = 0;   // seconds as if the wall clock showed UTC
     std::optional<int> offset; // seconds ahead of UTC
+
+    bool operator==(const CaptureTime&) const = default;
 };
 std::optional<CaptureTime> captureTime(const PhotoProperties& properties);
 // Without an offset the reading is one of the user's own time zone.
