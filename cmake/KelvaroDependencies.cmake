@@ -17,6 +17,8 @@ target_include_directories(LibRaw::raw_r INTERFACE ${RAW_INCLUDE_DIRS})
 target_link_libraries(LibRaw::raw_r INTERFACE ${KELVARO_LIBRAW})
 pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
 pkg_check_modules(LCMS REQUIRED IMPORTED_TARGET lcms2)
+pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-i18n icu-uc)
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Svg Widgets)
 

@@ -45,11 +45,21 @@ struct PhotoProperties {
     std::optional<PixelSize> uprightSize() const;
 };
 
+// How the pixels of the main image are stored.
+struct PhotoColour {
+    std::optional<std::string> profileName; // "Display P3"; of what the file names or embeds
+    std::optional<int> bitsPerSample;
+
+    bool operator==(const PhotoColour&) const = default;
+};
+
 class PropertyReader {
 public:
     virtual ~PropertyReader() = default;
     // Thread-safe. A file without any metadata yields empty dictionaries, not a failure.
     virtual Result<PhotoProperties> read(const std::filesystem::path& path) = 0;
+    // Thread-safe; slower. What the file does not tell is absent.
+    virtual PhotoColour readColour(const std::filesystem::path& path) = 0;
 };
 
 } // namespace kelvaro

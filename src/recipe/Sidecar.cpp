@@ -18,16 +18,6 @@ std::string_view asText(std::span<const std::byte> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// The photo that an entry of the sidecar directory belongs to; none when it is no sidecar.
-std::optional<std::string> photoNameOf(std::string_view entry) {
-    if (!entry.ends_with(extension) || entry.starts_with('.') || entry == Sidecar::favoritesName) {
-        return std::nullopt;
-    }
-    entry.remove_suffix(extension.size());
-    if (entry.find('.') == std::string_view::npos) return std::nullopt;
-    return std::string(entry);
-}
-
 fs::path sidecarOf(const fs::path& directory, const fs::path& photo) {
     return directory / photo.filename().concat(extension);
 }
@@ -51,6 +41,15 @@ std::string nameOf(fs::path folder) {
 }
 
 } // namespace
+
+std::optional<std::string> Sidecar::photoNameOf(std::string_view entry) {
+    if (!entry.ends_with(extension) || entry.starts_with('.') || entry == Sidecar::favoritesName) {
+        return std::nullopt;
+    }
+    entry.remove_suffix(extension.size());
+    if (entry.find('.') == std::string_view::npos) return std::nullopt;
+    return std::string(entry);
+}
 
 Sidecar::FolderUnavailable::FolderUnavailable(const fs::path& folder)
     : Failure{FailureKind::notFound,

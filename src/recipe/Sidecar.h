@@ -42,6 +42,10 @@ public:
         explicit FolderUnavailable(const std::filesystem::path& folder);
     };
 
+    // The file name of the photo that an entry of the sidecar directory belongs to; none when the
+    // entry is no sidecar.
+    static std::optional<std::string> photoNameOf(std::string_view entry);
+
     Sidecar(FileSystem& files, RandomSource& random) : files_(files), random_(random) {}
 
     // `<folder>/.tarnwell/`, which need not exist; fails with `FolderUnavailable`.

@@ -1,5 +1,6 @@
 #include "platform/metadata/ExifPropertyReader.h"
 
+#include "platform/metadata/ColourFacts.h"
 #include "platform/metadata/ExifDictionaries.h"
 #include "platform/metadata/HeaderSize.h"
 #include "platform/metadata/HeifContainer.h"
@@ -126,6 +127,42 @@ void readHeifPart(const HeifFacts& facts, PhotoProperties& properties) {
     properties.orientation = facts.orientation;
 }
 
+// Bits of one sample where the picture itself is a TIFF directory.
+std::optional<int> bitsInDirectory(const Exiv2::ExifData& exif) {
+    const std::string group = rawGroup(exif).value_or("Exif.Image.");
+    const auto bits = firstNumber(exif, group + "BitsPerSample");
+    return bits && *bits >= 1 && *bits <= 64 ? std::optional<int>(int(*bits)) : std::nullopt;
+}
+
+void readColourOfImage(const std::filesystem::path& path, PhotoColour& colour) {
+    const auto image = Exiv2::ImageFactory::open(path.string());
+    if (!image.get()) return;
+    guarded([&] { image->readMetadata(); });
+    const Exiv2::ExifData& exif = image->exifData();
+    if (image->imageType() != Exiv2::ImageType::jpeg && image->imageType() != Exiv2::ImageType::png)
+        guarded([&] { colour.bitsPerSample = bitsInDirectory(exif); });
+    if (image->iccProfileDefined()) {
+        const Exiv2::DataBuf& profile = *image->iccProfile();
+        colour.profileName = profileName({reinterpret_cast<const std::byte*>(profile.pData_),
+                                          static_cast<std::size_t>(profile.size_)});
+    }
+    if (colour.profileName) return;
+    if (const auto at = exif.findKey(Exiv2::ExifKey("Exif.Image.InterColorProfile"));
+        at != exif.end() && at->size() > 0 && !rawGroup(exif)) {
+        std::vector<std::byte> bytes(static_cast<std::size_t>(at->size()));
+        at->copy(reinterpret_cast<Exiv2::byte*>(bytes.data()), Exiv2::invalidByteOrder);
+        colour.profileName = profileName(bytes);
+    }
+    if (colour.profileName || rawGroup(exif)) return;
+    const auto space = firstNumber(exif, "Exif.Photo.ColorSpace");
+    const auto rules = exif.findKey(Exiv2::ExifKey("Exif.Iop.InteroperabilityIndex"));
+    const bool isAdobe = space == 2 || (rules != exif.end() && rules->toString() == "R03");
+    if (space == 1)
+        colour.profileName = "sRGB IEC61966-2.1";
+    else if (isAdobe)
+        colour.profileName = "Adobe RGB (1998)";
+}
+
 } // namespace
 
 ExifPropertyReader::ExifPropertyReader() {
@@ -156,6 +193,23 @@ Result<PhotoProperties> ExifPropertyReader::read(const std::filesystem::path& pa
         if (!properties.storedSize) properties.storedSize = sizeInHeader(path);
     });
     return properties;
+}
+
+PhotoColour ExifPropertyReader::readColour(const std::filesystem::path& path) {
+    PhotoColour colour;
+    guarded([&] { readColourOfImage(path, colour); });
+    guarded([&] {
+        if (const auto heif = readHeif(path)) {
+            if (heif->bitsPerSample) colour.bitsPerSample = heif->bitsPerSample;
+            const auto embedded = profileName(heif->profile);
+            if (embedded)
+                colour.profileName = embedded;
+            else if (heif->primaries)
+                colour.profileName = primariesName(*heif->primaries);
+        }
+        if (!colour.bitsPerSample) colour.bitsPerSample = bitsInHeader(path);
+    });
+    return colour;
 }
 
 } // namespace kelvaro

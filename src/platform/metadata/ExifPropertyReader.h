@@ -18,6 +18,7 @@ public:
     // Failures: notFound, unreadable, malformed (empty). Content that cannot be understood gives
     // empty dictionaries.
     Result<PhotoProperties> read(const std::filesystem::path& path) override;
+    PhotoColour readColour(const std::filesystem::path& path) override;
 };
 
 } // namespace kelvaro

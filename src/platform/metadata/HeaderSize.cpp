@@ -41,7 +41,8 @@ std::optional<PixelSize> pngSize(Reader& file) {
     return size(file.number(16, 4), file.number(20, 4));
 }
 
-std::optional<PixelSize> jpegSize(Reader& file) {
+// Where the length of the frame header stands, after its marker.
+std::optional<std::uint64_t> jpegFrame(Reader& file) {
     std::uint64_t at = 2;
     for (int segment = 0; segment < 300; ++segment) {
         const auto marker = file.number(at, 2);
@@ -52,10 +53,15 @@ std::optional<PixelSize> jpegSize(Reader& file) {
         }
         const bool isFrame = marker >= 0xffc0 && marker <= 0xffcf && marker != 0xffc4 &&
                              marker != 0xffc8 && marker != 0xffcc;
-        if (isFrame) return size(file.number(at + 7, 2), file.number(at + 5, 2));
+        if (isFrame) return at + 2;
         at += 2 + file.number(at + 2, 2);
     }
     return std::nullopt;
+}
+
+std::optional<PixelSize> jpegSize(Reader& file) {
+    const auto frame = jpegFrame(file);
+    return frame ? size(file.number(*frame + 5, 2), file.number(*frame + 3, 2)) : std::nullopt;
 }
 
 std::optional<PixelSize> bigTiffSize(Reader& file, bool isLittle) {
@@ -86,6 +92,17 @@ std::optional<PixelSize> sizeInHeader(const std::filesystem::path& path) {
     if (start >> 32 == 0x49492b00) return bigTiffSize(file, true);
     if (start >> 32 == 0x4d4d002b) return bigTiffSize(file, false);
     return std::nullopt;
+}
+
+std::optional<int> bitsInHeader(const std::filesystem::path& path) {
+    Reader file(path);
+    std::uint64_t bits = 0;
+    if (file.number(0, 8) == 0x89504e470d0a1a0a) {
+        bits = file.number(24, 1);
+    } else if (file.number(0, 2) == 0xffd8) {
+        if (const auto frame = jpegFrame(file)) bits = file.number(*frame + 2, 1);
+    }
+    return bits >= 1 && bits <= 16 ? std::optional(int(bits)) : std::nullopt;
 }
 
 } // namespace kelvaro

@@ -148,6 +148,16 @@ void applyProperties(const std::vector<Box>& properties, HeifFacts& facts) {
                 turn = after(kQuarterLeft, turn);
         } else if (property.type == code("imir")) {
             turn = after(b.u8() & 1 ? kMirrorColumns : kMirrorRows, turn);
+        } else if (property.type == code("pixi")) {
+            b.skip(5); // version, flags, number of channels
+            if (const int bits = b.u8(); bits >= 1 && bits <= 32) facts.bitsPerSample = bits;
+        } else if (property.type == code("colr")) {
+            const std::uint32_t kind = b.u32();
+            if (kind == code("nclx")) {
+                facts.primaries = b.u16();
+            } else if (kind == code("prof") || kind == code("rICC")) {
+                facts.profile.assign(b.rest().begin(), b.rest().end());
+            }
         }
     }
     facts.orientation = exifCode(turn);

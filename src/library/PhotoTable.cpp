@@ -1,0 +1,358 @@
+#include "library/PhotoTable.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace kelvaro {
+
+namespace {
+
+FileTime takenOrModified(const Photo& photo, const PhotoMeta* meta) {
+    return meta && meta->taken ? *meta->taken : photo.modified;
+}
+
+// The date that the photos of this order are grouped by; none for orders without dates.
+std::optional<FileTime> sortDate(const Photo& photo, const PhotoMeta* meta, SortKey key) {
+    switch (key) {
+    case SortKey::dateTaken:
+        return takenOrModified(photo, meta);
+    case SortKey::modified:
+        return photo.modified;
+    case SortKey::created:
+        return photo.created;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+PhotoTable::PhotoTable(const TextRules& rules, const LocalCalendar& calendar)
+    : rules_(rules),
+      calendar_(calendar),
+      vocabulary_(rules, calendar),
+      dayGroups_(rules, calendar) {}
+
+Row PhotoTable::takeRow() {
+    if (freeRows_.empty()) {
+        rows_.emplace_back();
+        return static_cast<Row>(rows_.size() - 1);
+    }
+    const Row row = freeRows_.back();
+    freeRows_.pop_back();
+    return row;
+}
+
+void PhotoTable::freeRow(Row row) {
+    rows_[row] = {};
+    freeRows_.push_back(row);
+    order_.renamed(row);
+}
+
+void PhotoTable::describe(RowData& data) {
+    data.words = vocabulary_.words(*data.photo, data.meta.get());
+    data.camera = data.meta ? filterTexts_.number(data.meta->camera.value_or("")) : 0;
+    data.lens = data.meta ? filterTexts_.number(data.meta->lens.value_or("")) : 0;
+}
+
+void PhotoTable::setFolder(FolderPhotos photos) {
+    Folder& folder = folders_[photos->folder()];
+    const FolderPhotos before = std::move(folder.photos);
+    const std::vector<Row> oldRows = std::move(folder.rows);
+    folder = {photos, {}};
+    folder.rows.reserve(photos->size());
+    std::size_t old = 0; // both listings are sorted by file name
+    const auto dropUntil = [&](const PhotoUrl* url) {
+        for (; old < oldRows.size() && (!url || before->photos()[old].url < *url); ++old)
+            freeRow(oldRows[old]);
+    };
+    for (std::size_t i = 0; i < photos->size(); ++i) {
+        const Photo& photo = photos->photos()[i];
+        dropUntil(&photo.url);
+        const bool isKnown = old < oldRows.size() && before->photos()[old].url == photo.url;
+        const Row row = isKnown ? oldRows[old] : takeRow();
+        RowData& data = rows_[row];
+        const bool isSame = isKnown && before->photos()[old] == photo;
+        data.photo = &photo;
+        data.listing = photos.get();
+        data.index = static_cast<std::uint32_t>(i);
+        if (!isSame) {
+            if (data.meta && !isValid(*data.meta, photo)) data.meta = nullptr;
+            describe(data);
+            order_.valuesChanged();
+        }
+        if (!isKnown) order_.renamed(row);
+        old += isKnown;
+        folder.rows.push_back(row);
+    }
+    dropUntil(nullptr);
+}
+
+void PhotoTable::removeFolder(std::string_view folder) {
+    const auto found = folders_.find(std::string(folder));
+    if (found == folders_.end()) return;
+    for (const Row row : found->second.rows)
+        freeRow(row);
+    folders_.erase(found);
+}
+
+void PhotoTable::remove(std::span<const PhotoUrl> urls) {
+    std::unordered_map<std::string, std::unordered_set<std::string_view>> gone;
+    for (const PhotoUrl& url : urls)
+        gone[std::string(folderOf(url))].insert(url);
+    for (const auto& [name, urlsInFolder] : gone) {
+        const FolderPhotos before = folder(name);
+        if (!before) continue;
+        std::vector<Photo> left;
+        for (const Photo& photo : before->photos()) {
+            if (!urlsInFolder.contains(photo.url)) left.push_back(photo);
+        }
+        setFolder(FolderListing::make(name, std::move(left), rules_, before));
+    }
+}
+
+FolderPhotos PhotoTable::folder(std::string_view folder) const {
+    const auto found = folders_.find(std::string(folder));
+    return found == folders_.end() ? nullptr : found->second.photos;
+}
+
+std::optional<Row> PhotoTable::find(std::string_view url) const {
+    const auto folder = folders_.find(std::string(folderOf(url)));
+    if (folder == folders_.end()) return std::nullopt;
+    const auto index = folder->second.photos->find(fileNameOf(url));
+    if (!index) return std::nullopt;
+    return folder->second.rows[*index];
+}
+
+const PhotoTable::RowData* PhotoTable::data(std::string_view url) const {
+    const auto row = find(url);
+    return row ? &rows_[*row] : nullptr;
+}
+
+void PhotoTable::setMeta(std::span<const std::pair<PhotoUrl, SharedMeta>> metas) {
+    for (const auto& [url, meta] : metas)
+        setMeta(url, meta);
+}
+
+void PhotoTable::setMeta(std::string_view url, SharedMeta meta) {
+    const auto row = find(url);
+    if (!row || (meta && !isValid(*meta, *rows_[*row].photo))) return;
+    RowData& data = rows_[*row];
+    data.meta = std::move(meta);
+    describe(data);
+    order_.valuesChanged();
+}
+
+void PhotoTable::setEdit(std::string_view url, bool isEdited, std::optional<FileTime> editDate) {
+    const auto row = find(url);
+    if (!row) return;
+    rows_[*row].isEdited = isEdited;
+    rows_[*row].editDate = isEdited ? editDate : std::nullopt;
+}
+
+void PhotoTable::setFavorite(std::string_view url, bool isFavorite) {
+    if (const auto row = find(url)) rows_[*row].isFavorite = isFavorite;
+}
+
+const Photo* PhotoTable::photo(std::string_view url) const {
+    const RowData* found = data(url);
+    return found ? found->photo : nullptr;
+}
+
+SharedMeta PhotoTable::meta(std::string_view url) const {
+    const RowData* found = data(url);
+    return found ? found->meta : nullptr;
+}
+
+bool PhotoTable::isEdited(std::string_view url) const {
+    const RowData* found = data(url);
+    return found && found->isEdited;
+}
+
+bool PhotoTable::isFavorite(std::string_view url) const {
+    const RowData* found = data(url);
+    return found && found->isFavorite;
+}
+
+std::string PhotoTable::searchText(std::string_view url) const {
+    const RowData* found = data(url);
+    if (!found) return {};
+    std::string text(found->listing->foldedName(found->index));
+    for (const TextNumber number : found->words) {
+        if (number != 0) text.append(" ").append(vocabulary_.text(number));
+    }
+    return text;
+}
+
+PhotoTable::Flags PhotoTable::inScope(const ViewRequest& request) const {
+    Flags flags(rows_.size());
+    const Scope& scope = request.scope;
+    for (const auto& [name, folder] : folders_) {
+        if (request.unavailable.contains(name)) continue;
+        if (scope.kind == Scope::Kind::folder && scope.folder != name) continue;
+        for (const Row row : folder.rows) {
+            const RowData& data = rows_[row];
+            flags[row] = scope.kind == Scope::Kind::edited      ? data.isEdited
+                         : scope.kind == Scope::Kind::favorites ? data.isFavorite
+                                                                : true;
+        }
+    }
+    return flags;
+}
+
+void PhotoTable::applyFilter(const PhotoFilter& filter, Flags& flags) const {
+    if (!filter.isActive()) return;
+    // What is selected, by the numbers of the texts; the empty text is never selected.
+    const auto selected = [&](const std::set<std::string>& texts) {
+        Flags numbers(filterTexts_.size());
+        for (TextNumber i = 1; i < numbers.size(); ++i)
+            numbers[i] = texts.contains(filterTexts_.text(i));
+        return numbers;
+    };
+    const Flags cameras = selected(filter.cameras), lenses = selected(filter.lenses);
+    for (Row row = 0; row < flags.size(); ++row) {
+        if (!flags[row]) continue;
+        const RowData& data = rows_[row];
+        const std::optional<double> focal = data.meta ? data.meta->focalLength : std::nullopt;
+        const PhotoKind kind = data.photo->isRaw ? PhotoKind::raw : PhotoKind::image;
+        flags[row] =
+            (filter.cameras.empty() || cameras[data.camera]) &&
+            (filter.lenses.empty() || lenses[data.lens]) &&
+            (filter.focalLengths.empty() || (focal && filter.focalLengths.contains(*focal))) &&
+            (filter.formats.empty() || filter.formats.contains(kind));
+    }
+}
+
+void PhotoTable::applySearch(const std::string& searchText, Flags& flags) const {
+    for (const std::string& token : SearchQuery(searchText, rules_).tokens()) {
+        const Flags words = vocabulary_.contains(token);
+        const bool isEdited = SearchQuery::namesEdited(token);
+        const bool isFavorite = SearchQuery::namesFavorite(token);
+        for (Row row = 0; row < flags.size(); ++row) {
+            if (!flags[row]) continue;
+            const RowData& data = rows_[row];
+            flags[row] =
+                std::any_of(data.words.begin(), data.words.end(),
+                            [&](TextNumber number) { return words[number]; }) ||
+                data.listing->foldedName(data.index).find(token) != std::string_view::npos ||
+                (isEdited && data.isEdited) || (isFavorite && data.isFavorite);
+        }
+    }
+}
+
+std::int64_t PhotoTable::orderKey(const RowData& data, SortKey key) const {
+    if (key == SortKey::size) return data.photo->fileSize;
+    return sortDate(*data.photo, data.meta.get(), key).value_or(FileTime()).nanoseconds;
+}
+
+std::vector<Row> PhotoTable::ordered(const SortOrder& order) {
+    return order_.sorted(
+        order,
+        [this](Row row) {
+            return RowOrder::Name{rows_[row].listing, rows_[row].index};
+        },
+        [this](Row row, SortKey key) { return orderKey(rows_[row], key); });
+}
+
+// The days in the direction of the order, photos without an edit date last; within a day the order
+// stays.
+void PhotoTable::orderByEditDay(std::vector<Row>& rows, const ViewRequest& request) const {
+    std::vector<std::pair<std::int64_t, Row>> days;
+    days.reserve(rows.size());
+    constexpr std::int64_t unknown = std::numeric_limits<std::int64_t>::max();
+    for (const Row row : rows) {
+        const auto& date = rows_[row].editDate;
+        if (!date) {
+            days.emplace_back(unknown, row);
+            continue;
+        }
+        const std::int64_t day = dayNumber(calendar_.civil(*date));
+        days.emplace_back(request.order.ascending ? day : -day, row);
+    }
+    std::stable_sort(days.begin(), days.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::transform(days.begin(), days.end(), rows.begin(),
+                   [](const auto& day) { return day.second; });
+}
+
+std::vector<PhotoGroup> PhotoTable::groups(const std::vector<Row>& rows,
+                                           const ViewRequest& request) {
+    std::vector<PhotoGroup> groups;
+    const bool byEdit = request.scope.kind == Scope::Kind::edited;
+    std::optional<DayGroups::Period> period;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const RowData& data = rows_[rows[i]];
+        const auto date =
+            byEdit ? data.editDate : sortDate(*data.photo, data.meta.get(), request.order.key);
+        if (!date && !byEdit) return {};
+        if (!date) { // these stand last
+            groups.push_back({i, std::string(texts::editDateUnknown)});
+            return groups;
+        }
+        if (period && period->contains(*date)) continue;
+        period = dayGroups_.periodOf(*date, request.monthGroups);
+        groups.push_back({i, dayGroups_.heading(*period, request.monthGroups, request.now)});
+    }
+    return groups;
+}
+
+void PhotoTable::keepAlive(LibraryView& view, const std::vector<Row>& rows) const {
+    std::unordered_set<const FolderListing*> used;
+    const FolderListing* last = nullptr;
+    for (const Row row : rows) {
+        const FolderListing* listing = rows_[row].listing;
+        if (listing == last || !used.insert(listing).second) continue;
+        last = listing;
+        view.folders.push_back(listing->shared_from_this());
+    }
+}
+
+LibraryView PhotoTable::query(const ViewRequest& request) {
+    Flags flags = inScope(request);
+    applyFilter(request.filter, flags);
+    applySearch(request.searchText, flags);
+    std::vector<Row> rows = ordered(request.order);
+    std::erase_if(rows, [&](Row row) { return !flags[row]; });
+    if (request.scope.kind == Scope::Kind::edited) orderByEditDay(rows, request);
+    LibraryView view;
+    view.groups = groups(rows, request);
+    keepAlive(view, rows);
+    view.photos.reserve(rows.size());
+    for (const Row row : rows)
+        view.photos.push_back(rows_[row].photo);
+    return view;
+}
+
+FilterOptions PhotoTable::filterOptions(const ViewRequest& request) const {
+    const Flags flags = inScope(request);
+    Flags cameras(filterTexts_.size()), lenses(filterTexts_.size());
+    std::unordered_set<double> focalLengths;
+    bool hasRaw = false, hasImage = false;
+    for (Row row = 0; row < flags.size(); ++row) {
+        if (!flags[row]) continue;
+        const RowData& data = rows_[row];
+        cameras[data.camera] = lenses[data.lens] = true;
+        if (data.meta && data.meta->focalLength) focalLengths.insert(*data.meta->focalLength);
+        (data.photo->isRaw ? hasRaw : hasImage) = true;
+    }
+    const auto named = [&](const Flags& numbers) {
+        std::vector<std::pair<std::string, std::string>> keyed; // by sort key, then as they stand
+        for (TextNumber i = 1; i < numbers.size(); ++i) {
+            const std::string& text = filterTexts_.text(i);
+            if (numbers[i]) keyed.emplace_back(rules_.sortKey(text), text);
+        }
+        std::sort(keyed.begin(), keyed.end());
+        std::vector<std::string> names;
+        for (auto& [key, text] : keyed)
+            names.push_back(std::move(text));
+        return names;
+    };
+    FilterOptions options{named(cameras), named(lenses), {}, {}};
+    options.focalLengths.assign(focalLengths.begin(), focalLengths.end());
+    std::sort(options.focalLengths.begin(), options.focalLengths.end());
+    if (hasRaw) options.formats.push_back(PhotoKind::raw);
+    if (hasImage) options.formats.push_back(PhotoKind::image);
+    return options;
+}
+
+} // namespace kelvaro
