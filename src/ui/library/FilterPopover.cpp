@@ -6,6 +6,7 @@
 
 #include <QCheckBox>
 #include <QHBoxLayout>
+#include <QLocale>
 #include <QScrollArea>
 
 namespace kelvaro {

@@ -51,7 +51,7 @@ std::string LibraryGridContent::keyOf(const Photo& photo) const {
     key += std::to_string(photo.modified.nanoseconds);
     if (const auto edited = lib_.editDate(photo.url)) {
         key += ' ';
-        key += std::to_string(std::llround(*edited * 1000));
+        key += std::to_string(edited->nanoseconds);
     }
     return key;
 }

@@ -35,8 +35,7 @@ IconName iconFor(const EmptyState& state, const Scope& scope, bool isMissing) {
 
 LibraryPage::LibraryPage(const Appearance& appearance, LibraryStore& lib, CellPictures& pictures,
                          CommandActions& commands, QWidget* window)
-    : appearance_(appearance), lib_(lib), pictures_(pictures), commands_(commands), window_(window),
-      content_(lib, pictures) {
+    : lib_(lib), pictures_(pictures), content_(lib, pictures) {
     sidebar_ = new Sidebar(appearance, this);
     toolbar_ = new Toolbar(appearance, commands.action(CommandId::exportPhotos),
                            commands.action(CommandId::profile), this);

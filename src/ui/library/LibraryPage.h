@@ -57,11 +57,8 @@ private:
     void openFilter();
     void pressEmptyButton();
 
-    const Appearance& appearance_;
     LibraryStore& lib_;
     CellPictures& pictures_;
-    CommandActions& commands_;
-    QWidget* window_;
     LibraryGridContent content_;
     Sidebar* sidebar_;
     Toolbar* toolbar_;
