@@ -4,7 +4,10 @@
 #include "platform/imaging/TiledRenderer.h"
 #include "platform/metadata/ExifPropertyReader.h"
 #include "platform/raw/CameraRawEngine.h"
+#include "platform/system/IcuCalendar.h"
+#include "platform/system/IcuTextRules.h"
 #include "platform/system/PosixFileSystem.h"
+#include "platform/system/SystemClock.h"
 #include "platform/system/SystemRandom.h"
 
 namespace kelvaro {
@@ -18,6 +21,9 @@ Services makeServices(const Cancellation& cancellation) {
                       .properties = std::make_unique<ExifPropertyReader>(),
                       .renderer = makeTiledRenderer(),
                       .brushes = std::make_unique<BrushRaster>(),
+                      .texts = makeIcuTextRules(),
+                      .calendar = makeIcuCalendar(),
+                      .clock = std::make_unique<SystemClock>(),
                       .cancellation = cancellation};
     return services;
 }

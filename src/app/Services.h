@@ -2,13 +2,16 @@
 #pragma once
 
 #include "base/Cancellation.h"
+#include "base/Clock.h"
 #include "develop/BrushRaster.h"
 #include "platform/FileSystem.h"
 #include "platform/ImageFiles.h"
+#include "platform/LocalCalendar.h"
 #include "platform/PhotoProperties.h"
 #include "platform/Random.h"
 #include "platform/RawEngine.h"
 #include "platform/Renderer.h"
+#include "platform/TextRules.h"
 
 #include <memory>
 
@@ -23,6 +26,9 @@ struct Services {
     std::unique_ptr<PropertyReader> properties;
     std::unique_ptr<Renderer> renderer;
     std::unique_ptr<BrushRaster> brushes;
+    std::unique_ptr<TextRules> texts;
+    std::unique_ptr<LocalCalendar> calendar;
+    std::unique_ptr<Clock> clock;
     const Cancellation& cancellation; // set when the user interrupts the program
 };
 

@@ -4,7 +4,7 @@
 
 namespace kelvaro {
 
-Subscription Changes::observe(Observer observer) {
+Subscription Changes::observe(Observer observer) const {
     auto entry = std::make_shared<Entry>(Entry{std::move(observer)});
     entries_->push_back(entry);
     return {entries_, std::move(entry)};

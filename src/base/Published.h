@@ -20,7 +20,8 @@ public:
     Changes(const Changes&) = delete;
     Changes& operator=(const Changes&) = delete;
 
-    [[nodiscard]] Subscription observe(Observer observer);
+    // Observing changes nothing of the subject.
+    [[nodiscard]] Subscription observe(Observer observer) const;
     void notify() const;
 
 private:
@@ -91,7 +92,7 @@ public:
 
 private:
     T value_{};
-    mutable Changes changes_; // observing does not change the value
+    Changes changes_;
 };
 
 } // namespace kelvaro

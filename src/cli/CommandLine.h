@@ -3,6 +3,7 @@
 
 #include "base/Result.h"
 #include "develop/Pipeline.h"
+#include "library/PhotoQuery.h"
 
 #include <filesystem>
 #include <optional>
@@ -35,9 +36,18 @@ struct RecipeRequest {
     std::optional<std::filesystem::path> copyFrom;
 };
 
-struct InfoRequest {
+struct PanelRequest {
     std::vector<std::filesystem::path> photos;
     bool json = false;
+};
+
+struct ListRequest {
+    std::vector<std::filesystem::path> folders;
+    std::string query;
+    Scope::Kind scope = Scope::Kind::all; // all, edited or favorites
+    PhotoFilter filter;
+    SortOrder order{SortKey::dateTaken, true};
+    bool groups = false, json = false;
 };
 
 } // namespace kelvaro

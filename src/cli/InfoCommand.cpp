@@ -1,123 +1,90 @@
 #include "cli/Commands.h"
+#include "cli/PhotoJson.h"
 
+#include "base/Utf8.h"
+#include "library/PhotoInfo.h"
 #include "platform/PhotoKinds.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
-#include <cmath>
+#include <algorithm>
 
 namespace kelvaro {
 
 namespace {
 
-// What the command tells of one photo; absent values are not shown.
-struct Summary {
-    std::optional<PixelSize> size;
-    std::optional<std::string> camera, lens, taken, offset;
-    std::optional<double> shutterSeconds, aperture, focalLength;
-    std::optional<std::int64_t> iso;
+namespace fs = std::filesystem;
+
+struct Panel {
+    PhotoInfo info;
+    std::vector<InfoRow> rows;
 };
 
-std::optional<double> positive(std::optional<double> value) {
-    return value && *value > 0 ? value : std::nullopt;
+Result<Panel> panelOf(const fs::path& path, Services& services) {
+    const auto kind = photoKind(path);
+    if (!kind)
+        return fail(FailureKind::unsupported, fmt::format("“{}” isn't a photo that Kelvaro knows.",
+                                                          path.filename().string()));
+    const auto status = services.files->status(path);
+    if (!status) return fail(status.error());
+    const fs::path whole = fs::absolute(path).lexically_normal();
+    const Photo photo = makePhoto(whole.parent_path().string(), whole.filename().string(), *kind,
+                                  status->size, status->modified, status->created);
+    auto info = readPhotoInfo(*services.properties, photo);
+    if (!info) return fail(info.error());
+    auto rows = infoRows(*info, *services.texts, *services.calendar);
+    return Panel{std::move(*info), std::move(rows)};
 }
 
-// "Make Model", without a make that the model repeats.
-std::optional<std::string> cameraName(const PropertyDictionary& tiff) {
-    const auto make = tiff.text("Make"), model = tiff.text("Model");
-    if (!make || !model) return model ? model : make;
-    return model->starts_with(*make) ? *model : *make + " " + *model;
+// Characters as a terminal counts them, near enough for our own labels.
+std::size_t columns(std::string_view text) {
+    return std::size_t(
+        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-Summary summarised(const PhotoProperties& properties) {
-    Summary summary;
-    summary.size = properties.uprightSize();
-    summary.camera = cameraName(properties.tiff);
-    summary.lens = properties.exif.text("LensModel");
-    if (!summary.lens) summary.lens = properties.auxiliary.text("LensModel");
-    summary.taken = properties.exif.text("DateTimeOriginal");
-    if (summary.taken) summary.offset = properties.exif.text("OffsetTimeOriginal");
-    if (!summary.taken) summary.taken = properties.tiff.text("DateTime");
-    summary.shutterSeconds = positive(properties.exif.number("ExposureTime"));
-    summary.aperture = positive(properties.exif.number("FNumber"));
-    summary.focalLength = positive(properties.exif.number("FocalLength"));
-    if (const auto iso = properties.exif.integer("ISOSpeedRatings"); iso && *iso > 0)
-        summary.iso = iso;
-    return summary;
-}
-
-std::string shutterText(double seconds) {
-    if (seconds < 0.3) return fmt::format("1/{:.0f} s", 1 / seconds);
-    return fmt::format("{:g} s", std::round(seconds * 10) / 10);
-}
-
-void printSummary(const std::filesystem::path& photo, const Summary& summary) {
+void printPanel(const fs::path& photo, const std::vector<InfoRow>& rows) {
     fmt::print("{}\n", photo.string());
-    const auto row = [](const char* title, const std::string& text) {
-        if (!text.empty()) fmt::print("  {:<10}{}\n", title, text);
-    };
-    if (summary.size)
-        row("Size", fmt::format("{} × {}, {:.1f} MP", summary.size->width, summary.size->height,
-                                double(summary.size->width) * summary.size->height / 1e6));
-    row("Camera", summary.camera.value_or(""));
-    row("Lens", summary.lens.value_or(""));
-    std::vector<std::string> exposure;
-    if (summary.shutterSeconds) exposure.push_back(shutterText(*summary.shutterSeconds));
-    if (summary.aperture) exposure.push_back(fmt::format("f/{:g}", *summary.aperture));
-    if (summary.iso) exposure.push_back(fmt::format("ISO {}", *summary.iso));
-    if (summary.focalLength) exposure.push_back(fmt::format("{:g} mm", *summary.focalLength));
-    row("Exposure", fmt::format("{}", fmt::join(exposure, ", ")));
-    if (summary.taken) row("Taken", *summary.taken + (summary.offset ? " " + *summary.offset : ""));
-    const bool nothing =
-        !summary.size && !summary.camera && !summary.lens && exposure.empty() && !summary.taken;
-    if (nothing) fmt::print("  No information available\n");
+    if (rows.empty()) fmt::print("  {}\n", texts::noInformation);
+    std::size_t width = 0;
+    for (const InfoRow& row : rows)
+        width = std::max(width, columns(row.label));
+    std::string_view section;
+    for (const InfoRow& row : rows) {
+        if (row.section != section) fmt::print("  {}\n", row.section);
+        section = row.section;
+        fmt::print("    {}{:{}}  {}\n", row.label, "", width - columns(row.label),
+                   asUtf8(row.text));
+    }
 }
 
-nlohmann::json toJson(const std::filesystem::path& photo, const Summary& summary) {
-    nlohmann::json object{{"path", photo.string()}};
-    const auto put = [&](const char* key, const auto& value) {
-        if (value) object[key] = *value;
-    };
-    if (summary.size) {
-        object["width"] = summary.size->width;
-        object["height"] = summary.size->height;
-    }
-    put("camera", summary.camera);
-    put("lens", summary.lens);
-    put("shutter", summary.shutterSeconds);
-    put("aperture", summary.aperture);
-    put("iso", summary.iso);
-    put("focalLength", summary.focalLength);
-    put("taken", summary.taken);
-    put("offset", summary.offset);
+nlohmann::ordered_json toJson(const fs::path& photo, const Panel& panel) {
+    nlohmann::ordered_json object{{"path", photo.string()}};
+    object.update(kelvaro::toJson(panel.info));
+    auto rows = nlohmann::ordered_json::array();
+    for (const InfoRow& row : panel.rows)
+        rows.push_back(
+            {{"key", row.key}, {"section", row.section}, {"label", row.label}, {"text", row.text}});
+    object["panel"] = std::move(rows);
     return object;
 }
 
 } // namespace
 
-ExitCode runInfo(const InfoRequest& request, Services& services) {
+ExitCode runInfo(const PanelRequest& request, Services& services) {
     ExitCode code = ExitCode::done;
-    auto list = nlohmann::json::array();
-    for (const auto& photo : request.photos) {
-        const auto properties = photoKind(photo)
-                                    ? services.properties->read(photo)
-                                    : fail(FailureKind::unsupported,
-                                           fmt::format("“{}” isn't a photo that Kelvaro knows.",
-                                                       photo.filename().string()));
-        if (!properties) {
-            report(properties.error());
+    auto list = nlohmann::ordered_json::array();
+    for (const fs::path& photo : request.photos) {
+        const auto panel = panelOf(photo, services);
+        if (!panel) {
+            report(panel.error());
             code = ExitCode::someFailed;
-            continue;
+        } else if (request.json) {
+            list.push_back(toJson(photo, *panel));
+        } else {
+            printPanel(photo, panel->rows);
         }
-        if (request.json)
-            list.push_back(toJson(photo, summarised(*properties)));
-        else
-            printSummary(photo, summarised(*properties));
     }
-    // Names that are not UTF-8 are shown with replacement characters instead of ending the list.
-    if (request.json)
-        fmt::print("{}\n", list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
+    if (request.json) print(list);
     return code;
 }
 

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <set>
 
 namespace kelvaro {
 namespace {
@@ -96,9 +97,9 @@ CLI::App* addRecipe(CLI::App& app, RecipeRequest& request) {
     return command;
 }
 
-CLI::App* addInfo(CLI::App& app, InfoRequest& request) {
+CLI::App* addInfo(CLI::App& app, PanelRequest& request) {
     CLI::App* command =
-        app.add_subcommand("info", "Tell size, camera, lens, exposure and date of photos");
+        app.add_subcommand("info", "Tell everything that photos record of themselves");
     command
         ->add_option_function<std::vector<std::string>>(
             "photos",
@@ -111,6 +112,62 @@ CLI::App* addInfo(CLI::App& app, InfoRequest& request) {
     return command;
 }
 
+// Values that are set as they are typed.
+template<class T>
+CLI::Option* setOption(CLI::App* command, const std::string& name, std::set<T>& values,
+                       const std::string& help) {
+    return command
+        ->add_option_function<std::vector<T>>(
+            name, [&](const std::vector<T>& given) { values.insert(given.begin(), given.end()); },
+            help)
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+}
+
+CLI::App* addList(CLI::App& app, ListRequest& request) {
+    CLI::App* command = app.add_subcommand(
+        "list", "List the photos of folders: searched, filtered, sorted, grouped by day");
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "folders",
+            [&](const std::vector<std::string>& paths) {
+                request.folders.assign(paths.begin(), paths.end());
+            },
+            "The folders; folders inside them are not looked into")
+        ->required();
+    command->add_option("--query", request.query,
+                        "Words that all must be found: names, camera, lens, 35mm, f/1.8, iso 400, "
+                        "1/250, 2024, March, edited, favorite");
+    const std::map<std::string, Scope::Kind> scopes{{"all", Scope::Kind::all},
+                                                    {"edited", Scope::Kind::edited},
+                                                    {"favorites", Scope::Kind::favorites}};
+    command->add_option("--scope", request.scope, "Which photos to look at")
+        ->transform(CLI::CheckedTransformer(scopes))
+        ->option_text("all|edited|favorites [all]");
+    setOption(command, "--camera", request.filter.cameras, "Only this camera model; repeatable");
+    setOption(command, "--lens", request.filter.lenses, "Only this lens; repeatable");
+    setOption(command, "--focal", request.filter.focalLengths,
+              "Only this focal length in mm, as recorded; repeatable");
+    const std::map<std::string, PhotoKind> kinds{{"raw", PhotoKind::raw},
+                                                 {"image", PhotoKind::image}};
+    setOption(command, "--kind", request.filter.formats, "Only RAW files, or only other images")
+        ->transform(CLI::CheckedTransformer(kinds))
+        ->option_text("raw|image");
+    std::map<std::string, SortKey> keys;
+    for (const SortKey key : kSortKeys)
+        keys.emplace(rawValue(key), key);
+    command->add_option("--sort", request.order.key, "What to sort by")
+        ->transform(CLI::CheckedTransformer(keys))
+        ->option_text("dateTaken|modified|created|name|size [dateTaken]");
+    command->add_flag_callback(
+        "--descending", [&] { request.order.ascending = false; }, "The last one first");
+    command->add_flag("--groups", request.groups, "Put headings between the days");
+    command->add_flag("--json", request.json,
+                      "One JSON array of photos, or of groups of photos with --groups");
+    return command;
+}
+
 int run(int argc, char** argv) {
     CLI::App app{"Kelvaro on the command line: develops photos without ever changing an original.",
                  "kelvaro-cli"};
@@ -119,9 +176,11 @@ int run(int argc, char** argv) {
     app.footer("Exit codes: 0 all done, 1 some photos failed, 2 wrong use.");
     DevelopRequest develop;
     RecipeRequest recipe;
-    InfoRequest info;
+    PanelRequest info;
+    ListRequest list;
     const CLI::App* developCommand = addDevelop(app, develop);
     const CLI::App* recipeCommand = addRecipe(app, recipe);
+    const CLI::App* listCommand = addList(app, list);
     addInfo(app, info);
     try {
         app.parse(argc, argv);
@@ -134,6 +193,7 @@ int run(int argc, char** argv) {
     Services services = makeServices(interruption);
     if (developCommand->parsed()) return static_cast<int>(runDevelop(develop, services));
     if (recipeCommand->parsed()) return static_cast<int>(runRecipe(recipe, services));
+    if (listCommand->parsed()) return static_cast<int>(runList(list, services));
     return static_cast<int>(runInfo(info, services));
 }
 

@@ -1,6 +1,6 @@
 // The favourites of one folder: a JSON array of file names beside the folder's edits. Holds nothing
-// between calls; every call may block, any thread. Two programs that change it at once lose nothing:
-// a change reads, merges and replaces the file under a lock.
+// between calls; every call may block, any thread. Two programs that change it at once lose
+// nothing: a change reads, merges and replaces the file under a lock.
 #pragma once
 
 #include "library/Photo.h"

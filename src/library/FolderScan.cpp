@@ -33,13 +33,18 @@ bool contains(const FolderPhotos& photos, std::string_view name) {
 
 // What main thread and table get: marks of photos that are there.
 void fillMarks(const FolderMemory& memory, ScanResult& result) {
+    const auto marks = std::make_shared<ScannedMarks>();
     for (const auto& [name, entry] : memory.sidecars) {
         const bool isEdit = entry.edit && isEdited(entry.edit->adjustments);
-        if (isEdit && contains(memory.photos, name)) result.edits.emplace(name, entry.edit);
+        if (!isEdit || !contains(memory.photos, name)) continue;
+        result.edits.emplace(name, entry.edit);
+        marks->editDates.emplace(name, timeFromSeconds(entry.edit->editedAt));
     }
     for (const std::string& name : memory.favorites) {
         if (contains(memory.photos, name)) result.favorites.insert(name);
     }
+    marks->favorites = result.favorites;
+    result.marks = marks;
 }
 
 bool sameMarks(const FolderMemory& a, const FolderMemory& b) {
@@ -103,9 +108,9 @@ void FolderScan::readEdits(const ScanRequest& request, FolderMemory& memory) con
         auto edit = sidecar.loadPhoto(fs::path(request.folder) / photo);
         if (edit && !*edit) continue; // removed since it was listed
         memory.sidecars.emplace(
-            photo, FolderMemory::Entry{file.status, edit ? std::make_shared<const StoredEdit>(
-                                                               std::move(**edit))
-                                                         : nullptr});
+            photo, FolderMemory::Entry{file.status,
+                                       edit ? std::make_shared<const StoredEdit>(std::move(**edit))
+                                            : nullptr});
     }
 }
 
@@ -118,6 +123,13 @@ void FolderScan::readFavorites(const ScanRequest& request, FolderMemory& memory)
     auto names = FavoritesFile(tools_.files).read(request.folder);
     memory.favoritesReadable = names.has_value();
     if (names) memory.favorites = std::move(*names);
+}
+
+void FolderScan::readMetas(ScanResult& result, const FolderListing& photos) const {
+    result.metas.resize(photos.size());
+    for (auto& [url, meta] : tools_.metas.cached(photos)) {
+        if (const auto at = photos.find(fileNameOf(url))) result.metas[*at] = std::move(meta);
+    }
 }
 
 ScanResult FolderScan::run(const ScanRequest& request) const {
@@ -137,15 +149,8 @@ ScanResult FolderScan::run(const ScanRequest& request) const {
     readFavorites(request, *memory);
     result.photosChanged = !before || memory->photos != before->photos;
     result.marksChanged = !before || result.photosChanged || !sameMarks(*memory, *before);
-    if (result.marksChanged || request.everything) fillMarks(*memory, result);
-    if (result.photosChanged) {
-        for (auto& [url, meta] : tools_.metas.cached(*memory->photos)) {
-            if (!meta) continue;
-            result.metas.resize(memory->photos->size());
-            if (const auto at = memory->photos->find(fileNameOf(url))) result.metas[*at] = meta;
-        }
-        result.metas.resize(memory->photos->size());
-    }
+    fillMarks(*memory, result);
+    if (result.photosChanged) readMetas(result, *memory->photos);
     result.problems = problemsOf(request.folder, *memory);
     result.memory = memory;
     return result;

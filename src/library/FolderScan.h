@@ -42,8 +42,12 @@ struct ScanRequest {
     FolderUrl folder;
     std::shared_ptr<const FolderMemory> memory; // of the scan before; may be null
     bool photos = true;                         // false: edits and favourites only
-    // Edits and favourites are wanted even if they are as before: something was written since.
-    bool everything = false;
+};
+
+// The marks of a folder's photos, for the table.
+struct ScannedMarks {
+    std::unordered_map<std::string, FileTime> editDates; // of edited photos, by file name
+    std::unordered_set<std::string> favorites;
 };
 
 struct ScanResult {
@@ -53,10 +57,12 @@ struct ScanResult {
     bool isMissing = false; // nothing of the below then
     std::shared_ptr<const FolderMemory> memory;
     bool photosChanged = false, marksChanged = false;
-    // Of photos in the listing alone; filled where they changed or everything was wanted.
+    // Of photos in the listing alone.
     std::unordered_map<std::string, SharedEdit> edits; // by file name
     std::unordered_set<std::string> favorites;
-    std::vector<SharedMeta> metas; // parallel to the photos; null where not remembered
+    std::shared_ptr<const ScannedMarks> marks; // the same once more, for another thread
+    // Parallel to the photos, null where not remembered; empty when the photos are as before.
+    std::vector<SharedMeta> metas;
     std::vector<std::string> problems; // one line each, for people
 };
 
@@ -79,6 +85,7 @@ private:
     bool readPhotos(const ScanRequest& request, FolderMemory& memory) const;
     void readEdits(const ScanRequest& request, FolderMemory& memory) const;
     void readFavorites(const ScanRequest& request, FolderMemory& memory) const;
+    void readMetas(ScanResult& result, const FolderListing& photos) const;
 
     Tools tools_;
 };

@@ -15,11 +15,14 @@
 #include "library/LibraryTexts.h"
 #include "library/LibraryViews.h"
 #include "library/Photo.h"
+#include "library/PhotoInfo.h"
 #include "library/PhotoMeta.h"
 #include "library/PhotoQuery.h"
 #include "platform/DriveTable.h"
 #include "platform/FileSystem.h"
 #include "platform/FolderWatcher.h"
+#include "platform/LocalCalendar.h"
+#include "platform/MetaCache.h"
 #include "platform/PhotoProperties.h"
 #include "platform/Random.h"
 #include "platform/SettingsStore.h"
@@ -54,6 +57,7 @@ struct LibraryServices {
     Trash& trash;
     FolderWatcher* watcher = nullptr;
     DriveTable* drives = nullptr;
+    MetaCache* metaCache = nullptr;
     EditorFactory* editors = nullptr;
     RenderSessions* sessions = nullptr;
 };
@@ -68,7 +72,7 @@ struct InfoRequest {
 
 struct ExportRequest {
     std::vector<PhotoUrl> photos; // in the grid's order
-    std::uint64_t token = 0;           // tells two equal requests apart
+    std::uint64_t token = 0;      // tells two equal requests apart
     bool operator==(const ExportRequest&) const = default;
 };
 
@@ -101,10 +105,10 @@ public:
     // --- Folders ---
     using FolderSet = std::set<FolderUrl>;
     const Published<std::vector<FolderUrl>>& folders() const; // as they were added
-    const Published<FolderSet>& missingFolders() const;                   // could not be listed
-    const Published<FolderSet>& indexingFolders() const;                  // scan queued or running
-    const Published<FolderSet>& unsavedFavorites() const; // favourites not written yet
-    const Published<FolderSet>& unsavedEdits() const;     // edits not written yet
+    const Published<FolderSet>& missingFolders() const;       // could not be listed
+    const Published<FolderSet>& indexingFolders() const;      // scan queued or running
+    const Published<FolderSet>& unsavedFavorites() const;     // favourites not written yet
+    const Published<FolderSet>& unsavedEdits() const;         // edits not written yet
     // The photos of a folder, in the order of their file names' bytes; null when none were found
     // yet. The block never changes; a later scan may put another in its place.
     FolderPhotos photos(const FolderUrl& folder) const;
@@ -164,18 +168,21 @@ public:
     const Published<PhotoSet>& selection() const;
     const Published<std::optional<PhotoUrl>>& scrollTarget() const;
     const Published<std::optional<InfoRequest>>& infoRequest() const;
+    // The answer to the current request; none while it is being read, and a `PhotoInfo` without
+    // values when the photo can't be read.
+    const Published<std::optional<PhotoInfo>>& info() const;
     const Published<std::optional<ExportRequest>>& exportRequest() const;
 
     void setSelection(PhotoSet selection); // prepares the first photo for the editor
-    void selectAll();                         // all visible photos
+    void selectAll();                      // all visible photos
     void setScrollTarget(std::optional<PhotoUrl> target);
-    void requestInfo(std::optional<PhotoUrl> photo);
+    void requestInfo(std::optional<PhotoUrl> photo); // none closes the panel
     void requestExport(); // of the open photo or the selection; nothing when there is none
     void endExportRequest();
 
     // --- Editing ---
     const Published<std::optional<PhotoUrl>>& openPhoto() const; // in the editor
-    LibraryEditor* editor() const;                                    // null while none is open
+    LibraryEditor* editor() const;                               // null while none is open
     bool isEditing() const { return openPhoto().get().has_value(); }
     const Published<std::optional<Adjustments>>& clipboard() const;
 

@@ -33,6 +33,15 @@ inline std::string_view extensionOf(std::string_view url) {
     return dot == std::string_view::npos || dot == 0 ? std::string_view() : name.substr(dot + 1);
 }
 
+// The file of that name in the folder.
+inline PhotoUrl photoUrl(std::string_view folder, std::string_view fileName) {
+    PhotoUrl url;
+    url.reserve(folder.size() + 1 + fileName.size());
+    url.append(folder);
+    if (!folder.ends_with('/')) url.push_back('/');
+    return url.append(fileName);
+}
+
 struct Photo {
     PhotoUrl url;
     std::string name; // the file name without its extension
@@ -48,10 +57,7 @@ struct Photo {
 inline Photo makePhoto(std::string_view folder, std::string_view fileName, PhotoKind kind,
                        std::int64_t fileSize, FileTime modified, FileTime created) {
     Photo photo;
-    photo.url.reserve(folder.size() + 1 + fileName.size());
-    photo.url.append(folder);
-    if (!folder.ends_with('/')) photo.url.push_back('/');
-    photo.url.append(fileName);
+    photo.url = photoUrl(folder, fileName);
     const std::string_view extension = extensionOf(fileName);
     photo.name = fileName.substr(0, fileName.size() - extension.size() - !extension.empty());
     photo.isRaw = kind == PhotoKind::raw;

@@ -224,7 +224,8 @@ void PhotoTable::applyFilter(const PhotoFilter& filter, Flags& flags) const {
 }
 
 void PhotoTable::applySearch(const std::string& searchText, Flags& flags) const {
-    for (const std::string& token : SearchQuery(searchText, rules_).tokens()) {
+    const SearchQuery query(searchText, rules_);
+    for (const std::string& token : query.tokens()) {
         const Flags words = vocabulary_.contains(token);
         const bool isEdited = SearchQuery::namesEdited(token);
         const bool isFavorite = SearchQuery::namesFavorite(token);

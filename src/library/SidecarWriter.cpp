@@ -5,10 +5,6 @@
 namespace kelvaro {
 namespace {
 
-PhotoUrl photoIn(const FolderUrl& folder, const std::string& name) {
-    return folder.ends_with('/') ? folder + name : folder + '/' + name;
-}
-
 // Takes out what is on the disk, unless it has changed again since.
 void eraseWritten(auto& pending, const std::map<std::string, std::uint64_t>& written) {
     for (const auto& [name, revision] : written) {
@@ -36,20 +32,27 @@ SidecarWriter::~SidecarWriter() {
 void SidecarWriter::adopt() {
     auto left = journal_.read();
     if (left) journaled_ = *left;
-    poster_.post([this, found = left ? std::move(*left) : Unsaved{}] {
-        pending_.with([&](auto& pending) {
-            for (const auto& [photo, edit] : found.edits) {
-                pending[FolderUrl(folderOf(photo))].edits.try_emplace(
-                    std::string(fileNameOf(photo)), PendingEdit{edit, ++revision_, true});
-            }
-            for (const auto& [photo, favorite] : found.favorites) {
-                pending[FolderUrl(folderOf(photo))].favorites.try_emplace(
-                    std::string(fileNameOf(photo)), PendingFavorite{favorite, ++revision_});
-            }
-        });
-        tools_.found(found);
+    poster_.post([this, left = left ? std::move(*left) : Unsaved{}] {
+        takeFound(left);
         --running_;
     });
+}
+
+void SidecarWriter::takeFound(const Unsaved& left) {
+    FoundUnsaved found;
+    pending_.with([&](auto& all) {
+        for (const auto& [photo, edit] : left.edits) {
+            const auto [at, isNew] = all[FolderUrl(folderOf(photo))].edits.try_emplace(
+                std::string(fileNameOf(photo)), PendingEdit{edit, revision_ + 1, true});
+            if (isNew) found.edits[photo] = {edit, ++revision_};
+        }
+        for (const auto& [photo, favorite] : left.favorites) {
+            const auto [at, isNew] = all[FolderUrl(folderOf(photo))].favorites.try_emplace(
+                std::string(fileNameOf(photo)), PendingFavorite{favorite, revision_ + 1});
+            if (isNew) found.favorites[photo] = {favorite, ++revision_};
+        }
+    });
+    if (!found.edits.empty() || !found.favorites.empty()) tools_.found(found);
 }
 
 std::uint64_t SidecarWriter::saveEdit(const PhotoUrl& photo, const Adjustments& adjustments,
@@ -83,8 +86,8 @@ void SidecarWriter::retry(const FolderUrl& folder) {
 
 // One attempt writes whatever is pending when it begins, so that a slider's many saves become few.
 void SidecarWriter::queueAttempt(const FolderUrl& folder, bool isRetry) {
-    const bool isQueued = pending_.with(
-        [&](auto& pending) { return std::exchange(pending[folder].isQueued, true); });
+    const bool isQueued =
+        pending_.with([&](auto& pending) { return std::exchange(pending[folder].isQueued, true); });
     if (isQueued) return;
     ++running_;
     queue_.post([this, folder, isRetry] { attempt(folder, isRetry); });
@@ -127,7 +130,7 @@ Result<void> SidecarWriter::writeEdit(const PhotoUrl& photo, const PendingEdit& 
 void SidecarWriter::writeEdits(const FolderUrl& folder, const Pending& pending,
                                WriteOutcome& outcome) {
     for (const auto& [name, edit] : pending.edits) {
-        if (auto written = writeEdit(photoIn(folder, name), edit))
+        if (auto written = writeEdit(photoUrl(folder, name), edit))
             outcome.edits.emplace(name, edit.revision);
         else
             outcome.editsFailure = std::move(written).error();
@@ -141,7 +144,7 @@ void SidecarWriter::writeFavorites(const FolderUrl& folder, const Pending& pendi
     for (const auto& [name, favorite] : pending.favorites)
         changes.emplace(name, favorite.favorite);
     const bool isMounted = std::any_of(changes.begin(), changes.end(), [&](const auto& change) {
-        return isThere(photoIn(folder, change.first));
+        return isThere(photoUrl(folder, change.first));
     });
     if (!isMounted) {
         outcome.favoritesFailure = Sidecar::FolderUnavailable(folder);
@@ -156,37 +159,47 @@ void SidecarWriter::writeFavorites(const FolderUrl& folder, const Pending& pendi
         outcome.favorites.emplace(name, favorite.revision);
 }
 
-// Takes out of the pending what was written and has not changed since, and keeps the journal equal
-// to what is left.
-void SidecarWriter::settle(const Pending& tried, const WriteOutcome& outcome) {
-    Unsaved put, done;
-    for (const auto& [name, edit] : tried.edits) {
-        const PhotoUrl photo = photoIn(outcome.folder, name);
-        if (!outcome.edits.contains(name))
-            put.edits.emplace(photo, edit.edit);
-        else if (journaled_.edits.contains(photo))
-            done.edits.emplace(photo, edit.edit);
-    }
-    for (const auto& [name, favorite] : tried.favorites) {
-        const PhotoUrl photo = photoIn(outcome.folder, name);
-        if (!outcome.favorites.contains(name))
-            put.favorites.emplace(photo, favorite.favorite);
-        else if (journaled_.favorites.contains(photo))
-            done.favorites.emplace(photo, favorite.favorite);
-    }
+// Takes out of the pending what was written and has not changed since.
+void SidecarWriter::settle(const Pending& tried, WriteOutcome& outcome) {
     pending_.with([&](auto& all) {
         const auto found = all.find(outcome.folder);
         if (found == all.end()) return; // discarded meanwhile
         Pending& left = found->second;
         eraseWritten(left.edits, outcome.edits);
         eraseWritten(left.favorites, outcome.favorites);
-        for (auto& [name, edit] : left.edits)
-            edit.waited = edit.waited || put.edits.contains(photoIn(outcome.folder, name));
-        if (left.edits.empty() && left.favorites.empty() && !left.isQueued)
-            all.erase(found);
+        for (auto& [name, edit] : left.edits) {
+            const auto before = tried.edits.find(name);
+            if (before != tried.edits.end() && before->second.revision == edit.revision)
+                edit.waited = true;
+        }
+        outcome.editsPending = !left.edits.empty();
+        outcome.favoritesPending = !left.favorites.empty();
+        if (!outcome.editsPending && !outcome.favoritesPending && !left.isQueued) all.erase(found);
     });
+    keepJournal(outcome.folder, tried, outcome);
+}
+
+// The journal has what failed, and no longer what is on the disk. Where the journal can't be
+// written, the change stays in memory and the next attempt tries again.
+void SidecarWriter::keepJournal(const FolderUrl& folder, const Pending& tried,
+                                const WriteOutcome& outcome) {
+    Unsaved put, done;
+    for (const auto& [name, edit] : tried.edits) {
+        const PhotoUrl photo = photoUrl(folder, name);
+        if (!outcome.edits.contains(name))
+            put.edits.emplace(photo, edit.edit);
+        else if (journaled_.edits.contains(photo))
+            done.edits.emplace(photo, edit.edit);
+    }
+    for (const auto& [name, favorite] : tried.favorites) {
+        const PhotoUrl photo = photoUrl(folder, name);
+        if (!outcome.favorites.contains(name))
+            put.favorites.emplace(photo, favorite.favorite);
+        else if (journaled_.favorites.contains(photo))
+            done.favorites.emplace(photo, journaled_.favorites.at(photo));
+    }
     if (put.isEmpty() && done.isEmpty()) return;
-    if (!journal_.change(put, done)) return; // it stays in memory, and the next attempt tries again
+    if (!journal_.change(put, done)) return;
     for (const auto& [photo, edit] : put.edits)
         journaled_.edits.insert_or_assign(photo, edit);
     for (const auto& [photo, favorite] : put.favorites)

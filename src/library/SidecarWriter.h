@@ -25,7 +25,14 @@ struct WriteOutcome {
     // edit of another program instead, where ours had waited.
     std::map<std::string, std::uint64_t> edits, favorites;
     std::optional<Failure> editsFailure, favoritesFailure;
+    bool editsPending = false, favoritesPending = false; // something is left to be written
     bool wasRetry = false; // of things that had failed before, without a new change
+};
+
+// What the journal had, with the revisions under which it is pending now.
+struct FoundUnsaved {
+    std::map<PhotoUrl, std::pair<StoredEdit, std::uint64_t>> edits;
+    std::map<PhotoUrl, std::pair<bool, std::uint64_t>> favorites;
 };
 
 class SidecarWriter {
@@ -38,7 +45,7 @@ public:
         std::filesystem::path support; // the folder of the journal
         std::atomic<std::uint64_t>& writes;
         std::function<void(const WriteOutcome&)> ended;
-        std::function<void(const Unsaved&)> found; // on the main thread, once: the journal's content
+        std::function<void(const FoundUnsaved&)> found; // on the main thread, at most once
     };
 
     // Reads the journal; what it has is pending from the start.
@@ -75,12 +82,14 @@ private:
     };
 
     void adopt();
+    void takeFound(const Unsaved& left);
     void queueAttempt(const FolderUrl& folder, bool isRetry);
     void attempt(const FolderUrl& folder, bool isRetry);
     Result<void> writeEdit(const PhotoUrl& photo, const PendingEdit& pending);
     void writeEdits(const FolderUrl& folder, const Pending& pending, WriteOutcome& outcome);
     void writeFavorites(const FolderUrl& folder, const Pending& pending, WriteOutcome& outcome);
-    void settle(const Pending& tried, const WriteOutcome& outcome);
+    void settle(const Pending& tried, WriteOutcome& outcome);
+    void keepJournal(const FolderUrl& folder, const Pending& tried, const WriteOutcome& outcome);
     bool isThere(const PhotoUrl& photo);
 
     Tools tools_;

@@ -12,7 +12,7 @@ namespace {
 constexpr std::int64_t largestFile = 1 << 30;
 constexpr double lockPatienceSeconds = 10;
 constexpr std::string_view editsKey = "edits", favoritesKey = "favorites", editKey = "adjustments",
-                           editedAtKey = "editedAt", favoriteKey = "favorite";
+                           editedAtKey = "editedAt";
 
 // Both parts of the document are objects, keyed by the photo's location.
 json::Object part(json::Object& document, std::string_view key) {

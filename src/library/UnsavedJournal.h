@@ -28,8 +28,8 @@ public:
 
     // Entries that can't be read are left out, and stay in the file.
     Result<Unsaved> read();
-    // Puts `put` in the place of what is known of its photos, and takes out what `done` has: an edit
-    // unless the file's one is later, a favourite when it is the same.
+    // Puts `put` in the place of what is known of its photos, and takes out what `done` has: an
+    // edit unless the file's one is later, a favourite when it is the same.
     Result<void> change(const Unsaved& put, const Unsaved& done);
 
 private:

@@ -23,13 +23,16 @@ struct FileTime {
     bool operator==(const FileTime&) const = default;
 };
 
+// Seconds since 1970 as a time; what nanoseconds can't count becomes the nearest end, NaN 1970.
+FileTime timeFromSeconds(double seconds);
+
 struct FileStatus {
     enum class Kind { file, folder, other };
     Kind kind = Kind::file;
     std::int64_t size = 0; // bytes
     FileTime modified;
-    FileTime created{};          // the birth time, else the earlier of modification and change
-    std::uint64_t identity = 0;  // the file's number on its disk; a replaced file has another
+    FileTime created{};         // the birth time, else the earlier of modification and change
+    std::uint64_t identity = 0; // the file's number on its disk; a replaced file has another
     bool operator==(const FileStatus&) const = default;
 };
 

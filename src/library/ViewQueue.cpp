@@ -1,0 +1,82 @@
+#include "library/ViewQueue.h"
+
+#include <algorithm>
+
+namespace kelvaro {
+namespace {
+
+using Selection = std::unordered_set<PhotoUrl>;
+
+// None when all of the selection is in the view.
+std::optional<Selection> keptOf(const Selection& selection, const LibraryView& view) {
+    if (selection.empty()) return std::nullopt;
+    Selection kept;
+    for (const Photo* photo : view.photos) {
+        if (selection.contains(photo->url)) kept.insert(photo->url);
+    }
+    if (kept.size() == selection.size()) return std::nullopt;
+    return kept;
+}
+
+} // namespace
+
+ViewQueue::ViewQueue(const TextRules& rules, const LocalCalendar& calendar, const Clock& clock,
+                     MainThread& main, std::function<void(ViewAnswer)> answered)
+    : clock_(clock), poster_(main), answered_(std::move(answered)), table_(rules, calendar) {}
+
+ViewQueue::~ViewQueue() {
+    queue_.waitUntilIdle();
+}
+
+void ViewQueue::change(Source source, std::function<void(PhotoTable&)> job) {
+    ++changesWaiting_;
+    ++running_;
+    queue_.post([this, source, job = std::move(job)] {
+        job(table_);
+        tableChanged_ = true;
+        --changesWaiting_;
+        answerIfDue(source);
+        poster_.post([this] { --running_; });
+    });
+}
+
+std::uint64_t ViewQueue::show(ViewRequest request, Selection selection) {
+    const std::uint64_t number = question_.with([&](Question& question) {
+        question.request = std::move(request);
+        question.selection = std::make_shared<const Selection>(std::move(selection));
+        return ++question.number;
+    });
+    ++running_;
+    queue_.post([this, number] {
+        // Else a later question was answered already.
+        if (answeredNumber_ < number) answer();
+        poster_.post([this] { --running_; });
+    });
+    return number;
+}
+
+void ViewQueue::answerIfDue(Source source) {
+    const bool isLast = changesWaiting_ == 0 && !isStreaming_;
+    if (source == Source::user || isLast || clock_.monotonicSeconds() >= nextDue_) answer();
+}
+
+void ViewQueue::answer() {
+    constexpr double shortestPause = 0.15; // seconds between views while changes stream in
+    constexpr double largestShare = 0.2;   // of the queue's time that goes into them
+    const double begun = clock_.monotonicSeconds();
+    const Question question = question_.copy();
+    if (question.number == 0) return; // nobody has asked yet
+    ViewAnswer answer{.question = question.number};
+    answer.view = std::make_shared<const LibraryView>(table_.query(question.request));
+    if (tableChanged_ || !(answeredScope_ == question.request.scope))
+        answer.options = table_.filterOptions(question.request);
+    answer.kept = keptOf(*question.selection, *answer.view);
+    tableChanged_ = false;
+    answeredNumber_ = question.number;
+    answeredScope_ = question.request.scope;
+    const double ended = clock_.monotonicSeconds();
+    nextDue_ = ended + std::max(shortestPause, (ended - begun) / largestShare);
+    poster_.post([this, answer = std::move(answer)]() mutable { answered_(std::move(answer)); });
+}
+
+} // namespace kelvaro

@@ -1,0 +1,77 @@
+// Searching, sorting and grouping away from the main thread: the table of all photos on a queue of
+// its own, and the latest view of it. Called on the main thread; views come back there as immutable
+// blocks.
+#pragma once
+
+#include "base/Clock.h"
+#include "base/Locked.h"
+#include "base/MainPoster.h"
+#include "base/SerialQueue.h"
+#include "library/PhotoTable.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace kelvaro {
+
+struct ViewAnswer {
+    std::shared_ptr<const LibraryView> view;
+    std::optional<FilterOptions> options; // where they may have changed
+    // Of the selection that the question came with, those that are still shown; none when all are.
+    std::optional<std::unordered_set<PhotoUrl>> kept;
+    std::uint64_t question = 0; // the number of the question
+};
+
+class ViewQueue {
+public:
+    // All outlive the queue; `answered` is called on the main thread.
+    ViewQueue(const TextRules& rules, const LocalCalendar& calendar, const Clock& clock,
+              MainThread& main, std::function<void(ViewAnswer)> answered);
+    ~ViewQueue();
+
+    // Changes the table on the queue's thread, then shows it anew; while results stream in, only
+    // now and then.
+    enum class Source { user, stream };
+    void change(Source source, std::function<void(PhotoTable&)> job);
+    // Whether more is about to come from scans. Ask a question at the end of a stream.
+    void setStreaming(bool streaming) { isStreaming_ = streaming; }
+    bool isStreaming() const { return isStreaming_; }
+    // Asks another question; returns its number.
+    std::uint64_t show(ViewRequest request, std::unordered_set<PhotoUrl> selection);
+    // Lets go of something large elsewhere than on the main thread.
+    template<class T>
+    void dispose(T thing) {
+        queue_.post([held = std::make_shared<T>(std::move(thing))]() mutable { held.reset(); });
+    }
+    bool isIdle() const { return running_ == 0; }
+
+private:
+    struct Question {
+        ViewRequest request;
+        std::shared_ptr<const std::unordered_set<PhotoUrl>> selection;
+        std::uint64_t number = 0;
+    };
+
+    void answer();
+    void answerIfDue(Source source);
+
+    const Clock& clock_;
+    const MainPoster poster_;
+    std::function<void(ViewAnswer)> answered_;
+    PhotoTable table_; // the fields up to nextDue_: on the queue alone
+    bool tableChanged_ = true;
+    std::uint64_t answeredNumber_ = 0;
+    Scope answeredScope_;
+    double nextDue_ = 0; // monotonic seconds
+    Locked<Question> question_;
+    std::atomic<int> changesWaiting_{0}, running_{0};
+    std::atomic<bool> isStreaming_{false};
+    SerialQueue queue_{"kelvaro.library"}; // last: its jobs use all of the above
+};
+
+} // namespace kelvaro
