@@ -34,6 +34,10 @@ FileTime timeOf(const timespec& time) {
     return {seconds * perSecond + time.tv_nsec};
 }
 
+FileStatus statusFrom(const struct stat& found) {
+    return {kindOf(found.st_mode), found.st_size, timeOf(found.st_mtim)};
+}
+
 FileStatus::Kind kindOf(const dirent& entry, int folder) {
     switch (entry.d_type) {
     case DT_REG:
@@ -88,7 +92,7 @@ Result<FileStatus> PosixFileSystem::status(const fs::path& path) {
     if (::stat(path.c_str(), &found) != 0) {
         return fail(systemFailure(FileAction::reading, path, errno));
     }
-    return FileStatus{kindOf(found.st_mode), found.st_size, timeOf(found.st_mtim)};
+    return statusFrom(found);
 }
 
 Result<std::vector<FolderEntry>> PosixFileSystem::list(const fs::path& folder) {
@@ -157,7 +161,42 @@ Result<void> PosixFileSystem::createFolder(const fs::path& folder) {
 }
 
 Result<std::unique_ptr<PendingFile>> PosixFileSystem::create(const fs::path& target) {
-    return PosixPendingFile::begin(target);
+    return PosixPendingFile::begin(target, {});
+}
+
+Result<std::unique_ptr<PendingFile>> PosixFileSystem::createWith(const fs::path& target,
+                                                                 const PendingOptions& options) {
+    return PosixPendingFile::begin(target, options);
+}
+
+Result<FileStatus> PosixFileSystem::linkStatus(const fs::path& path) {
+    struct stat found {};
+    if (::lstat(path.c_str(), &found) != 0) {
+        return fail(systemFailure(FileAction::reading, path, errno));
+    }
+    return statusFrom(found);
+}
+
+Result<bool> PosixFileSystem::removeAbandoned(const fs::path& temporary, FileTime before) {
+    const Descriptor file(uninterrupted([&] {
+        return ::open(temporary.c_str(), O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
+    }));
+    struct stat found {};
+    if (!file || ::fstat(file.number(), &found) != 0) {
+        return fail(systemFailure(FileAction::removing, temporary, errno));
+    }
+    if (!S_ISREG(found.st_mode)) return false;
+    switch (markAsWritten(file)) {
+    case WriterMark::othersHoldIt:
+        return false;
+    case WriterMark::unknown:
+        if (timeOf(found.st_mtim).nanoseconds >= before.nanoseconds) return false;
+        break;
+    case WriterMark::ours:
+        break;
+    }
+    if (auto removed = remove(temporary); !removed) return fail(std::move(removed).error());
+    return true;
 }
 
 Result<void> PosixFileSystem::remove(const fs::path& path) {
