@@ -20,11 +20,15 @@ struct DecodedBitmap {
     std::string
         profileName; // of the embedded profile; "sRGB" or "Linear Rec. 709" where there is none
     int fileBitsPerSample = 8;
+    PixelSize fullSize = {}; // upright; larger than `pixels` where less was enough
 };
 
 struct DecodeLimits {
     std::int64_t maximumPixels = 1'000'000'000; // claimed sizes above are refused before allocation
     std::int64_t maximumBytes = std::int64_t(8) << 30; // of decoded samples
+    // Where the format allows it (JPEG) the picture is reduced by 2, 4 or 8 while it is decoded, as
+    // long as its longer side keeps so many pixels. 0 asks for all of them.
+    int enoughSide = 0;
 };
 
 class ImageReader {

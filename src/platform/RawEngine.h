@@ -7,6 +7,7 @@
 #include "platform/Image.h"
 
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -28,10 +29,14 @@ struct RawDevelopSettings {
     int reduction = 1;        // 1 full size, 2 half size (one pixel per 2 × 2 block)
 };
 
+// A JPEG file in memory that stands for itself: it carries the orientation to apply and, where its
+// colours are not sRGB, the profile to read them with, even where the RAW file kept them elsewhere.
 struct EmbeddedPreview {
-    std::vector<std::byte> bytes; // a JPEG file in memory
-    int orientation = 1;          // EXIF orientation to apply when the JPEG itself says nothing
+    std::vector<std::byte> bytes;
+    PixelSize size; // upright
 };
+
+inline constexpr int kLargestPreview = std::numeric_limits<int>::max();
 
 // One open RAW file. Not thread-safe; may be used from any one thread at a time.
 class RawFile {
@@ -42,8 +47,11 @@ public:
     // full float range: negative and over-range values are kept, non-finite ones become 0.
     virtual Result<std::shared_ptr<const PixelSource>>
     develop(const RawDevelopSettings& settings, const Cancellation* cancellation) = 0;
-    // The largest embedded JPEG, without decoding the RAW data; none when the file has none.
-    virtual Result<std::optional<EmbeddedPreview>> preview() = 0;
+    // The smallest embedded JPEG whose longer side has at least so many pixels, else the largest
+    // one; none when the file has none. Neither the RAW data nor the JPEG is decoded, so that this
+    // takes a few milliseconds.
+    virtual Result<std::optional<EmbeddedPreview>> preview(int atLeastPx) = 0;
+    Result<std::optional<EmbeddedPreview>> preview() { return preview(kLargestPreview); }
 };
 
 class RawEngine {

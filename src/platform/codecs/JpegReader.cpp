@@ -158,6 +158,15 @@ std::optional<ColourModel> chooseModel(jpeg_decompress_struct& info) {
     }
 }
 
+// The largest reduction that leaves `enough` pixels on the longer side.
+int reductionOf(const jpeg_decompress_struct& info, int enough) {
+    const auto longer = int(std::max(info.image_width, info.image_height));
+    int reduction = 1;
+    while (enough > 0 && reduction < 8 && longer / (reduction * 2) >= enough)
+        reduction *= 2;
+    return reduction;
+}
+
 // Files that close with an end marker were not cut: what is missing there is damage.
 bool endsWithMarker(ByteSource& source) {
     std::array<std::byte, 2> last{};
@@ -210,7 +219,15 @@ Result<DecodedBitmap> decodeJpeg(const DecodeJob& job) {
     if (!model) return fail(job.unsupported("an unknown set of JPEG colour channels"));
     JpegIcc profile;
     StoredPicture stored;
-    stored.size = {int(info->image_width), int(info->image_height)};
+    stored.fullSize = {int(info->image_width), int(info->image_height)};
+    if (auto sane = checkClaimedSize(job, stored.fullSize.width, stored.fullSize.height, 3, 0, 0);
+        !sane)
+        return fail(std::move(sane).error());
+    info->scale_num = 1;
+    info->scale_denom = unsigned(reductionOf(*info, job.limits.enoughSide));
+    if (!guarded(input->errors, [info] { jpeg_calc_output_dimensions(info); }))
+        return fail(failureOf(*input));
+    stored.size = {int(info->output_width), int(info->output_height)};
     stored.model = *model;
     stored.orientation = orientationOf(*info);
     stored.icc = readProfile(*input, profile);

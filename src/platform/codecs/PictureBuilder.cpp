@@ -133,6 +133,8 @@ PictureBuilder::PictureBuilder(const StoredPicture& stored, ColourDecoding colou
                                SampleType outputType, std::unique_ptr<RowTransform> transform,
                                int transformChannels)
     : width_(stored.size.width),
+      fullSize_(uprightSize(stored.fullSize.width > 0 ? stored.fullSize : stored.size,
+                            stored.orientation)),
       model_(stored.model),
       alpha_(stored.alpha),
       storedType_(stored.type),
@@ -227,7 +229,8 @@ void PictureBuilder::transformRow(const Sample* from, float* to) {
 }
 
 DecodedBitmap PictureBuilder::finish() {
-    return {upright_.take(), std::move(colour_), std::move(profileName_), fileBitsPerSample_};
+    return {upright_.take(), std::move(colour_), std::move(profileName_), fileBitsPerSample_,
+            fullSize_};
 }
 
 } // namespace kelvaro

@@ -25,7 +25,8 @@ enum class AlphaKind { none, straight, premultiplied };
 
 // What the rows that a decoder delivers look like: colour channels interleaved, alpha last.
 struct StoredPicture {
-    PixelSize size; // before orientation
+    PixelSize size;          // before orientation
+    PixelSize fullSize = {}; // where the rows are reduced; else empty
     ColourModel model = ColourModel::rgb;
     AlphaKind alpha = AlphaKind::none;
     SampleType type = SampleType::u8; // f32 for lab
@@ -63,6 +64,7 @@ private:
     void finishRow();
 
     int width_;
+    PixelSize fullSize_; // upright
     ColourModel model_;
     AlphaKind alpha_;
     SampleType storedType_;

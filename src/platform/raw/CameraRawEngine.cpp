@@ -45,13 +45,17 @@ public:
         }
     }
 
-    Result<std::optional<EmbeddedPreview>> preview() override { return decoder_->preview(); }
+    using RawFile::preview;
+    Result<std::optional<EmbeddedPreview>> preview(int atLeastPx) override {
+        return decoder_->preview(atLeastPx);
+    }
 
 private:
     void matchBrightness(const SensorImage& sensor, const Cancellation* cancellation) {
         if (isMatched_ || decoder_->statesExposure() || !previews_) return;
         isMatched_ = true;
-        const auto preview = decoder_->preview();
+        constexpr int kMatchPixels = 512; // along the longer side; every 64th pixel is looked at
+        const auto preview = decoder_->preview(kMatchPixels);
         if (!preview || !*preview) return;
         constexpr DecodeLimits kLimits{100'000'000, std::int64_t(1) << 29};
         const auto picture =

@@ -161,7 +161,10 @@ bool LibRawAccess::isLossyDng() {
 JpegPlace LibRawAccess::thumbnail() {
     const auto& internal = get_internal_data_pointer()->internal_data;
     if (internal.toffset <= 0) return {};
-    return {std::uint64_t(internal.toffset), imgdata.thumbnail.tlength, 0};
+    JpegPlace place;
+    place.offset = std::uint64_t(internal.toffset);
+    place.bytes = imgdata.thumbnail.tlength;
+    return place;
 }
 
 bool LibRawAccess::attachSamples(SensorImage& image) {

@@ -4,6 +4,7 @@
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
 #include "platform/raw/SensorStatistics.h"
+#include "platform/raw/StandaloneJpeg.h"
 
 #include <algorithm>
 #include <cmath>
@@ -275,31 +276,32 @@ Result<SensorImage> RawDecoder::processed(int reduction) {
     return image;
 }
 
-Result<std::optional<EmbeddedPreview>> RawDecoder::preview() {
+Result<std::optional<EmbeddedPreview>> RawDecoder::preview(int atLeastPx) {
     const ReadAt read = [this](std::uint64_t offset, std::span<std::byte> bytes) {
         return stream_->readAt(INT64(offset), bytes);
     };
-    auto candidates = jpegCandidates(*directories_);
-    candidates.push_back(library_->thumbnail());
-    std::optional<JpegPlace> best;
-    for (const JpegPlace& place : candidates) {
-        if (place.bytes == 0) continue;
-        const auto found = jpegAt(read, place.offset, place.bytes, std::uint64_t(stream_->size()));
-        if (found && found->bytes <= kMaximumPreviewBytes &&
-            (!best || found->pixels > best->pixels)) {
-            best = found;
-        }
-    }
-    if (!best) return std::optional<EmbeddedPreview>();
     try {
-        EmbeddedPreview preview;
-        preview.bytes.resize(best->bytes);
-        if (read(best->offset, preview.bytes) != preview.bytes.size()) {
+        auto candidates = jpegCandidates(*directories_);
+        candidates.push_back(library_->thumbnail());
+        const auto colour = statedColour(*directories_);
+        std::vector<JpegPlace> places;
+        for (JpegPlace& candidate : candidates) {
+            if (candidate.bytes == 0) continue;
+            if (!candidate.colour) candidate.colour = colour;
+            const auto found = jpegAt(read, candidate, std::uint64_t(stream_->size()));
+            if (found && found->bytes <= kMaximumPreviewBytes) places.push_back(*found);
+        }
+        const JpegPlace* chosen = chosenJpeg(places, atLeastPx);
+        if (!chosen) return std::optional<EmbeddedPreview>();
+        std::vector<std::byte> bytes(chosen->bytes);
+        if (read(chosen->offset, bytes) != bytes.size()) {
             return fail(FailureKind::unreadable, "The file \"" + name_ + "\" cannot be read.");
         }
-        preview.bytes[0] = std::byte{0xff};
-        preview.bytes[1] = std::byte{0xd8};
-        preview.orientation = description_.orientation;
+        EmbeddedPreview preview;
+        preview.bytes = standaloneJpeg(std::move(bytes), *chosen, description_.orientation);
+        preview.size = chosen->size;
+        if (chosen->orientation.value_or(description_.orientation) >= 5)
+            std::swap(preview.size.width, preview.size.height);
         return std::optional(std::move(preview));
     } catch (const std::bad_alloc&) {
         return fail(failure(LIBRAW_UNSUFFICIENT_MEMORY));

@@ -32,8 +32,8 @@ public:
     // own processing: linear, full colour, already balanced, at half size when `reduction` is 2.
     // Failures: malformed (damaged or cut off), tooLarge, outOfMemory, cancelled.
     Result<SensorImage> samples(int reduction, const Cancellation* cancellation);
-    // The largest embedded JPEG.
-    Result<std::optional<EmbeddedPreview>> preview();
+    // See RawFile::preview.
+    Result<std::optional<EmbeddedPreview>> preview(int atLeastPx);
     // Whether the file itself says how far to brighten.
     bool statesExposure() const { return dng_.has_value(); }
     const std::string& name() const { return name_; } // of the file, for messages

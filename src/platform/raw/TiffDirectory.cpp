@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t kMaximumDirectories = 32, kMaximumEntries = 1024;
 constexpr int kMaximumDepth = 4;
-constexpr std::uint16_t kSubDirectories = 330, kExifDirectory = 34665;
+constexpr std::uint16_t kSubDirectories = 330, kExifDirectory = 34665,
+                        kInteroperabilityDirectory = 40965;
 
 std::uint64_t integerAt(const std::byte* p, int bytes, bool bigEndian) {
     std::uint64_t value = 0;
@@ -143,7 +144,8 @@ void TiffFile::walk(std::uint64_t offset, int depth) {
             directory.entries_.emplace(tag, entry); // the first of two entries counts
         }
         std::vector<std::uint64_t> below;
-        for (const std::uint16_t pointer : {kSubDirectories, kExifDirectory}) {
+        for (const std::uint16_t pointer :
+             {kSubDirectories, kExifDirectory, kInteroperabilityDirectory}) {
             for (const double at : directory.numbers(pointer, 16)) {
                 if (at > 0) below.push_back(std::uint64_t(at));
             }

@@ -46,8 +46,8 @@ private:
 
 class TiffFile {
 public:
-    // Walks the chained directories and the ones that SubIFDs and the EXIF pointer name; at
-    // most 32. Not a TIFF file: no directories.
+    // Walks the chained directories and the ones that SubIFDs, the EXIF pointer and the
+    // interoperability pointer name; at most 32. Not a TIFF file: no directories.
     explicit TiffFile(ReadAt read);
     const std::vector<TiffDirectory>& directories() const { return directories_; }
 

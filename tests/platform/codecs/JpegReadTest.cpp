@@ -27,6 +27,38 @@ TEST(JpegRead, EveryOrientationComesOutUpright) {
         }
 }
 
+TEST(JpegRead, ReducedWhereLessIsEnough) {
+    constexpr PixelSize kStored{320, 200};
+    struct Case {
+        int enough, reduction;
+    };
+    for (const Case test : {Case{0, 1}, {161, 1}, {160, 2}, {81, 2}, {80, 4}, {40, 8}, {1, 8}})
+        for (const bool progressive : {false, true}) {
+            SCOPED_TRACE(test.enough);
+            JpegOptions options;
+            options.progressive = progressive;
+            options.orientation = 6; // a quarter turn to the right
+            DecodeLimits limits;
+            limits.enoughSide = test.enough;
+            const Bytes file = makeJpeg(kStored, options);
+            const auto picture = makeImageReader()->decode(file, "reduced", limits);
+            ASSERT_TRUE(picture);
+            EXPECT_EQ(picture->fullSize, (PixelSize{200, 320}));
+            const int k = test.reduction;
+            ASSERT_EQ(picture->pixels.size, (PixelSize{200 / k, 320 / k}));
+            // Each pixel is the mean of a block.
+            const auto worst = worstDifference(picture->pixels, [&](int x, int y, int c) {
+                double sum = 0;
+                for (int i = 0; i < k * k; ++i) {
+                    const auto [sx, sy] = storedPosition(kStored, 6, x * k + i % k, y * k + i / k);
+                    sum += patternAt(kStored, sx, sy, c);
+                }
+                return sum / (k * k);
+            });
+            EXPECT_LT(worst, kLoss);
+        }
+}
+
 TEST(JpegRead, SenselessOrientationCountsAsUpright) {
     for (const int orientation : {9, 77, 65535}) {
         JpegOptions options;

@@ -29,6 +29,7 @@ struct SyntheticDng {
     std::array<double, 9> matrix{3.2409699, -1.5373832, -0.4986108, -0.9692436, 1.8759675,
                                  0.0415551, 0.0556301,  -0.2039770, 1.0569715};
     std::vector<int> opcodeList1, opcodeList2; // bytes
+    std::vector<std::byte> jpeg, secondJpeg;   // embedded previews
     // Scene value of a channel at (row, column) of the active area; 1 saturates.
     std::function<double(int row, int column, int channel)> scene;
 
@@ -56,6 +57,12 @@ public:
     void undefined(int tag, const std::vector<int>& v) {
         entry(tag, 7, v.size(), pack<std::uint8_t>(v));
     }
+    void undefined(int tag, const std::vector<std::byte>& v) {
+        std::vector<std::uint8_t> value;
+        for (const std::byte b : v)
+            value.push_back(std::uint8_t(b));
+        entry(tag, 7, v.size(), std::move(value));
+    }
     void text(int tag, const std::string& v) {
         entry(tag, 2, v.size() + 1, std::vector<std::uint8_t>(v.c_str(), v.c_str() + v.size() + 1));
     }
@@ -67,10 +74,16 @@ public:
         }
         entry(tag, isSigned ? 10 : 5, v.size(), pack<std::uint32_t>(flat));
     }
-    // The file: header, one directory, values, then `pixels`, whose offset goes into tag 273.
-    std::vector<std::uint8_t> file(const std::vector<std::uint8_t>& pixels) {
+    // The file: header, one directory, values, then `pixels`, whose offset goes into tag 273, and a
+    // JPEG, whose offset goes into tag 513.
+    std::vector<std::uint8_t> file(const std::vector<std::uint8_t>& pixels,
+                                   const std::vector<std::byte>& jpeg = {}) {
         longs(273, {0});
         longs(279, {int(pixels.size())});
+        if (!jpeg.empty()) {
+            longs(513, {0});
+            longs(514, {int(jpeg.size())});
+        }
         std::size_t position = 8 + 2 + entries_.size() * 12 + 4;
         std::vector<std::uint8_t> out{'I', 'I', 42, 0, 8, 0, 0, 0}, values;
         append(out, std::uint16_t(entries_.size()));
@@ -79,6 +92,8 @@ public:
             total += e.value.size() > 4 ? e.value.size() : 0;
         for (auto& [tag, e] : entries_) {
             if (tag == 273) e.value = pack<std::uint32_t>(std::vector<int>{int(total)});
+            if (tag == 513)
+                e.value = pack<std::uint32_t>(std::vector<int>{int(total + pixels.size())});
             append(out, std::uint16_t(tag));
             append(out, std::uint16_t(e.type));
             append(out, std::uint32_t(e.count));
@@ -93,6 +108,8 @@ public:
         append(out, std::uint32_t(0));
         out.insert(out.end(), values.begin(), values.end());
         out.insert(out.end(), pixels.begin(), pixels.end());
+        for (const std::byte b : jpeg)
+            out.push_back(std::uint8_t(b));
         return out;
     }
 
@@ -182,7 +199,8 @@ inline std::vector<std::uint8_t> SyntheticDng::bytes() const {
     if (!opcodeList1.empty()) t.undefined(51008, opcodeList1);
     if (!opcodeList2.empty()) t.undefined(51009, opcodeList2);
     t.longs(50829, {active[0], active[1], active[2], active[3]});
-    return t.file(pixels);
+    if (!secondJpeg.empty()) t.undefined(46, secondJpeg); // as one maker keeps it
+    return t.file(pixels, jpeg);
 }
 
 } // namespace kelvaro::test

@@ -1,6 +1,5 @@
 #include "platform/raw/TiffDirectory.h"
 #include "platform/raw/DngTags.h"
-#include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/SyntheticDng.h"
 
 #include <gtest/gtest.h>
@@ -75,24 +74,6 @@ TEST(DngTags, AnswersOnlyForThePictureAsked) {
     EXPECT_EQ(tags->filters->channels[1], 2);
     EXPECT_FALSE(tags->reachesPastEnd);
     EXPECT_TRUE(readDngTags(file, 64, 48, data.size() - 1)->reachesPastEnd);
-}
-
-TEST(EmbeddedJpeg, TellsPicturesFromRawDataAndGarbage) {
-    const auto frame = [](std::uint8_t marker, std::uint8_t bits) {
-        return std::vector<std::uint8_t>{0xff, 0xd8,   0xff, 0xe0, 0,    4, 1,  2,
-                                         0xff, marker, 0,    11,   bits, 0, 20, 0,
-                                         30,   1,      1,    0x11, 0,    0, 0,  0};
-    };
-    const auto pixels = [](const std::vector<std::uint8_t>& data) -> std::int64_t {
-        const auto place = jpegAt(from(data), 0, data.size(), data.size());
-        return place ? place->pixels : -1;
-    };
-    EXPECT_EQ(pixels(frame(0xc0, 8)), 600);
-    EXPECT_EQ(pixels(frame(0xc2, 8)), 600);
-    EXPECT_EQ(pixels(frame(0xc3, 14)), -1); // lossless: RAW data
-    EXPECT_EQ(pixels(frame(0xc0, 12)), -1);
-    EXPECT_EQ(pixels(std::vector<std::uint8_t>(100, 0xff)), -1);
-    EXPECT_EQ(pixels({0xff, 0xd8}), -1);
 }
 
 } // namespace

@@ -1,0 +1,93 @@
+#include "render/PhotoSessionCache.h"
+
+#include "develop/PhotoOpening.h"
+#include "platform/PhotoKinds.h"
+
+#include <algorithm>
+
+namespace kelvaro {
+
+PhotoSessionCache::PhotoSessionCache(RenderEngine& engine, PhotoSession::Parts parts,
+                                     std::size_t limitBytes)
+    : engine_(engine),
+      parts_(parts),
+      limitBytes_(limitBytes),
+      pressure_(engine.pressure().observe([this](MemoryPressure event) {
+          if (event != MemoryPressure::normal) shed();
+      })) {}
+
+Result<std::shared_ptr<PhotoSession>>
+PhotoSessionCache::session(const std::filesystem::path& photo) {
+    if (!photoKind(photo))
+        return fail(FailureKind::unsupported,
+                    "“" + photo.filename().string() + "” isn't a photo that Kelvaro knows.");
+    auto identity = photoIdentity(parts_.files, photo);
+    if (!identity) return fail(std::move(identity).error());
+    std::shared_ptr<PhotoSession> replaced; // let go outside the lock
+    return state_.with([&](State& state) {
+        const std::uint64_t now = ++state.clock;
+        for (Entry& entry : state.entries)
+            if (entry.session->photo() == photo) {
+                entry.lastUse = now;
+                if (entry.session->identity() == *identity) return entry.session;
+                replaced = std::exchange(entry.session, made(photo, *identity));
+                return entry.session;
+            }
+        state.entries.push_back({made(photo, *identity), now});
+        return state.entries.back().session;
+    });
+}
+
+std::shared_ptr<PhotoSession> PhotoSessionCache::made(const std::filesystem::path& photo,
+                                                      const std::string& identity) {
+    return std::make_shared<PhotoSession>(engine_, parts_, photo, identity);
+}
+
+std::vector<std::shared_ptr<PhotoSession>> PhotoSessionCache::byAge() const {
+    auto entries = state_.with([](State& state) { return state.entries; });
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry& a, const Entry& b) { return a.lastUse < b.lastUse; });
+    std::vector<std::shared_ptr<PhotoSession>> sessions;
+    for (Entry& entry : entries)
+        sessions.push_back(std::move(entry.session));
+    return sessions;
+}
+
+void PhotoSessionCache::forget(const std::shared_ptr<PhotoSession>& session) {
+    state_.with([&](State& state) {
+        std::erase_if(state.entries, [&](const Entry& entry) { return entry.session == session; });
+    });
+}
+
+// The last one used stays, however large it is.
+void PhotoSessionCache::trim() {
+    std::size_t total = bytes();
+    auto sessions = byAge();
+    for (std::size_t i = 0; i + 1 < sessions.size() && total > limitBytes_; ++i) {
+        const std::size_t freed = sessions[i]->bytes();
+        forget(sessions[i]);
+        total -= std::min(total, freed);
+    }
+}
+
+void PhotoSessionCache::shed() {
+    auto sessions = byAge();
+    for (std::size_t i = 0; i + 1 < sessions.size(); ++i)
+        forget(sessions[i]);
+    if (!sessions.empty()) sessions.back()->shed(false);
+    parts_.brushes.clear();
+    parts_.analyses.releaseMemory();
+}
+
+std::size_t PhotoSessionCache::bytes() const {
+    std::size_t total = 0;
+    for (const auto& session : byAge())
+        total += session->bytes();
+    return total;
+}
+
+std::size_t PhotoSessionCache::count() const {
+    return state_.with([](State& state) { return state.entries.size(); });
+}
+
+} // namespace kelvaro

@@ -1,0 +1,55 @@
+// The decoded photos of this program, found by their files: the open one, its neighbours, and those
+// opened last. The least recently used go first when they take too many bytes together. Also what
+// all of them share. Thread-safe.
+#pragma once
+
+#include "base/Locked.h"
+#include "render/PhotoSession.h"
+#include "render/RenderEngine.h"
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+namespace kelvaro {
+
+class PhotoSessionCache {
+public:
+    // All parts must outlive the cache. Made on the main thread; sheds itself, the brush rasters
+    // and the analyses in memory on the engine's notification that memory is short.
+    PhotoSessionCache(RenderEngine& engine, PhotoSession::Parts parts, std::size_t limitBytes);
+
+    // The session of the file as it is now; a file that changed since gets a new one. Blocks on the
+    // disk: not on the main thread.
+    Result<std::shared_ptr<PhotoSession>> session(const std::filesystem::path& photo);
+    // Lets go of what is over the limit. Called by sessions that grew.
+    void trim();
+    // Memory is short: keeps the last photo's decode, without what can be made from it.
+    void shed();
+
+    std::size_t bytes() const;
+    std::size_t count() const;
+
+private:
+    struct Entry {
+        std::shared_ptr<PhotoSession> session;
+        std::uint64_t lastUse = 0;
+    };
+    struct State {
+        std::vector<Entry> entries;
+        std::uint64_t clock = 0;
+    };
+
+    std::shared_ptr<PhotoSession> made(const std::filesystem::path& photo,
+                                       const std::string& identity);
+    std::vector<std::shared_ptr<PhotoSession>> byAge() const; // least recently used first
+    void forget(const std::shared_ptr<PhotoSession>& session);
+
+    RenderEngine& engine_;
+    const PhotoSession::Parts parts_;
+    const std::size_t limitBytes_;
+    mutable Locked<State> state_;
+    PressureNotification::Observation pressure_;
+};
+
+} // namespace kelvaro
