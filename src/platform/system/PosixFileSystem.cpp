@@ -1,10 +1,13 @@
 #include "platform/system/PosixFileSystem.h"
 
 #include "platform/system/Descriptor.h"
+#include "platform/system/FileStatusReading.h"
+#include "platform/system/PosixFolderLock.h"
 #include "platform/system/PosixPendingFile.h"
 #include "platform/system/SystemFailure.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -17,26 +20,6 @@ namespace kelvaro {
 namespace {
 
 namespace fs = std::filesystem;
-
-FileStatus::Kind kindOf(mode_t mode) {
-    if (S_ISREG(mode)) return FileStatus::Kind::file;
-    if (S_ISDIR(mode)) return FileStatus::Kind::folder;
-    return FileStatus::Kind::other;
-}
-
-// Damaged disks report years that nanoseconds cannot count: those become the nearest end.
-FileTime timeOf(const timespec& time) {
-    constexpr std::int64_t perSecond = 1'000'000'000;
-    constexpr auto limits = std::numeric_limits<std::int64_t>();
-    const std::int64_t seconds = time.tv_sec;
-    if (seconds >= limits.max() / perSecond) return {limits.max()};
-    if (seconds <= limits.min() / perSecond) return {limits.min()};
-    return {seconds * perSecond + time.tv_nsec};
-}
-
-FileStatus statusFrom(const struct stat& found) {
-    return {kindOf(found.st_mode), found.st_size, timeOf(found.st_mtim)};
-}
 
 FileStatus::Kind kindOf(const dirent& entry, int folder) {
     switch (entry.d_type) {
@@ -52,8 +35,23 @@ FileStatus::Kind kindOf(const dirent& entry, int folder) {
     }
     struct stat found {};
     if (::fstatat(folder, entry.d_name, &found, 0) != 0) return FileStatus::Kind::other;
-    return kindOf(found.st_mode);
+    return kindOfMode(found.st_mode);
 }
+
+// Of an entry whose status the system does not give: a link has led into a circle, anything else is
+// taken for what the folder says, or for a file where it says nothing.
+FileStatus::Kind statuslessKind(const dirent& entry) {
+    const bool mayBeFile = entry.d_type == DT_REG || entry.d_type == DT_UNKNOWN;
+    if (entry.d_type == DT_LNK)
+        return errno == ELOOP ? FileStatus::Kind::other : FileStatus::Kind::file;
+    if (mayBeFile) return FileStatus::Kind::file;
+    return entry.d_type == DT_DIR ? FileStatus::Kind::folder : FileStatus::Kind::other;
+}
+
+struct FolderCloser {
+    void operator()(DIR* open) const { ::closedir(open); }
+};
+using OpenFolder = std::unique_ptr<DIR, FolderCloser>;
 
 Failure tooLarge(const fs::path& path) {
     return {FailureKind::tooLarge, fmt::format("“{}” is too large.", nameForMessage(path))};
@@ -88,18 +86,13 @@ Result<void> flushFolderAt(const fs::path& path, FileAction action, const fs::pa
 } // namespace
 
 Result<FileStatus> PosixFileSystem::status(const fs::path& path) {
-    struct stat found {};
-    if (::stat(path.c_str(), &found) != 0) {
-        return fail(systemFailure(FileAction::reading, path, errno));
-    }
-    return statusFrom(found);
+    const auto found = readStatus(AT_FDCWD, path.c_str());
+    if (!found) return fail(systemFailure(FileAction::reading, path, errno));
+    return *found;
 }
 
 Result<std::vector<FolderEntry>> PosixFileSystem::list(const fs::path& folder) {
-    struct Closer {
-        void operator()(DIR* open) const { ::closedir(open); }
-    };
-    const std::unique_ptr<DIR, Closer> open(::opendir(folder.c_str()));
+    const OpenFolder open(::opendir(folder.c_str()));
     if (!open) return fail(systemFailure(FileAction::listing, folder, errno));
     std::vector<FolderEntry> entries;
     for (;;) {
@@ -112,6 +105,40 @@ Result<std::vector<FolderEntry>> PosixFileSystem::list(const fs::path& folder) {
     }
     if (errno != 0) return fail(systemFailure(FileAction::listing, folder, errno));
     return entries;
+}
+
+Result<std::vector<ListedFile>>
+PosixFileSystem::listWithStatus(const fs::path& folder,
+                                const std::function<bool(std::string_view name)>& wanted) {
+    const OpenFolder open(::opendir(folder.c_str()));
+    if (!open) return fail(systemFailure(FileAction::listing, folder, errno));
+    std::vector<ListedFile> files;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(open.get());
+        if (!entry) break;
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == ".." || !wanted(name)) continue;
+        if (const auto found = readStatus(::dirfd(open.get()), entry->d_name)) {
+            files.push_back({std::string(name), *found});
+        } else if (errno != ENOENT) { // not removed since it was listed
+            files.push_back({std::string(name), {statuslessKind(*entry), 0, {}}});
+        }
+    }
+    if (errno != 0) return fail(systemFailure(FileAction::listing, folder, errno));
+    return files;
+}
+
+Result<fs::path> PosixFileSystem::resolved(const fs::path& path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                           &std::free);
+    if (!real) return fail(systemFailure(FileAction::reading, path, errno));
+    return fs::path(real.get());
+}
+
+Result<std::unique_ptr<FolderLock>> PosixFileSystem::lockFolder(const fs::path& folder,
+                                                                double patienceSeconds) {
+    return lockFolderPosix(folder, patienceSeconds);
 }
 
 Result<std::vector<std::byte>> PosixFileSystem::read(const fs::path& path, std::int64_t limit) {
@@ -170,27 +197,23 @@ Result<std::unique_ptr<PendingFile>> PosixFileSystem::createWith(const fs::path&
 }
 
 Result<FileStatus> PosixFileSystem::linkStatus(const fs::path& path) {
-    struct stat found {};
-    if (::lstat(path.c_str(), &found) != 0) {
-        return fail(systemFailure(FileAction::reading, path, errno));
-    }
-    return statusFrom(found);
+    const auto found = readStatus(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW);
+    if (!found) return fail(systemFailure(FileAction::reading, path, errno));
+    return *found;
 }
 
 Result<bool> PosixFileSystem::removeAbandoned(const fs::path& temporary, FileTime before) {
     const Descriptor file(uninterrupted([&] {
         return ::open(temporary.c_str(), O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
     }));
-    struct stat found {};
-    if (!file || ::fstat(file.number(), &found) != 0) {
-        return fail(systemFailure(FileAction::removing, temporary, errno));
-    }
-    if (!S_ISREG(found.st_mode)) return false;
+    const auto found = file ? readStatus(file.number(), "", AT_EMPTY_PATH) : std::nullopt;
+    if (!found) return fail(systemFailure(FileAction::removing, temporary, errno));
+    if (found->kind != FileStatus::Kind::file) return false;
     switch (markAsWritten(file)) {
     case WriterMark::othersHoldIt:
         return false;
     case WriterMark::unknown:
-        if (timeOf(found.st_mtim).nanoseconds >= before.nanoseconds) return false;
+        if (found->modified.nanoseconds >= before.nanoseconds) return false;
         break;
     case WriterMark::ours:
         break;
