@@ -1,8 +1,9 @@
 #include "platform/imaging/TileEvaluator.h"
 
-#include "platform/imaging/ImageSpace.h"
+#include "platform/ImageSpace.h"
 #include "platform/imaging/RowOperations.h"
 #include "platform/imaging/TileOperations.h"
+#include "platform/imaging/kernels/Kernels.h"
 
 #include <cstring>
 
@@ -150,6 +151,13 @@ private:
         runKernel(op, inputs, out.view());
         if (!step.inputs.empty()) copyAlpha(inputs[0], out.view());
         return out;
+    }
+
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const ColourMatrixOperation& op) {
+        KernelOperation matrix{&kernel::colourMatrix(), {}};
+        for (const auto& row : op.rows)
+            matrix.uniforms.insert(matrix.uniforms.end(), row.begin(), row.end());
+        return evaluate(step, rect, matrix);
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const LanczosOperation&) {

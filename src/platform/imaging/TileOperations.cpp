@@ -1,6 +1,6 @@
 #include "platform/imaging/TileOperations.h"
 
-#include "platform/imaging/ImageSpace.h"
+#include "platform/ImageSpace.h"
 #include "platform/imaging/Resampling.h"
 #include "platform/imaging/RowOperations.h"
 

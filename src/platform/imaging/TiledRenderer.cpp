@@ -1,6 +1,6 @@
 #include "platform/imaging/TiledRenderer.h"
 
-#include "platform/imaging/ImageSpace.h"
+#include "platform/ImageSpace.h"
 #include "platform/imaging/RowOperations.h"
 #include "platform/imaging/TileEvaluator.h"
 
