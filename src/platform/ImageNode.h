@@ -25,6 +25,7 @@ struct ColourMatrixOperation {
 struct LanczosOperation {
     double scaleX, scaleY;
     Point inputOrigin, outputOrigin;
+    bool operator==(const LanczosOperation&) const = default;
 };
 struct BoxBlurOperation {
     int radius;

@@ -206,6 +206,18 @@ public:
         return raster;
     }
 
+    Result<std::vector<Raster>> renderRasters(const std::vector<Image>& images,
+                                              const PixelRect& rect,
+                                              const Cancellation* cancellation) override {
+        std::vector<Raster> rasters;
+        for (const Image& image : images) {
+            auto raster = renderRaster(image, rect, cancellation);
+            if (!raster) return fail(std::move(raster).error());
+            rasters.push_back(std::move(*raster));
+        }
+        return rasters;
+    }
+
     Result<Bitmap> renderBitmap(const Image& image, const PixelRect& rect,
                                 const BitmapFormat& format,
                                 const Cancellation* cancellation) override {

@@ -4,6 +4,7 @@
 // Raster.
 #pragma once
 
+#include "platform/Raster.h"
 #include "platform/Renderer.h"
 
 #include <cstddef>
@@ -12,15 +13,26 @@
 namespace kelvaro::rows {
 
 void fill(float* out, float value, std::size_t count);
-// out = in × weight; then out += in × weight (fused).
-void scale(float* out, const float* in, float weight, std::size_t count);
-void accumulate(float* out, const float* in, float weight, std::size_t count);
+// out[i] += sum over k < rows of lowest[k × stride + i] × weights[k], k rising (fused). Touches
+// exactly `count` samples of each row.
+void addRows(float* out, const float* lowest, std::ptrdiff_t stride, const float* weights, int rows,
+             std::size_t count);
 // out = a + t (b − a)
 void mix(float* out, const float* a, const float* b, float t, std::size_t count);
-// out[i] = sum over k < taps of in[first[i] + k] × weights[i × taps + k]; every read lies
-// inside the row.
-void weightedSums(float* out, const float* in, const std::int32_t* first, const float* weights,
-                  int taps, std::size_t count);
+// One filter for kFilterLines lines at once: out[line][i] = sum over k < taps of in[line][first[i]
+// + k] × weights[i × taps + k], k rising. `first` never decreases. Lines that `out` has null for
+// are not written; `in` has none. `scratch` holds lineScratch() floats.
+struct LineFilter {
+    const std::int32_t* first;
+    const float* weights;
+    int taps;
+    std::size_t count;
+};
+inline constexpr int kFilterLines = 16;
+inline constexpr std::size_t kFilterBlock = 64; // outputs whose inputs stay in the first caches
+std::size_t lineScratch(const LineFilter& filter);
+void filterLines(float* const* out, const float* const* in, const LineFilter& filter,
+                 float* scratch);
 // out[i] = in[index[i]] + fraction[i] (in[index[i] + 1] − in[index[i]]); index never decreases.
 void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
                  std::size_t count);

@@ -23,42 +23,6 @@ void makeRelative(std::vector<std::int32_t>& indices, int origin) {
 
 } // namespace
 
-// Separable: the rows of the input are summed into one row of input width, which is then filtered
-// along x. Rows come first because that leaves less to do for the costlier pass.
-void lanczosTile(const LanczosTables& tables, const ConstTileView& in, const TileView& out,
-                 TilePool& pool) {
-    const auto [columns, lines] = std::pair(&tables.columns, &tables.lines);
-    const auto column = std::size_t(out.rect.x - tables.output.x);
-    const auto firstLine = std::size_t(out.rect.y - tables.output.y);
-    std::vector<std::int32_t> first(columns->first.begin() + std::ptrdiff_t(column),
-                                    columns->first.begin() +
-                                        std::ptrdiff_t(column + std::size_t(out.rect.width)));
-    makeRelative(first, in.rect.x);
-    const Tile sum(pool, {in.rect.x, 0, in.rect.width, 1}, false);
-    float* const row = sum.view().row(0, 0);
-    for (int line = 0; line < out.rect.height; ++line) {
-        const std::size_t entry = firstLine + std::size_t(line);
-        const float* weights = lines->weights.data() + entry * std::size_t(lines->taps);
-        const int lowest = lines->first[entry];
-        const int target = rowOfLine(out.rect, out.rect.y + line);
-        for (int plane = 0; plane < planeCount(out); ++plane) {
-            bool started = false;
-            for (int k = 0; k < lines->taps; ++k) {
-                if (weights[k] == 0) continue;
-                const float* from = in.row(plane, rowOfLine(in.rect, lowest + k));
-                if (started)
-                    rows::accumulate(row, from, weights[k], std::size_t(in.rect.width));
-                else
-                    rows::scale(row, from, weights[k], std::size_t(in.rect.width));
-                started = true;
-            }
-            rows::weightedSums(out.row(plane, target), row, first.data(),
-                               columns->weights.data() + column * std::size_t(columns->taps),
-                               columns->taps, std::size_t(out.rect.width));
-        }
-    }
-}
-
 void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
                  const TileView& out, TilePool& pool) {
     const std::size_t width = std::size_t(out.rect.width);
