@@ -150,32 +150,62 @@ void interpolateRow(float* out, const float* in, const std::int32_t* index, cons
     }
 }
 
+// Where a stretch of pixels lies: the first of their 4 × 4 neighbours, and how far past the second.
+struct CubicPlaces {
+    static constexpr std::size_t kCount = 64;
+    std::int32_t offset[kCount + 16];
+    float u[kCount + 16], v[kCount + 16];
+};
+
+void findPlaces(const CubicLine& line, std::ptrdiff_t stride, std::size_t first, std::size_t count,
+                CubicPlaces& places) {
+    const hn::ScalableTag<double> d;
+    const hn::Rebind<float, decltype(d)> df;
+    const hn::Rebind<std::int32_t, decltype(d)> di;
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+        const auto x = hn::Add(hn::Iota(d, double(first + i)), hn::Set(d, line.x));
+        const auto u = hn::Add(hn::Mul(x, hn::Set(d, line.du)), hn::Set(d, line.u));
+        const auto v = hn::Add(hn::Mul(x, hn::Set(d, line.dv)), hn::Set(d, line.v));
+        const auto column = hn::Floor(u), row = hn::Floor(v);
+        hn::StoreU(hn::DemoteTo(df, hn::Sub(u, column)), df, places.u + i);
+        hn::StoreU(hn::DemoteTo(df, hn::Sub(v, row)), df, places.v + i);
+        const auto left = hn::Add(column, hn::Set(d, line.originColumn - 1.0));
+        const auto top = hn::Add(row, hn::Set(d, line.originRow - 1.0));
+        const auto offset = hn::Add(hn::Mul(top, hn::Set(d, double(stride))), left);
+        hn::StoreU(hn::DemoteTo(di, offset), di, places.offset + i);
+    }
+}
+
 #if HWY_TARGET == HWY_SCALAR
 // A machine without vectors of four: the same sums one by one.
-void cubicSumsRow(float* out, const float* in, std::ptrdiff_t stride,
-                  const CubicPosition* positions, std::size_t count) {
+void cubicRow(float* const* out, const float* const* in, int planes, std::ptrdiff_t stride,
+              const CubicLine& line) {
     const auto weights = [](float t, float(&w)[4]) {
         w[0] = ((-0.5f * t + 1) * t - 0.5f) * t;
         w[1] = (1.5f * t - 2.5f) * t * t + 1;
         w[2] = ((-1.5f * t + 2) * t + 0.5f) * t;
         w[3] = (0.5f * t - 0.5f) * t * t;
     };
-    for (std::size_t i = 0; i < count; ++i) {
-        float across[4], down[4], sum = 0;
-        weights(positions[i].u, across);
-        weights(positions[i].v, down);
-        for (int j = 0; j < 4; ++j) {
-            const float* row = in + positions[i].offset + j * stride;
-            for (int k = 0; k < 4; ++k)
-                sum += down[j] * across[k] * row[k];
+    CubicPlaces places;
+    for (std::size_t i = 0; i < line.count; ++i) {
+        findPlaces(line, stride, i, 1, places);
+        float across[4], down[4];
+        weights(places.u[0], across);
+        weights(places.v[0], down);
+        for (int plane = 0; plane < planes; ++plane) {
+            float sum = 0;
+            for (int j = 0; j < 4; ++j)
+                for (int k = 0; k < 4; ++k)
+                    sum += down[j] * across[k] * in[plane][places.offset[0] + j * stride + k];
+            out[plane][i] = sum;
         }
-        out[i] = sum;
     }
 }
 #else
-// The four pixels of a row are one vector; Catmull and Rom's weights as cubics in the fraction.
-void cubicSumsRow(float* out, const float* in, std::ptrdiff_t stride,
-                  const CubicPosition* positions, std::size_t count) {
+// The four pixels of a row are one vector; Catmull and Rom's weights are cubics in the fraction,
+// the same for all planes. Four results at a time are summed across and stored together.
+void cubicRow(float* const* out, const float* const* in, int planes, std::ptrdiff_t stride,
+              const CubicLine& line) {
     const hn::FixedTag<float, 4> d;
     alignas(16) static constexpr float cubic[4][4] = {
         {0, 1, 0, 0}, {-0.5f, 0, 0.5f, 0}, {1, -2.5f, 2, -0.5f}, {-0.5f, 1.5f, -1.5f, 0.5f}};
@@ -185,14 +215,39 @@ void cubicSumsRow(float* out, const float* in, std::ptrdiff_t stride,
         const auto x = hn::Set(d, t);
         return hn::MulAdd(hn::MulAdd(hn::MulAdd(c3, x, c2), x, c1), x, c0);
     };
-    for (std::size_t i = 0; i < count; ++i) {
-        const float* from = in + positions[i].offset;
-        const auto rowWeights = weights(positions[i].v);
-        auto sum = hn::Mul(hn::LoadU(d, from), hn::Broadcast<0>(rowWeights));
-        sum = hn::MulAdd(hn::LoadU(d, from + stride), hn::Broadcast<1>(rowWeights), sum);
-        sum = hn::MulAdd(hn::LoadU(d, from + 2 * stride), hn::Broadcast<2>(rowWeights), sum);
-        sum = hn::MulAdd(hn::LoadU(d, from + 3 * stride), hn::Broadcast<3>(rowWeights), sum);
-        out[i] = hn::GetLane(hn::SumOfLanes(d, hn::Mul(sum, weights(positions[i].u))));
+    const auto neighbourhood = [&](const float* from, auto across, auto down) HWY_ATTR {
+        auto sum = hn::Mul(hn::LoadU(d, from), hn::Broadcast<0>(down));
+        sum = hn::MulAdd(hn::LoadU(d, from + stride), hn::Broadcast<1>(down), sum);
+        sum = hn::MulAdd(hn::LoadU(d, from + 2 * stride), hn::Broadcast<2>(down), sum);
+        sum = hn::MulAdd(hn::LoadU(d, from + 3 * stride), hn::Broadcast<3>(down), sum);
+        return hn::Mul(sum, across);
+    };
+    const auto pairs = [&](auto a, auto b) HWY_ATTR { // a0 + a2, b0 + b2, a1 + a3, b1 + b3
+        return hn::Add(hn::InterleaveLower(d, a, b), hn::InterleaveUpper(d, a, b));
+    };
+    CubicPlaces at;
+    for (std::size_t begin = 0; begin < line.count; begin += CubicPlaces::kCount) {
+        const std::size_t count = std::min(CubicPlaces::kCount, line.count - begin);
+        findPlaces(line, stride, begin, count, at);
+        for (std::size_t i = count; i < (count + 3) / 4 * 4; ++i) // the last group is full
+            at.offset[i] = at.offset[count - 1], at.u[i] = at.u[count - 1],
+            at.v[i] = at.v[count - 1];
+        for (std::size_t i = 0; i < count; i += 4) {
+            const auto u0 = weights(at.u[i]), u1 = weights(at.u[i + 1]);
+            const auto u2 = weights(at.u[i + 2]), u3 = weights(at.u[i + 3]);
+            const auto v0 = weights(at.v[i]), v1 = weights(at.v[i + 1]);
+            const auto v2 = weights(at.v[i + 2]), v3 = weights(at.v[i + 3]);
+            for (int plane = 0; plane < planes; ++plane) {
+                const float* from = in[plane];
+                const auto low = pairs(neighbourhood(from + at.offset[i], u0, v0),
+                                       neighbourhood(from + at.offset[i + 1], u1, v1));
+                const auto high = pairs(neighbourhood(from + at.offset[i + 2], u2, v2),
+                                        neighbourhood(from + at.offset[i + 3], u3, v3));
+                hn::StoreU(
+                    hn::Add(hn::ConcatLowerLower(d, high, low), hn::ConcatUpperUpper(d, high, low)),
+                    d, out[plane] + begin + i);
+            }
+        }
     }
 }
 #endif
@@ -345,7 +400,7 @@ HWY_EXPORT(addRowsRow);
 HWY_EXPORT(mixRow);
 HWY_EXPORT(filterLinesRow);
 HWY_EXPORT(interpolateRow);
-HWY_EXPORT(cubicSumsRow);
+HWY_EXPORT(cubicRow);
 HWY_EXPORT(maximumRow);
 HWY_EXPORT(overRow);
 HWY_EXPORT(encodeAnyRow);
@@ -377,9 +432,9 @@ void interpolate(float* out, const float* in, const std::int32_t* index, const f
                  std::size_t count) {
     HWY_DYNAMIC_DISPATCH(interpolateRow)(out, in, index, fraction, count);
 }
-void cubicSums(float* out, const float* in, std::ptrdiff_t stride, const CubicPosition* positions,
-               std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(cubicSumsRow)(out, in, stride, positions, count);
+void cubic(float* const* out, const float* const* in, int planes, std::ptrdiff_t stride,
+           const CubicLine& line) {
+    HWY_DYNAMIC_DISPATCH(cubicRow)(out, in, planes, stride, line);
 }
 void maximum(float* out, const float* a, const float* b, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(maximumRow)(out, a, b, count);

@@ -36,15 +36,17 @@ void filterLines(float* const* out, const float* const* in, const LineFilter& fi
 // out[i] = in[index[i]] + fraction[i] (in[index[i] + 1] − in[index[i]]); index never decreases.
 void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
                  std::size_t count);
-// The inside of a Catmull-Rom resampling: out[i] = sum over j, k < 4 of rowWeights(v)[j] ×
-// columnWeights(u)[k] × in[(row[i] + j) × stride + column[i] + k], with u, v the positions'
-// fractions past the second of the four pixels. Every read lies inside the picture.
-struct CubicPosition {
-    std::int32_t offset; // of the first of the 4 × 4 pixels, in floats from `in`
-    float u, v;          // 0 … 1
+// A row of a Catmull-Rom resampling, all planes, where the 4 × 4 neighbours of every pixel lie
+// inside the stored picture. Pixel i reads around column u + (x + i) du and row v + (x + i) dv,
+// counted in centres of stored pixels from the place where the storage has originColumn and
+// originRow. Writes up to three samples more than `count`.
+struct CubicLine {
+    double x, u, du, v, dv;
+    int originColumn, originRow;
+    std::size_t count;
 };
-void cubicSums(float* out, const float* in, std::ptrdiff_t stride, const CubicPosition* positions,
-               std::size_t count);
+void cubic(float* const* out, const float* const* in, int planes, std::ptrdiff_t stride,
+           const CubicLine& line);
 void maximum(float* out, const float* a, const float* b, std::size_t count);
 // out = top + bottom (1 − topAlpha), premultiplied source-over of one plane.
 void over(float* out, const float* top, const float* topAlpha, const float* bottom,
