@@ -24,8 +24,8 @@ public:
           cancellation_(cancellation) {}
 
     Result<void> run(ToneNeeds needs) {
-        Result<void> done;
-        if (needs.small) done = small();
+        Result<void> done = bothReductions(needs);
+        if (done && needs.small) done = small();
         if (done && needs.guide) done = guide();
         if (done && needs.sceneGuide) done = sceneGuide();
         if (done && needs.levels) done = levels();
@@ -44,6 +44,26 @@ private:
         return {};
     }
 
+    // A bitmap is reduced as it is and in scene light. Where both are needed, one walk over the
+    // photo makes them.
+    Result<void> bothReductions(const ToneNeeds& needs) {
+        const bool display = needs.small || needs.haze || (needs.guide && !found_.guide);
+        const bool scene =
+            (needs.sceneGuide && !found_.sceneGuide) || (needs.levels && !found_.levels);
+        if (domain_ == PhotoDomain::sceneLinear || !display || !scene || found_.small ||
+            found_.sceneSmall)
+            return {};
+        const Image reduced = reducedForAnalysis(photo_);
+        auto drawn = renderer_.renderRasters({reduced, reducedForAnalysis(scenePhoto())},
+                                             reduced.extent(), cancellation_);
+        if (!drawn) return fail(std::move(drawn).error());
+        found_.small = imageFrom(std::move(drawn->front()));
+        found_.sceneSmall = imageFrom(std::move(drawn->back()));
+        return {};
+    }
+
+    Image scenePhoto() const { return applyKernel(kernel::bitmapToScene(), {photo_}, {}); }
+
     Result<void> small() {
         return once(found_.small, [&] {
             return materialised(reducedForAnalysis(photo_), renderer_, cancellation_);
@@ -57,8 +77,7 @@ private:
             return done;
         }
         return once(found_.sceneSmall, [&] {
-            const Image scene = applyKernel(kernel::bitmapToScene(), {photo_}, {});
-            return materialised(reducedForAnalysis(scene), renderer_, cancellation_);
+            return materialised(reducedForAnalysis(scenePhoto()), renderer_, cancellation_);
         });
     }
 

@@ -64,6 +64,7 @@ Image imageFrom(Raster raster);
 // A decoded file at origin (0, 0). The samples stay as they are (8-bit files take 3 bytes a pixel)
 // and become linear light tile by tile.
 std::shared_ptr<const PixelSource> sourceFrom(Bitmap pixels, ColourDecoding colour);
+std::shared_ptr<const PixelSource> sourceFrom(Raster raster);
 Image constantColour(std::array<float, 4> premultiplied); // infinite
 
 // Runs a point-wise kernel. The result has the first input's extent and alpha; the other inputs are
@@ -81,7 +82,8 @@ struct WhitePoint {
 // it would under `target`: light recorded under `neutral` becomes light under `target`.
 Image temperatureAndTint(const Image& image, WhitePoint neutral, WhitePoint target);
 // Rows of a 3 × 3 matrix on the colour channels; alpha is kept.
-Image colourMatrix(const Image& image, const std::array<std::array<double, 3>, 3>& rows);
+using Matrix3 = std::array<std::array<double, 3>, 3>;
+Image colourMatrix(const Image& image, const Matrix3& rows);
 
 // Lanczos-3, widened by 1/scale when reducing, edges clamped. The extent's edges are scaled and
 // rounded to whole pixels, at least 1 × 1.

@@ -18,10 +18,14 @@ struct KernelOperation {
     const Kernel* kernel;
     std::vector<double> uniforms;
 };
+struct ColourMatrixOperation {
+    Matrix3 rows;
+};
 // Output position → input position, per axis: in = origin + (out − outputOrigin) / scale.
 struct LanczosOperation {
     double scaleX, scaleY;
     Point inputOrigin, outputOrigin;
+    bool operator==(const LanczosOperation&) const = default;
 };
 struct BoxBlurOperation {
     int radius;
@@ -39,10 +43,10 @@ struct StretchOperation {};
 struct OverOperation {};
 struct MaximumOperation {};
 
-using Operation =
-    std::variant<SourceOperation, ConstantOperation, KernelOperation, LanczosOperation,
-                 BoxBlurOperation, ClampOperation, CropOperation, TranslateOperation,
-                 AffineOperation, StretchOperation, OverOperation, MaximumOperation>;
+using Operation = std::variant<SourceOperation, ConstantOperation, KernelOperation,
+                               ColourMatrixOperation, LanczosOperation, BoxBlurOperation,
+                               ClampOperation, CropOperation, TranslateOperation, AffineOperation,
+                               StretchOperation, OverOperation, MaximumOperation>;
 
 struct ImageNode {
     Operation operation;

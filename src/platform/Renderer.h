@@ -25,6 +25,10 @@ public:
     // Failures: cancelled, outOfMemory. `rect` may reach outside the image's extent (transparent).
     virtual Result<Raster> renderRaster(const Image& image, const PixelRect& rect,
                                         const Cancellation* cancellation = nullptr) = 0;
+    // Several images over one rectangle in one walk: what they have in common is worked out once.
+    virtual Result<std::vector<Raster>>
+    renderRasters(const std::vector<Image>& images, const PixelRect& rect,
+                  const Cancellation* cancellation = nullptr) = 0;
     // 8- and 16-bit samples are clipped to 0 … 1, pass the transfer curve and are rounded half up.
     // 32-bit float ones keep their range; 4 channels when the alpha is `straight` and the image has
     // one.

@@ -273,8 +273,10 @@ TEST(RawToneFilterTest, TakesTheLinearInputAndItsGain) {
     filter.linearInput = linear;
     EXPECT_EQ(filter.outputImage(), linear);
     filter.linearGain = 1.5;
-    EXPECT_EQ(uniformsOf(filter.outputImage(), "colourMatrix"),
-              (std::vector<double>{1.5, 0, 0, 0, 1.5, 0, 0, 0, 1.5}));
+    const Image gained = filter.outputImage();
+    const auto* matrix = std::get_if<ColourMatrixOperation>(&gained.node().operation);
+    ASSERT_TRUE(matrix);
+    EXPECT_EQ(matrix->rows, (Matrix3{{{1.5, 0, 0}, {0, 1.5, 0}, {0, 0, 1.5}}}));
 }
 
 TEST_F(PipelineTest, AlphaIsCarriedUntouched) {

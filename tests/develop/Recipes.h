@@ -1,9 +1,28 @@
-// Recipes that the tests of the pipeline share.
+// Recipes that the tests and benches of the pipeline share.
 #pragma once
 
+#include "recipe/AdjustmentCatalogue.h"
 #include "recipe/Adjustments.h"
+#include "recipe/MaskControls.h"
+
+#include <random>
 
 namespace kelvaro::test {
+
+inline MaskComponent shape(MaskComponent::Kind kind, MaskPoint start, MaskPoint end) {
+    MaskComponent component;
+    component.kind = kind;
+    component.start = start;
+    component.end = end;
+    return component;
+}
+
+inline MaskComponent brush(std::vector<MaskPoint> points) {
+    MaskComponent component = shape(MaskComponent::Kind::brush, {}, {});
+    component.id.bytes[0] = 2;
+    component.strokes.push_back({std::move(points), 0.1, 60, 90, false});
+    return component;
+}
 
 // One mask of all three kinds of shape with every control set.
 inline LocalMask everyShapeMask() {
@@ -18,21 +37,13 @@ inline LocalMask everyShapeMask() {
     mask.shadows = 40;
     mask.clarity = 35;
     mask.saturation = 20;
-    MaskComponent linear;
-    linear.kind = MaskComponent::Kind::linear;
-    linear.start = {0, 0.1};
-    linear.end = {0.8, 0.5};
-    MaskComponent radial;
-    radial.kind = MaskComponent::Kind::radial;
-    radial.mode = MaskComponent::Mode::intersect;
-    radial.start = {0.5, 0.3};
-    radial.end = {0.6, 0.4};
-    radial.angle = 30;
-    MaskComponent brush;
-    brush.id.bytes[0] = 2;
-    brush.mode = MaskComponent::Mode::subtract;
-    brush.strokes.push_back({{{0.2, 0.2}, {0.7, 0.4}}, 0.1, 60, 90, false});
-    mask.components = {linear, radial, brush};
+    using Kind = MaskComponent::Kind;
+    mask.components = {shape(Kind::linear, {0, 0.1}, {0.8, 0.5}),
+                       shape(Kind::radial, {0.5, 0.3}, {0.6, 0.4}),
+                       brush({{0.2, 0.2}, {0.7, 0.4}})};
+    mask.components[1].mode = MaskComponent::Mode::intersect;
+    mask.components[1].angle = 30;
+    mask.components[2].mode = MaskComponent::Mode::subtract;
     return mask;
 }
 
@@ -75,5 +86,55 @@ inline Adjustments typical() {
     edit.vibrance = 20;
     return edit;
 }
+
+// Recipes with about half of the controls set, anywhere in their ranges, and some masks.
+class RandomRecipes {
+public:
+    explicit RandomRecipes(unsigned seed) : random_(seed) {}
+
+    Adjustments next() {
+        Adjustments edit;
+        for (const AdjustmentSpec& spec : storedKeyCatalogue())
+            if (chance(0.5)) spec.setValue(edit, number(spec.range.lower, spec.range.upper));
+        edit.blackAndWhite = chance(0.1);
+        for (const auto edge : {&Adjustments::cropLeft, &Adjustments::cropRight,
+                                &Adjustments::cropTop, &Adjustments::cropBottom})
+            edit.*edge *= 0.4; // most of the picture stays
+        for (int masks = int(number(0, 3)); masks > 0; --masks)
+            edit.masks.push_back(mask());
+        return edit;
+    }
+
+private:
+    bool chance(double share) { return number(0, 1) < share; }
+    double number(double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random_);
+    }
+    MaskPoint point() { return {number(-0.2, 1.2), number(-0.2, 1.2)}; }
+
+    LocalMask mask() {
+        LocalMask mask;
+        mask.invert = chance(0.3);
+        mask.amount = number(1, 100);
+        for (const MaskControl& control : maskControlCatalogue())
+            if (chance(0.5))
+                mask.*control.field = number(control.spec.range.lower, control.spec.range.upper);
+        for (int shapes = int(number(1, 4)); shapes > 0; --shapes) {
+            const auto kind = MaskComponent::Kind(int(number(0, 3)));
+            MaskComponent component = kind == MaskComponent::Kind::brush
+                                          ? brush({point(), point(), point()})
+                                          : shape(kind, point(), point());
+            component.id.bytes[1] = std::uint8_t(random_());
+            component.mode = MaskComponent::Mode(int(number(0, 3)));
+            component.invert = chance(0.3);
+            component.angle = number(-180, 180);
+            component.feather = number(0, 100);
+            mask.components.push_back(sanitised(std::move(component)));
+        }
+        return mask;
+    }
+
+    std::mt19937 random_;
+};
 
 } // namespace kelvaro::test

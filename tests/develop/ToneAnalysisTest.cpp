@@ -21,6 +21,13 @@ public:
         if (failing) return fail(FailureKind::cancelled, "Cancelled.");
         return plain_->renderRaster(image, rect, cancellation);
     }
+    Result<std::vector<Raster>> renderRasters(const std::vector<Image>& images,
+                                              const PixelRect& rect,
+                                              const Cancellation* cancellation) override {
+        ++count;
+        if (failing) return fail(FailureKind::cancelled, "Cancelled.");
+        return plain_->renderRasters(images, rect, cancellation);
+    }
     Result<Bitmap> renderBitmap(const Image& image, const PixelRect& rect,
                                 const BitmapFormat& format,
                                 const Cancellation* cancellation) override {

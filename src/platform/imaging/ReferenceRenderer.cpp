@@ -1,7 +1,7 @@
 #include "platform/imaging/ReferenceRenderer.h"
 
 #include "platform/ImageNode.h"
-#include "platform/imaging/ImageSpace.h"
+#include "platform/ImageSpace.h"
 #include "platform/imaging/Resampling.h"
 
 #include <cmath>
@@ -75,6 +75,14 @@ private:
         pixel.uniforms = op.uniforms.data();
         op.kernel->reference(pixel);
         return {pixel.output[0], pixel.output[1], pixel.output[2], alpha};
+    }
+
+    Pixel compute(const ImageNode& node, const ColourMatrixOperation& op, int x, int y) {
+        const Pixel p = at(input(node, 0), x, y);
+        const auto mixed = [&](const std::array<double, 3>& row) {
+            return row[0] * p.r + row[1] * p.g + row[2] * p.b;
+        };
+        return {mixed(op.rows[0]), mixed(op.rows[1]), mixed(op.rows[2]), p.a};
     }
 
     Pixel compute(const ImageNode& node, const LanczosOperation& op, int x, int y) {
@@ -196,6 +204,18 @@ public:
             }
         }
         return raster;
+    }
+
+    Result<std::vector<Raster>> renderRasters(const std::vector<Image>& images,
+                                              const PixelRect& rect,
+                                              const Cancellation* cancellation) override {
+        std::vector<Raster> rasters;
+        for (const Image& image : images) {
+            auto raster = renderRaster(image, rect, cancellation);
+            if (!raster) return fail(std::move(raster).error());
+            rasters.push_back(std::move(*raster));
+        }
+        return rasters;
     }
 
     Result<Bitmap> renderBitmap(const Image& image, const PixelRect& rect,

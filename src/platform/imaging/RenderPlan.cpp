@@ -1,5 +1,6 @@
 #include "platform/imaging/RenderPlan.h"
 
+#include <algorithm>
 #include <cmath>
 #include <unordered_map>
 
@@ -27,8 +28,7 @@ PixelRect lanczosInput(const LanczosOperation& op, const PixelRect& rect, const 
     const auto [x0, x1] =
         axis(rect.x, rect.right(), op.scaleX, op.inputOrigin.x, op.outputOrigin.x);
     const auto [y0, y1] = axis(rect.y, rect.top(), op.scaleY, op.inputOrigin.y, op.outputOrigin.y);
-    // Taps are read eight at a time, so a few more pixels must be there (their weights are 0).
-    return clampedRect(outset({x0, y0, x1 - x0, y1 - y0}, 8), from);
+    return clampedRect(outset({x0, y0, x1 - x0, y1 - y0}, 1), from);
 }
 
 PixelRect affineInput(const AffineOperation& op, const PixelRect& rect, const PixelRect& from) {
@@ -56,6 +56,19 @@ PixelRect stretchInput(const PixelRect& rect, const PixelRect& over, const Pixel
     return clampedRect({x0, y0, x1 - x0, y1 - y0}, from);
 }
 
+// A Lanczos step draws its input itself, block by block.
+std::size_t plannedInputs(const ImageNode& node) {
+    return std::holds_alternative<LanczosOperation>(node.operation) ? 0 : node.inputs.size();
+}
+
+// Whether two Lanczos nodes read the same places of inputs that lie alike.
+bool sameReduction(const ImageNode& a, const ImageNode& b) {
+    const auto* p = std::get_if<LanczosOperation>(&a.operation);
+    const auto* q = std::get_if<LanczosOperation>(&b.operation);
+    return p && q && *p == *q && a.extent == b.extent &&
+           a.inputs[0].extent() == b.inputs[0].extent();
+}
+
 } // namespace
 
 PixelRect inputRequirement(const ImageNode& node, std::size_t index, const PixelRect& rect) {
@@ -74,75 +87,105 @@ PixelRect inputRequirement(const ImageNode& node, std::size_t index, const Pixel
     return rect;
 }
 
-RenderPlan::RenderPlan(const Image& image, const PixelRect& output) : root_(image) {
+RenderPlan::RenderPlan(std::vector<Image> images, const PixelRect& output)
+    : images_(std::move(images)) {
     collectSteps();
-    prepareTables(output);
+    prepareLanczos(output);
 }
 
 // Depth first without recursion, so that a long chain of masks cannot overflow the stack.
 void RenderPlan::collectSteps() {
-    std::unordered_map<const ImageNode*, int> finished;
+    std::unordered_map<const ImageNode*, std::size_t> finished;
     struct Visit {
         const ImageNode* node;
         std::size_t nextInput = 0;
     };
-    std::vector<Visit> open{{&root_.node()}};
+    std::vector<Visit> open;
+    for (auto image = images_.rbegin(); image != images_.rend(); ++image)
+        open.push_back({&image->node()});
     while (!open.empty()) {
         Visit& visit = open.back();
         if (finished.contains(visit.node)) {
             open.pop_back();
-        } else if (visit.nextInput < visit.node->inputs.size()) {
+        } else if (visit.nextInput < plannedInputs(*visit.node)) {
             const ImageNode* input = &visit.node->inputs[visit.nextInput++].node();
             if (!finished.contains(input)) open.push_back({input});
         } else {
             PlanStep step{visit.node, {}, {}};
-            for (const Image& input : visit.node->inputs)
-                step.inputs.push_back(finished.at(&input.node()));
-            finished.emplace(visit.node, static_cast<int>(steps_.size()));
+            for (std::size_t i = 0; i < plannedInputs(*visit.node); ++i)
+                step.inputs.push_back(finished.at(&visit.node->inputs[i].node()));
+            finished.emplace(visit.node, steps_.size());
             steps_.push_back(std::move(step));
             open.pop_back();
         }
     }
+    for (const Image& image : images_)
+        roots_.push_back(finished.at(&image.node()));
 }
 
-void RenderPlan::prepareTables(const PixelRect& output) {
+void RenderPlan::prepareLanczos(const PixelRect& output) {
     const std::vector<PixelRect> needed = requirements(output);
     for (std::size_t i = 0; i < steps_.size(); ++i) {
         const auto* op = std::get_if<LanczosOperation>(&steps_[i].node->operation);
-        const PixelRect& rect = needed[i];
-        if (!op || rect.isEmpty()) continue;
-        const PixelRect& from = steps_[i].node->inputs[0].extent();
+        if (!op || needed[i].isEmpty() || steps_[i].lanczos) continue;
+        auto group = std::make_shared<LanczosGroup>();
+        std::vector<Image> inputs;
+        PixelRect rect;
+        for (std::size_t k = i; k < steps_.size(); ++k) {
+            if (needed[k].isEmpty() || !sameReduction(*steps_[i].node, *steps_[k].node)) continue;
+            group->members.push_back(k);
+            inputs.push_back(steps_[k].node->inputs[0]);
+            rect = bounding(rect, needed[k]);
+        }
+        const PixelRect& from = inputs.front().extent();
         const FilterAxis across{op->scaleX, op->inputOrigin.x, op->outputOrigin.x, from.x,
                                 from.right()};
         const FilterAxis up{op->scaleY, op->inputOrigin.y, op->outputOrigin.y, from.y, from.top()};
-        steps_[i].lanczos = LanczosTables{rect, lanczosTaps(across, rect.x, rect.width),
-                                          lanczosTaps(up, rect.y, rect.height)};
+        group->tables = {rect, lanczosTaps(across, rect.x, rect.width),
+                         lanczosTaps(up, rect.y, rect.height)};
+        group->input =
+            std::make_shared<const RenderPlan>(std::move(inputs), lanczosInput(*op, rect, from));
+        for (const std::size_t member : group->members)
+            steps_[member].lanczos = group;
     }
 }
 
 std::vector<PixelRect> RenderPlan::requirements(const PixelRect& output) const {
     std::vector<PixelRect> needed(steps_.size());
-    needed.back() = intersection(output, steps_.back().node->extent);
+    for (const std::size_t root : roots_)
+        needed[root] = intersection(output, steps_[root].node->extent);
     for (std::size_t i = steps_.size(); i-- > 0;) {
         if (needed[i].isEmpty()) continue;
         const ImageNode& node = *steps_[i].node;
         for (std::size_t k = 0; k < steps_[i].inputs.size(); ++k) {
-            const int input = steps_[i].inputs[k];
+            const std::size_t input = steps_[i].inputs[k];
             const PixelRect part =
                 intersection(inputRequirement(node, k, needed[i]), node.inputs[k].extent());
             needed[input] = bounding(needed[input], part);
         }
     }
+    // A group is drawn at once, so its members deliver the same rectangle.
+    for (const PlanStep& step : steps_) {
+        if (!step.lanczos) continue;
+        PixelRect rect;
+        for (const std::size_t member : step.lanczos->members)
+            rect = bounding(rect, needed[member]);
+        for (const std::size_t member : step.lanczos->members)
+            needed[member] = rect;
+    }
     return needed;
 }
 
-bool RenderPlan::hasNeighbourhoods() const {
-    for (const PlanStep& step : steps_)
-        if (std::holds_alternative<LanczosOperation>(step.node->operation) ||
-            std::holds_alternative<BoxBlurOperation>(step.node->operation) ||
-            std::holds_alternative<AffineOperation>(step.node->operation))
-            return true;
-    return false;
+// Wide and low for point-wise chains (their planes stay in the second-level cache); taller where a
+// halo around each tile is computed more than once, but enough of them to keep all cores busy.
+PixelSize RenderPlan::tileSize(int height) const {
+    const bool halo = std::any_of(steps_.begin(), steps_.end(), [](const PlanStep& step) {
+        const Operation& operation = step.node->operation;
+        return std::holds_alternative<LanczosOperation>(operation) ||
+               std::holds_alternative<BoxBlurOperation>(operation) ||
+               std::holds_alternative<AffineOperation>(operation);
+    });
+    return {512, halo ? std::clamp(height / 8, 16, 128) : 16};
 }
 
 } // namespace kelvaro

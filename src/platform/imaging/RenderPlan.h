@@ -1,4 +1,4 @@
-// What a render must compute: the nodes of the graph below one image in an order in which every
+// What a render must compute: the nodes of the graph below some images in an order in which every
 // input comes before its users, and, for one output rectangle, the rectangle each node has to
 // deliver.
 #pragma once
@@ -6,10 +6,13 @@
 #include "platform/ImageNode.h"
 #include "platform/imaging/Resampling.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
 
 namespace kelvaro {
+
+class RenderPlan;
 
 // The weights of a Lanczos step over all that a render delivers of it, worked out once.
 struct LanczosTables {
@@ -17,30 +20,39 @@ struct LanczosTables {
     FilterTaps columns, lines;
 };
 
+// Lanczos steps of one geometry. They read so much more than they deliver that their inputs are
+// drawn in blocks of their own, together, from one plan.
+struct LanczosGroup {
+    LanczosTables tables;
+    std::vector<std::size_t> members; // steps; input->roots() are their inputs in this order
+    std::shared_ptr<const RenderPlan> input;
+};
+
 struct PlanStep {
     const ImageNode* node;
-    std::vector<int> inputs; // indices of earlier steps
-    std::optional<LanczosTables> lanczos;
+    std::vector<std::size_t> inputs; // earlier steps; none for Lanczos steps
+    std::shared_ptr<const LanczosGroup> lanczos;
 };
 
 class RenderPlan {
 public:
-    // Planned for tiles of `output`.
-    RenderPlan(const Image& image, const PixelRect& output);
-    const std::vector<PlanStep>& steps() const {
-        return steps_;
-    } // the last one is the image itself
+    // Planned for tiles of `output`, over which all images are drawn.
+    RenderPlan(std::vector<Image> images, const PixelRect& output);
+    const std::vector<PlanStep>& steps() const { return steps_; }
+    // The step that makes each of the images.
+    const std::vector<std::size_t>& roots() const { return roots_; }
     // One rectangle per step, inside the node's extent; empty where nothing is needed.
     std::vector<PixelRect> requirements(const PixelRect& output) const;
-    // Whether some step reads more of its input than it delivers, so that larger tiles pay.
-    bool hasNeighbourhoods() const;
+    // The tiles in which a rectangle of that height is best drawn.
+    PixelSize tileSize(int height) const;
 
 private:
     void collectSteps();
-    void prepareTables(const PixelRect& output);
+    void prepareLanczos(const PixelRect& output);
 
-    Image root_; // keeps the nodes alive
+    std::vector<Image> images_; // keep the nodes alive
     std::vector<PlanStep> steps_;
+    std::vector<std::size_t> roots_;
 };
 
 // What `node` reads of input `index` to deliver `rect`; may reach outside the input's extent.

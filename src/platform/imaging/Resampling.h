@@ -24,7 +24,7 @@ int samplingRadius(Sampling sampling);
 // One axis of a separable filter over `count` outputs from `firstOutput`. Weights are normalised,
 // and those of pixels past the edge are added to the edge pixel.
 struct FilterTaps {
-    int taps = 0;                    // per output; a multiple of 8 unless fewer pixels are stored
+    int taps = 0;                    // per output
     std::vector<std::int32_t> first; // absolute input index of each output's first tap
     std::vector<float> weights;      // count × taps
 };

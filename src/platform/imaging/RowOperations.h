@@ -4,6 +4,7 @@
 // Raster.
 #pragma once
 
+#include "platform/Raster.h"
 #include "platform/Renderer.h"
 
 #include <cstddef>
@@ -12,27 +13,40 @@
 namespace kelvaro::rows {
 
 void fill(float* out, float value, std::size_t count);
-// out = in × weight; then out += in × weight (fused).
-void scale(float* out, const float* in, float weight, std::size_t count);
-void accumulate(float* out, const float* in, float weight, std::size_t count);
+// out[i] += sum over k < rows of lowest[k × stride + i] × weights[k], k rising (fused). Touches
+// exactly `count` samples of each row.
+void addRows(float* out, const float* lowest, std::ptrdiff_t stride, const float* weights, int rows,
+             std::size_t count);
 // out = a + t (b − a)
 void mix(float* out, const float* a, const float* b, float t, std::size_t count);
-// out[i] = sum over k < taps of in[first[i] + k] × weights[i × taps + k]; every read lies
-// inside the row.
-void weightedSums(float* out, const float* in, const std::int32_t* first, const float* weights,
-                  int taps, std::size_t count);
+// One filter for kFilterLines lines at once: out[line][i] = sum over k < taps of in[line][first[i]
+// + k] × weights[i × taps + k], k rising. `first` never decreases. Lines that `out` has null for
+// are not written; `in` has none. `scratch` holds lineScratch() floats.
+struct LineFilter {
+    const std::int32_t* first;
+    const float* weights;
+    int taps;
+    std::size_t count;
+};
+inline constexpr int kFilterLines = 16;
+inline constexpr std::size_t kFilterBlock = 64; // outputs whose inputs stay in the first caches
+std::size_t lineScratch(const LineFilter& filter);
+void filterLines(float* const* out, const float* const* in, const LineFilter& filter,
+                 float* scratch);
 // out[i] = in[index[i]] + fraction[i] (in[index[i] + 1] − in[index[i]]); index never decreases.
 void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
                  std::size_t count);
-// The inside of a Catmull-Rom resampling: out[i] = sum over j, k < 4 of rowWeights(v)[j] ×
-// columnWeights(u)[k] × in[(row[i] + j) × stride + column[i] + k], with u, v the positions'
-// fractions past the second of the four pixels. Every read lies inside the picture.
-struct CubicPosition {
-    std::int32_t offset; // of the first of the 4 × 4 pixels, in floats from `in`
-    float u, v;          // 0 … 1
+// A row of a Catmull-Rom resampling, all planes, where the 4 × 4 neighbours of every pixel lie
+// inside the stored picture. Pixel i reads around column u + (x + i) du and row v + (x + i) dv,
+// counted in centres of stored pixels from the place where the storage has originColumn and
+// originRow. Writes up to three samples more than `count`.
+struct CubicLine {
+    double x, u, du, v, dv;
+    int originColumn, originRow;
+    std::size_t count;
 };
-void cubicSums(float* out, const float* in, std::ptrdiff_t stride, const CubicPosition* positions,
-               std::size_t count);
+void cubic(float* const* out, const float* const* in, int planes, std::ptrdiff_t stride,
+           const CubicLine& line);
 void maximum(float* out, const float* a, const float* b, std::size_t count);
 // out = top + bottom (1 − topAlpha), premultiplied source-over of one plane.
 void over(float* out, const float* top, const float* topAlpha, const float* bottom,

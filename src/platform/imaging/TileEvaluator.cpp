@@ -1,8 +1,10 @@
 #include "platform/imaging/TileEvaluator.h"
 
-#include "platform/imaging/ImageSpace.h"
+#include "platform/ImageSpace.h"
+#include "platform/imaging/LanczosSums.h"
 #include "platform/imaging/RowOperations.h"
 #include "platform/imaging/TileOperations.h"
+#include "platform/imaging/kernels/Kernels.h"
 
 #include <cstring>
 
@@ -81,23 +83,24 @@ public:
           tiles_(plan.steps().size()),
           users_(plan.steps().size()) {}
 
-    Tile run(const PixelRect& output) {
+    std::vector<Tile> run(const PixelRect& output) {
         const auto& steps = plan_.steps();
+        for (const std::size_t root : plan_.roots())
+            ++users_[root];
         for (std::size_t i = 0; i < steps.size(); ++i)
             if (!needed_[i].isEmpty())
-                for (const int input : steps[i].inputs)
-                    ++users_[std::size_t(input)];
+                for (const std::size_t input : steps[i].inputs)
+                    ++users_[input];
         for (std::size_t i = 0; i < steps.size(); ++i) {
             if (needed_[i].isEmpty()) continue;
-            tiles_[i] = evaluate(steps[i], needed_[i]);
-            for (const int input : steps[i].inputs)
-                if (--users_[std::size_t(input)] == 0) tiles_[std::size_t(input)] = Tile();
+            if (tiles_[i].isEmpty()) tiles_[i] = evaluate(steps[i], needed_[i]);
+            for (const std::size_t input : steps[i].inputs)
+                if (--users_[input] == 0) tiles_[input] = Tile();
         }
-        Tile& last = tiles_.back();
-        if (last.rect() == output) return std::move(last);
-        Tile padded(pool_, output, true);
-        copyPadded(last.view(), padded.view());
-        return padded;
+        std::vector<Tile> finished;
+        for (const std::size_t root : plan_.roots())
+            finished.push_back(taken(root, output));
+        return finished;
     }
 
 private:
@@ -105,7 +108,7 @@ private:
     // `scratch` (transparent outside the input's extent).
     ConstTileView covering(const PlanStep& step, std::size_t k, const PixelRect& rect,
                            bool needsAlpha, Tile& scratch) {
-        const Tile& tile = tiles_[std::size_t(step.inputs[k])];
+        const Tile& tile = tiles_[step.inputs[k]];
         const bool alpha = needsAlpha || tile.view().hasAlpha() || !tile.rect().contains(rect);
         if (tile.rect() == rect && alpha == tile.view().hasAlpha()) return tile.view();
         scratch = Tile(pool_, rect, alpha);
@@ -113,7 +116,15 @@ private:
         return scratch.view();
     }
 
-    bool isLastUse(int input) const { return users_[std::size_t(input)] == 1; }
+    bool isLastUse(std::size_t input) const { return users_[input] == 1; }
+
+    Tile taken(std::size_t root, const PixelRect& output) {
+        Tile& tile = tiles_[root];
+        if (tile.rect() == output && users_[root]-- == 1) return std::move(tile);
+        Tile padded(pool_, output, tile.view().hasAlpha() || !tile.rect().contains(output));
+        copyPadded(tile.view(), padded.view());
+        return padded;
+    }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect) {
         return std::visit([&](const auto& op) { return evaluate(step, rect, op); },
@@ -142,7 +153,7 @@ private:
             inputs[k] = covering(step, k, rect, false, scratch[k]);
         Tile out;
         if (!step.inputs.empty() && scratch[0].isEmpty() && isLastUse(step.inputs[0]))
-            out = std::move(tiles_[std::size_t(step.inputs[0])]); // in place
+            out = std::move(tiles_[step.inputs[0]]); // in place
         else if (!scratch[0].isEmpty())
             out = std::move(scratch[0]);
         else
@@ -152,11 +163,36 @@ private:
         return out;
     }
 
+    Tile evaluate(const PlanStep& step, const PixelRect& rect, const ColourMatrixOperation& op) {
+        KernelOperation matrix{&kernel::colourMatrix(), {}};
+        for (const auto& row : op.rows)
+            matrix.uniforms.insert(matrix.uniforms.end(), row.begin(), row.end());
+        return evaluate(step, rect, matrix);
+    }
+
+    // Makes the tiles of the whole group; returns the step's own.
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const LanczosOperation&) {
-        const Tile& in = tiles_[std::size_t(step.inputs[0])];
-        Tile out(pool_, rect, in.view().hasAlpha());
-        lanczosTile(*step.lanczos, in.view(), out.view(), pool_);
-        return out;
+        const LanczosGroup& group = *step.lanczos;
+        std::vector<LanczosSums> sums;
+        for (const std::size_t member : group.members)
+            sums.emplace_back(group.tables, rect, plan_.steps()[member].node->hasAlpha, pool_);
+        const PixelRect& area = sums.front().input();
+        const PixelSize size = group.input->tileSize(area.height);
+        for (int x = area.x; x < area.right(); x += size.width)
+            for (int y = area.y; y < area.top(); y += size.height) {
+                const PixelRect block = intersection({x, y, size.width, size.height}, area);
+                const std::vector<Tile> tiles = evaluateTiles(*group.input, block, pool_);
+                for (std::size_t i = 0; i < sums.size(); ++i)
+                    sums[i].add(tiles[i].view());
+            }
+        Tile own;
+        for (std::size_t i = 0; i < sums.size(); ++i) {
+            const PlanStep& member = plan_.steps()[group.members[i]];
+            Tile out(pool_, rect, member.node->hasAlpha);
+            sums[i].writeTo(out.view());
+            (&member == &step ? own : tiles_[group.members[i]]) = std::move(out);
+        }
+        return own;
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const BoxBlurOperation& op) {
@@ -169,7 +205,7 @@ private:
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const ClampOperation&) {
-        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        const Tile& in = tiles_[step.inputs[0]];
         Tile out(pool_, rect, in.view().hasAlpha());
         clampTile(in.view(), out.view());
         return out;
@@ -183,7 +219,7 @@ private:
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const TranslateOperation& op) {
-        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        const Tile& in = tiles_[step.inputs[0]];
         ConstTileView moved = in.view();
         moved.rect.x += op.dx;
         moved.rect.y += op.dy;
@@ -193,14 +229,14 @@ private:
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const AffineOperation& op) {
-        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        const Tile& in = tiles_[step.inputs[0]];
         Tile out(pool_, rect, in.view().hasAlpha());
         affineTile(op, step.node->inputs[0].extent(), in.view(), out.view());
         return out;
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const StretchOperation&) {
-        const Tile& in = tiles_[std::size_t(step.inputs[0])];
+        const Tile& in = tiles_[step.inputs[0]];
         Tile out(pool_, rect, in.view().hasAlpha());
         stretchTile(step.node->inputs[0].extent(), step.node->extent, in.view(), out.view(), pool_);
         return out;
@@ -225,7 +261,7 @@ private:
     }
 
     Tile copyOrMove(const PlanStep& step, const PixelRect& rect) {
-        Tile& in = tiles_[std::size_t(step.inputs[0])];
+        Tile& in = tiles_[step.inputs[0]];
         if (isLastUse(step.inputs[0])) return std::move(in);
         Tile out(pool_, rect, in.view().hasAlpha());
         copyPadded(in.view(), out.view());
@@ -236,12 +272,12 @@ private:
     TilePool& pool_;
     std::vector<PixelRect> needed_;
     std::vector<Tile> tiles_;
-    std::vector<int> users_;
+    std::vector<int> users_; // steps and roots that still need the tile
 };
 
 } // namespace
 
-Tile evaluateTile(const RenderPlan& plan, const PixelRect& output, TilePool& pool) {
+std::vector<Tile> evaluateTiles(const RenderPlan& plan, const PixelRect& output, TilePool& pool) {
     return Evaluation(plan, output, pool).run(output);
 }
 

@@ -7,8 +7,8 @@
 
 namespace kelvaro {
 
-// The finished tile covers exactly `output`; where that reaches outside the image it is
-// transparent. Throws std::bad_alloc.
-Tile evaluateTile(const RenderPlan& plan, const PixelRect& output, TilePool& pool);
+// The finished tiles, one for each image of the plan, cover exactly `output`; where that reaches
+// outside an image it is transparent. Throws std::bad_alloc.
+std::vector<Tile> evaluateTiles(const RenderPlan& plan, const PixelRect& output, TilePool& pool);
 
 } // namespace kelvaro

@@ -1,12 +1,13 @@
 #include "platform/imaging/TileOperations.h"
 
-#include "platform/imaging/ImageSpace.h"
+#include "platform/ImageSpace.h"
 #include "platform/imaging/Resampling.h"
 #include "platform/imaging/RowOperations.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <tuple>
 
 namespace kelvaro {
 
@@ -22,42 +23,6 @@ void makeRelative(std::vector<std::int32_t>& indices, int origin) {
 }
 
 } // namespace
-
-// Separable: the rows of the input are summed into one row of input width, which is then filtered
-// along x. Rows come first because that leaves less to do for the costlier pass.
-void lanczosTile(const LanczosTables& tables, const ConstTileView& in, const TileView& out,
-                 TilePool& pool) {
-    const auto [columns, lines] = std::pair(&tables.columns, &tables.lines);
-    const auto column = std::size_t(out.rect.x - tables.output.x);
-    const auto firstLine = std::size_t(out.rect.y - tables.output.y);
-    std::vector<std::int32_t> first(columns->first.begin() + std::ptrdiff_t(column),
-                                    columns->first.begin() +
-                                        std::ptrdiff_t(column + std::size_t(out.rect.width)));
-    makeRelative(first, in.rect.x);
-    const Tile sum(pool, {in.rect.x, 0, in.rect.width, 1}, false);
-    float* const row = sum.view().row(0, 0);
-    for (int line = 0; line < out.rect.height; ++line) {
-        const std::size_t entry = firstLine + std::size_t(line);
-        const float* weights = lines->weights.data() + entry * std::size_t(lines->taps);
-        const int lowest = lines->first[entry];
-        const int target = rowOfLine(out.rect, out.rect.y + line);
-        for (int plane = 0; plane < planeCount(out); ++plane) {
-            bool started = false;
-            for (int k = 0; k < lines->taps; ++k) {
-                if (weights[k] == 0) continue;
-                const float* from = in.row(plane, rowOfLine(in.rect, lowest + k));
-                if (started)
-                    rows::accumulate(row, from, weights[k], std::size_t(in.rect.width));
-                else
-                    rows::scale(row, from, weights[k], std::size_t(in.rect.width));
-                started = true;
-            }
-            rows::weightedSums(out.row(plane, target), row, first.data(),
-                               columns->weights.data() + column * std::size_t(columns->taps),
-                               columns->taps, std::size_t(out.rect.width));
-        }
-    }
-}
 
 void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
                  const TileView& out, TilePool& pool) {
@@ -143,10 +108,6 @@ float weightedSum(const Neighbourhood& around, const ConstTileView& in, int plan
     return sum;
 }
 
-} // namespace
-
-namespace {
-
 void affinePixels(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
                   const TileView& out, int row, int first, int end) {
     const double y = centreOfRow(out.rect, row);
@@ -158,46 +119,59 @@ void affinePixels(const AffineOperation& op, const PixelRect& extent, const Cons
     }
 }
 
-// The 4 × 4 pixels around one output pixel lie inside the stored tile; rows of storage run
-// downwards, so the fraction is taken from above.
-bool cubicInside(const AffineOperation& op, const PixelRect& stored, std::ptrdiff_t stride,
-                 double x, double y, rows::CubicPosition& position) {
-    const double u = op.inverse.a * x + op.inverse.c * y + op.inverse.tx - 0.5 - stored.x;
-    const double v = stored.top() - 0.5 - (op.inverse.b * x + op.inverse.d * y + op.inverse.ty);
-    const double column = std::floor(u), line = std::floor(v);
-    if (!(column >= 1 && column + 2 < stored.width && line >= 1 && line + 2 < stored.height))
-        return false;
-    position.offset = static_cast<std::int32_t>((line - 1) * double(stride) + column - 1);
-    position.u = static_cast<float>(u - column);
-    position.v = static_cast<float>(v - line);
-    return true;
+// Columns and lines of the input, in centres of pixels, along one row of the output. Lines are
+// counted downwards, as they are stored.
+rows::CubicLine lineOf(const AffineOperation& op, const PixelRect& stored, double x, double y) {
+    const AffineTransform& t = op.inverse;
+    return {x,         t.c * y + t.tx - 0.5, t.a, -(t.d * y + t.ty) - 0.5, -t.b,
+            -stored.x, stored.top(),         0};
+}
+
+bool cubicInside(const rows::CubicLine& line, const PixelRect& stored, int pixel) {
+    const double x = line.x + pixel;
+    const double column = std::floor(x * line.du + line.u) + line.originColumn;
+    const double row = std::floor(x * line.dv + line.v) + line.originRow;
+    return column >= 1 && column + 2 < stored.width && row >= 1 && row + 2 < stored.height;
+}
+
+// The pixels whose neighbourhoods lie inside: one stretch, because a line enters a rectangle once.
+// Looked for from some pixel that is inside.
+std::pair<int, int> stretchInside(const rows::CubicLine& line, const PixelRect& stored, int width) {
+    int seed = 0;
+    while (seed < width && !cubicInside(line, stored, seed))
+        ++seed;
+    const auto firstOutside = [&](int inside, int outside) { // by bisection, either way
+        while (std::abs(outside - inside) > 1) {
+            const int middle = (inside + outside) / 2;
+            (cubicInside(line, stored, middle) ? inside : outside) = middle;
+        }
+        return outside;
+    };
+    if (seed == width) return {0, 0};
+    return {seed, cubicInside(line, stored, width - 1) ? width : firstOutside(seed, width - 1)};
 }
 
 } // namespace
 
-// Row by row: stretches whose neighbourhoods lie inside run as vectors, the pixels near an edge one
-// by one.
+// Row by row: the stretch whose neighbourhoods lie inside runs as vectors, the pixels near an edge
+// one by one.
 void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
                 const TileView& out) {
-    std::vector<rows::CubicPosition> inside(std::size_t(out.rect.width));
     for (int row = 0; row < out.rect.height; ++row) {
-        const double y = centreOfRow(out.rect, row);
-        int column = 0;
-        while (column < out.rect.width) {
-            int end = column;
-            while (op.sampling == Sampling::catmullRom && end < out.rect.width &&
-                   cubicInside(op, in.rect, in.stride, out.rect.x + end + 0.5, y,
-                               inside[std::size_t(end - column)]))
-                ++end;
+        int begin = 0, end = 0;
+        if (op.sampling == Sampling::catmullRom) {
+            rows::CubicLine line =
+                lineOf(op, in.rect, out.rect.x + 0.5, centreOfRow(out.rect, row));
+            std::tie(begin, end) = stretchInside(line, in.rect, out.rect.width);
+            float* to[kPlanes] = {};
             for (int plane = 0; plane < planeCount(out); ++plane)
-                rows::cubicSums(out.row(plane, row) + column, in.row(plane, 0), in.stride,
-                                inside.data(), std::size_t(end - column));
-            if (end < out.rect.width) {
-                affinePixels(op, extent, in, out, row, end, end + 1);
-                ++end;
-            }
-            column = end;
+                to[plane] = out.row(plane, row) + begin;
+            line.x += begin;
+            line.count = std::size_t(end - begin);
+            rows::cubic(to, in.planes, planeCount(out), in.stride, line);
         }
+        affinePixels(op, extent, in, out, row, 0, begin);
+        affinePixels(op, extent, in, out, row, end, out.rect.width);
     }
 }
 

@@ -7,9 +7,6 @@
 
 namespace kelvaro {
 
-// The tables cover `out`.
-void lanczosTile(const LanczosTables& tables, const ConstTileView& in, const TileView& out,
-                 TilePool& pool);
 void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
                  const TileView& out, TilePool& pool);
 // `extent` is the input image's.

@@ -1,6 +1,6 @@
 #include "platform/imaging/TiledRenderer.h"
 
-#include "platform/imaging/ImageSpace.h"
+#include "platform/ImageSpace.h"
 #include "platform/imaging/RowOperations.h"
 #include "platform/imaging/TileEvaluator.h"
 
@@ -40,13 +40,6 @@ private:
 #endif
 };
 
-// Wide and low for point-wise chains (their planes stay in the second-level cache); taller where a
-// halo around each tile is computed more than once, but enough of them to keep all cores busy.
-PixelSize tileSize(const RenderPlan& plan, const PixelRect& rect) {
-    if (!plan.hasNeighbourhoods()) return {512, 16};
-    return {512, std::clamp(rect.height / 12, 16, 128)};
-}
-
 class TiledRenderer : public Renderer {
 public:
     explicit TiledRenderer(int threads)
@@ -58,13 +51,24 @@ public:
 
     Result<Raster> renderRaster(const Image& image, const PixelRect& rect,
                                 const Cancellation* cancellation) override {
+        auto rasters = renderRasters({image}, rect, cancellation);
+        if (!rasters) return fail(std::move(rasters).error());
+        return std::move(rasters->front());
+    }
+
+    Result<std::vector<Raster>> renderRasters(const std::vector<Image>& images,
+                                              const PixelRect& rect,
+                                              const Cancellation* cancellation) override {
         try {
-            Raster raster(rect, image.hasAlpha() || !image.extent().contains(rect));
-            const TileView target = raster.view();
-            const bool done = forEachTile(image, rect, cancellation,
-                                          [&](const TileView& tile) { copyTile(tile, target); });
+            std::vector<Raster> rasters;
+            for (const Image& image : images)
+                rasters.emplace_back(rect, image.hasAlpha() || !image.extent().contains(rect));
+            const bool done = forEachTile(images, rect, cancellation, [&](const auto& tiles) {
+                for (std::size_t i = 0; i < rasters.size(); ++i)
+                    copyTile(tiles[i].view(), rasters[i].view());
+            });
             if (!done) return fail(FailureKind::cancelled, "The rendering was stopped.");
-            return raster;
+            return rasters;
         } catch (const std::bad_alloc&) {
             return outOfMemory();
         }
@@ -78,7 +82,8 @@ public:
                                (image.hasAlpha() || !image.extent().contains(rect));
             Bitmap bitmap(rect.size(), alpha ? 4 : 3, format.type);
             const std::size_t pixelBytes = sampleBytes(format.type) * (alpha ? 4 : 3);
-            const bool done = forEachTile(image, rect, cancellation, [&](const TileView& tile) {
+            const bool done = forEachTile({image}, rect, cancellation, [&](const auto& tiles) {
+                const TileView& tile = tiles.front().view();
                 const int firstRow = rowOfLine(rect, lineOfRow(tile.rect, 0));
                 for (int row = 0; row < tile.rect.height; ++row) {
                     const float* planes[4] = {};
@@ -117,10 +122,10 @@ private:
 
     // False when the work was cancelled before its end.
     template<class Use>
-    bool forEachTile(const Image& image, const PixelRect& rect, const Cancellation* cancellation,
-                     const Use& use) {
-        const RenderPlan plan(image, rect);
-        const PixelSize size = tileSize(plan, rect);
+    bool forEachTile(const std::vector<Image>& images, const PixelRect& rect,
+                     const Cancellation* cancellation, const Use& use) {
+        const RenderPlan plan(images, rect);
+        const PixelSize size = plan.tileSize(rect.height);
         const int columns = (rect.width + size.width - 1) / size.width;
         const int lines = (rect.height + size.height - 1) / size.height;
         tbb::enumerable_thread_specific<TilePool> pools;
@@ -132,8 +137,7 @@ private:
             const PixelRect cell{rect.x + index % columns * size.width,
                                  rect.top() - (index / columns + 1) * size.height, size.width,
                                  size.height};
-            const Tile tile = evaluateTile(plan, intersection(cell, rect), pools.local());
-            use(tile.view());
+            use(evaluateTiles(plan, intersection(cell, rect), pools.local()));
         };
         arena_.execute([&] { tbb::parallel_for(0, columns * lines, runTile); });
         return !stopped;

@@ -3,11 +3,11 @@
 
 #include "platform/Image.h"
 #include "platform/Renderer.h"
+#include "platform/imaging/SameBits.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <random>
 
@@ -52,16 +52,6 @@ inline double worstDifference(const Raster& actual, const Raster& expected) {
                 if (!std::isnan(d)) worst = std::max(worst, d);
             }
     return worst;
-}
-
-inline bool sameBits(const Raster& a, const Raster& b) {
-    if (!(a.extent() == b.extent()) || a.hasAlpha() != b.hasAlpha()) return false;
-    for (int plane = 0; plane < (a.hasAlpha() ? 4 : 3); ++plane)
-        for (int row = 0; row < a.extent().height; ++row)
-            if (std::memcmp(a.row(plane, row), b.row(plane, row),
-                            sizeof(float) * std::size_t(a.extent().width)) != 0)
-                return false;
-    return true;
 }
 
 inline Raster rendered(Renderer& renderer, const Image& image, const PixelRect& rect) {

@@ -114,6 +114,26 @@ TEST(RandomGraph, FastRendererAgreesWithPlainOne) {
     }
 }
 
+// Images that are drawn together, share sources and reductions, and appear twice.
+TEST(RandomGraph, DrawnTogetherIsDrawnAlone) {
+    const auto renderer = makeTiledRenderer(2);
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        GraphMaker maker(seed);
+        const Image image = maker.make();
+        if (image.extent().isEmpty() || image.extent().longerSide() > 300) continue;
+        const Image brighter = exposureAdjusted(image, 0.7);
+        const std::vector<Image> together{lanczosScaled(image, 0.37), lanczosScaled(brighter, 0.37),
+                                          boxBlurred(lanczosScaled(brighter, 0.37), 2), image,
+                                          image};
+        const PixelRect view = outset(together.front().extent(), 2);
+        const auto drawn = renderer->renderRasters(together, view);
+        ASSERT_TRUE(drawn && drawn->size() == together.size());
+        for (std::size_t i = 0; i < together.size(); ++i)
+            ASSERT_TRUE(sameBits((*drawn)[i], rendered(*renderer, together[i], view)))
+                << "seed " << seed << ", image " << i;
+    }
+}
+
 // A large picture is cut into many tiles; every part of it rendered alone is the same.
 TEST(RandomGraph, TilesHaveNoSeams) {
     const auto renderer = makeTiledRenderer(2);

@@ -1,4 +1,4 @@
-#include "platform/imaging/WhiteAdaptation.h"
+#include "platform/WhiteAdaptation.h"
 
 #include <gtest/gtest.h>
 

@@ -2,10 +2,7 @@
 
 #include "base/Require.h"
 #include "platform/ImageNode.h"
-#include "platform/imaging/BitmapSource.h"
-#include "platform/imaging/RasterSource.h"
-#include "platform/imaging/WhiteAdaptation.h"
-#include "platform/imaging/kernels/Kernels.h"
+#include "platform/WhiteAdaptation.h"
 
 #include <cmath>
 
@@ -58,9 +55,9 @@ bool Image::hasAlpha() const {
 const char* operationName(const ImageNode& node) {
     if (const auto* kernel = std::get_if<KernelOperation>(&node.operation))
         return kernel->kernel->name;
-    static constexpr const char* names[] = {"source",  "constant", "kernel", "lanczos",
-                                            "boxBlur", "clamp",    "crop",   "translate",
-                                            "affine",  "stretch",  "over",   "maximum"};
+    static constexpr const char* names[] = {
+        "source", "constant",  "kernel", "colourMatrix", "lanczos", "boxBlur", "clamp",
+        "crop",   "translate", "affine", "stretch",      "over",    "maximum"};
     static_assert(std::size(names) == std::variant_size_v<Operation>);
     return names[node.operation.index()];
 }
@@ -73,11 +70,7 @@ Image imageFrom(std::shared_ptr<const PixelSource> source) {
 }
 
 Image imageFrom(Raster raster) {
-    return imageFrom(std::make_shared<const RasterSource>(std::move(raster)));
-}
-
-std::shared_ptr<const PixelSource> sourceFrom(Bitmap pixels, ColourDecoding colour) {
-    return std::make_shared<const BitmapSource>(std::move(pixels), std::move(colour));
+    return imageFrom(sourceFrom(std::move(raster)));
 }
 
 Image constantColour(std::array<float, 4> premultiplied) {
@@ -111,14 +104,10 @@ Image temperatureAndTint(const Image& image, WhitePoint neutral, WhitePoint targ
     return colourMatrix(image, whiteAdaptationMatrix(neutral, target));
 }
 
-Image colourMatrix(const Image& image, const std::array<std::array<double, 3>, 3>& rows) {
-    static constexpr std::array<std::array<double, 3>, 3> identity{
-        {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+Image colourMatrix(const Image& image, const Matrix3& rows) {
+    static constexpr Matrix3 identity{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     if (rows == identity) return image;
-    std::vector<double> uniforms;
-    for (const auto& row : rows)
-        uniforms.insert(uniforms.end(), row.begin(), row.end());
-    return applyKernel(kernel::colourMatrix(), {image}, std::move(uniforms));
+    return makeImage(ColourMatrixOperation{rows}, {image}, image.extent(), image.hasAlpha());
 }
 
 Image lanczosScaled(const Image& image, double scale) {

@@ -1,8 +1,10 @@
-#include "platform/imaging/BitmapSource.h"
-
+// The pixel sources behind sourceFrom(): decoded bitmaps, whose integer samples are kept as stored
+// and become linear light for each tile that is read, and finished rasters.
 #include "base/Require.h"
-#include "platform/imaging/ImageSpace.h"
+#include "platform/Image.h"
+#include "platform/ImageSpace.h"
 
+#include <cstring>
 #include <limits>
 
 namespace kelvaro {
@@ -57,19 +59,25 @@ void premultiplyRow(const RowTask& row) {
             row.planes[c][i] *= row.planes[3][i];
 }
 
-} // namespace
+class BitmapSource final : public PixelSource {
+public:
+    BitmapSource(Bitmap pixels, ColourDecoding colour)
+        : pixels_(std::move(pixels)), colour_(std::move(colour)) {
+        KELVARO_REQUIRE(pixels_.channels == 3 || pixels_.channels == 4);
+        if (pixels_.type == SampleType::f32) return;
+        const std::size_t entries = pixels_.type == SampleType::u8 ? 256 : 65536;
+        for (const auto& tone : colour_.tone)
+            KELVARO_REQUIRE(tone && tone->size() == entries);
+    }
+    PixelRect extent() const override { return {0, 0, pixels_.size.width, pixels_.size.height}; }
+    bool hasAlpha() const override { return pixels_.channels == 4; }
+    std::size_t bytes() const override { return pixels_.bytes(); }
+    void read(const TileView& tile) const override;
 
-BitmapSource::BitmapSource(Bitmap pixels, ColourDecoding colour)
-    : pixels_(std::move(pixels)), colour_(std::move(colour)) {
-    KELVARO_REQUIRE(pixels_.channels == 3 || pixels_.channels == 4);
-    if (pixels_.type == SampleType::f32) return;
-    for (const auto& tone : colour_.tone)
-        KELVARO_REQUIRE(tone && tone->size() == (pixels_.type == SampleType::u8 ? 256u : 65536u));
-}
-
-PixelRect BitmapSource::extent() const {
-    return {0, 0, pixels_.size.width, pixels_.size.height};
-}
+private:
+    Bitmap pixels_;
+    ColourDecoding colour_;
+};
 
 void BitmapSource::read(const TileView& tile) const {
     for (int r = 0; r < tile.rect.height; ++r) {
@@ -96,6 +104,37 @@ void BitmapSource::read(const TileView& tile) const {
             alphaRow(from.template operator()<float>(), row);
         premultiplyRow(row);
     }
+}
+
+class RasterSource final : public PixelSource {
+public:
+    explicit RasterSource(Raster raster) : raster_(std::move(raster)) {}
+    PixelRect extent() const override { return raster_.extent(); }
+    bool hasAlpha() const override { return raster_.hasAlpha(); }
+    std::size_t bytes() const override { return raster_.bytes(); }
+
+    void read(const TileView& tile) const override {
+        const ConstTileView from = raster_.view();
+        const int firstRow = rowOfLine(from.rect, lineOfRow(tile.rect, 0));
+        const int firstColumn = tile.rect.x - from.rect.x;
+        for (int plane = 0; plane < (from.hasAlpha() ? 4 : 3); ++plane)
+            for (int row = 0; row < tile.rect.height; ++row)
+                std::memcpy(tile.row(plane, row), from.row(plane, firstRow + row) + firstColumn,
+                            std::size_t(tile.rect.width) * sizeof(float));
+    }
+
+private:
+    Raster raster_;
+};
+
+} // namespace
+
+std::shared_ptr<const PixelSource> sourceFrom(Bitmap pixels, ColourDecoding colour) {
+    return std::make_shared<const BitmapSource>(std::move(pixels), std::move(colour));
+}
+
+std::shared_ptr<const PixelSource> sourceFrom(Raster raster) {
+    return std::make_shared<const RasterSource>(std::move(raster));
 }
 
 } // namespace kelvaro

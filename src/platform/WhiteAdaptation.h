@@ -4,11 +4,7 @@
 
 #include "platform/Image.h"
 
-#include <array>
-
 namespace kelvaro {
-
-using Matrix3 = std::array<std::array<double, 3>, 3>;
 
 // CIE 1931 chromaticity of a white point: the Planckian locus (Krystek's rational approximation,
 // Color Res. Appl. 10, 1985), moved along the isotherm of CIE 1960 uv by the tint, 1/3000 per unit
