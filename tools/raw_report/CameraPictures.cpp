@@ -41,14 +41,15 @@ Opened opened(const std::filesystem::path& path, Services& services) {
     const PhotoOpener opener{*services.files, *services.reader, *services.raw};
     const ImageSource source = valueOf(opener.open(path, {}, 1, nullptr));
     Opened all;
-    const Image developed = valueOf(developedPhoto(source, {}, 1, *services.renderer,
-                                                   *services.brushes, nullptr, nullptr));
+    const Image developed = valueOf(
+        developedPhoto(source, {}, 1, *services.renderer, *services.brushes, nullptr, nullptr));
     all.finished = Pipeline::gamutMapped(developed, Pipeline::OutputSpace::sRGB);
     all.linear = source.linearCapture;
     if (const auto preview = valueOf(file->preview())) {
         auto picture = services.reader->decode(preview->bytes, path.filename().string());
         if (picture)
-            all.preview = imageFrom(sourceFrom(std::move(picture->pixels), std::move(picture->colour)));
+            all.preview =
+                imageFrom(sourceFrom(std::move(picture->pixels), std::move(picture->colour)));
     }
     return all;
 }
@@ -70,12 +71,14 @@ Picture fitted(const Image& image, PixelSize size, Renderer& renderer) {
     double width = whole.size.width, height = bottom - top;
     const double shape = double(size.width) / size.height;
     if (std::abs(width / height - shape) > 0.004 * shape) {
-        if (width / height > shape) width = height * shape;
-        else height = width / shape;
+        if (width / height > shape)
+            width = height * shape;
+        else
+            height = width / shape;
     }
     const PixelSize cut{int(width + 0.5), int(height + 0.5)};
-    Picture middle = whole.part((whole.size.width - cut.width) / 2,
-                                top + (bottom - top - cut.height) / 2, cut);
+    Picture middle =
+        whole.part((whole.size.width - cut.width) / 2, top + (bottom - top - cut.height) / 2, cut);
     Raster light({0, 0, middle.size.width, middle.size.height}, false);
     for (int y = 0; y < middle.size.height; ++y)
         for (int x = 0; x < middle.size.width; ++x)
@@ -160,10 +163,10 @@ void makeContactSheets(const std::filesystem::path& raw, const std::filesystem::
         const PixelRect& whole = all.finished.extent();
         const int side = std::min({kCrop, whole.width, whole.height});
         const auto crop = [&](double x, double y) {
-            return renderedPart(all.finished,
-                                {int((whole.width - side) * x), int((whole.height - side) * y), side,
-                                 side},
-                                renderer);
+            return renderedPart(
+                all.finished,
+                {int((whole.width - side) * x), int((whole.height - side) * y), side, side},
+                renderer);
         };
         Picture row({2 * kThumb + 2 * kCrop + 30, std::max(mine.size.height, kCrop)}, 128);
         if (all.preview)

@@ -37,7 +37,9 @@ Lab labOf(const std::array<double, 3>& v) {
     const double x = (0.4123908 * v[0] + 0.3575843 * v[1] + 0.1804808 * v[2]) / 0.9504559;
     const double y = 0.2126390 * v[0] + 0.7151687 * v[1] + 0.0721923 * v[2];
     const double z = (0.0193308 * v[0] + 0.1191948 * v[1] + 0.9505322 * v[2]) / 1.0890578;
-    const auto f = [](double t) { return t > 216.0 / 24389 ? std::cbrt(t) : (24389.0 / 27 * t + 16) / 116; };
+    const auto f = [](double t) {
+        return t > 216.0 / 24389 ? std::cbrt(t) : (24389.0 / 27 * t + 16) / 116;
+    };
     return {116 * f(y) - 16, 500 * (f(x) - f(y)), 200 * (f(y) - f(z))};
 }
 
@@ -67,8 +69,8 @@ double difference(const Lab& p, const Lab& q) {
     const double sL = 1 + 0.015 * l50 / std::sqrt(20 + l50), sC = 1 + 0.045 * c,
                  sH = 1 + 0.015 * c * t;
     const double turn = 30 * std::exp(-std::pow((h - 275) / 25, 2));
-    const double rT = -2 * std::sqrt(std::pow(c, 7) / (std::pow(c, 7) + k25)) *
-                      std::sin(2 * turn * kPi / 180);
+    const double rT =
+        -2 * std::sqrt(std::pow(c, 7) / (std::pow(c, 7) + k25)) * std::sin(2 * turn * kPi / 180);
     const double x = dL / sL, y = dC / sC, z = dH / sH;
     return std::sqrt(std::max(0.0, x * x + y * y + z * z + rT * y * z));
 }
@@ -107,7 +109,8 @@ Picture renderedPart(const Image& image, const PixelRect& rect, Renderer& render
     if (!pixels) stop(pixels.error().message);
     Picture picture(pixels->size);
     for (int y = 0; y < picture.size.height; ++y)
-        std::memcpy(picture.at(0, y), pixels->row<std::uint8_t>(y), std::size_t(picture.size.width) * 3);
+        std::memcpy(picture.at(0, y), pixels->row<std::uint8_t>(y),
+                    std::size_t(picture.size.width) * 3);
     return picture;
 }
 

@@ -109,8 +109,10 @@ double psnr(const Raster& got, const Light& want, bool isRounded) {
     for (int y = 4; y < want.height - 4; ++y) {
         for (int x = 4; x < want.width - 4; ++x) {
             for (int c = 0; c < 3; ++c, ++count) {
-                double a = displayed(double(got.row(c, y)[x])), b = displayed(double(want.at(x, y)[c]));
-                if (isRounded) a = std::floor(a * 255 + 0.5) / 255, b = std::floor(b * 255 + 0.5) / 255;
+                double a = displayed(double(got.row(c, y)[x])),
+                       b = displayed(double(want.at(x, y)[c]));
+                if (isRounded)
+                    a = std::floor(a * 255 + 0.5) / 255, b = std::floor(b * 255 + 0.5) / 255;
                 error += (a - b) * (a - b);
             }
         }
@@ -166,8 +168,8 @@ void printHighlights(const std::filesystem::path& kodak) {
     std::printf("Highlights: mean CIEDE2000 to the unclipped scene where a channel is clipped\n");
     std::printf("%-14s %-9s %5s %8s %8s %14s %14s\n", "scene", "light", "stops", "rebuilt",
                 "clipped", "white: chroma", "its worst 1 %");
-    const std::pair<const char*, ChannelValues> whites[] = {
-        {"daylight", {2.1, 1, 1.6, 1}}, {"tungsten", {1.3, 1, 2.7, 1}}};
+    const std::pair<const char*, ChannelValues> whites[] = {{"daylight", {2.1, 1, 1.6, 1}},
+                                                            {"tungsten", {1.3, 1, 2.7, 1}}};
     int better = 0, scenes = 0;
     double worstChroma = 0;
     for (const Light& light : lights(kodak)) {
@@ -205,7 +207,8 @@ void printHighlights(const std::filesystem::path& kodak) {
                             plain[c] = std::min(1.0, double(p[c]) * gain) * shown;
                             full += double(p[c]) * gain > balance[c];
                         }
-                        if (full == 3 && isFullArea(x, y)) whiteChroma.push_back(chroma(labOf(ours)));
+                        if (full == 3 && isFullArea(x, y))
+                            whiteChroma.push_back(chroma(labOf(ours)));
                         if (full == 0) continue;
                         const Lab want = labOf(truth);
                         rebuilt += difference(want, labOf(ours));
@@ -224,15 +227,16 @@ void printHighlights(const std::filesystem::path& kodak) {
                     worst = whiteChroma[whiteChroma.size() * 99 / 100];
                 }
                 worstChroma = std::max(worstChroma, worst);
-                std::printf("%-14s %-9s %5d %8.2f %8.2f %14.2f %14.2f%s\n", light.name.c_str(), name,
-                            stops, rebuilt / count, clipped / count, mean, worst,
+                std::printf("%-14s %-9s %5d %8.2f %8.2f %14.2f %14.2f%s\n", light.name.c_str(),
+                            name, stops, rebuilt / count, clipped / count, mean, worst,
                             rebuilt < clipped ? "" : "   worse");
             }
         }
     }
-    std::printf("%d of %d scenes are nearer (%.0f %%); fully clipped areas have a chroma of at most "
-                "%.2f\n\n",
-                better, scenes, 100.0 * better / std::max(1, scenes), worstChroma);
+    std::printf(
+        "%d of %d scenes are nearer (%.0f %%); fully clipped areas have a chroma of at most "
+        "%.2f\n\n",
+        better, scenes, 100.0 * better / std::max(1, scenes), worstChroma);
 }
 
 } // namespace kelvaro::report

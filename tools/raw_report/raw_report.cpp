@@ -22,7 +22,9 @@ int main(int argc, char** argv) {
         report::makeContactSheets(photos / "raw", argv[3], services);
         return 0;
     }
-    const auto wants = [&](const char* name) { return what.empty() || what == "all" || what == name; };
+    const auto wants = [&](const char* name) {
+        return what.empty() || what == "all" || what == name;
+    };
     if (wants("demosaic")) report::printDemosaic(photos / "kodak");
     if (wants("truth")) report::printTruth(photos / "raw");
     if (wants("highlights")) report::printHighlights(photos / "kodak");

@@ -5,6 +5,7 @@
 #include "platform/raw/RawDecoder.h"
 
 #include <benchmark/benchmark.h>
+#include <tbb/parallel_for.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -59,6 +60,39 @@ void developUnpacked(benchmark::State& state) {
 BENCHMARK(developUnpacked)
     ->ArgsProduct({{1, 2}, {0, 1}})
     ->ArgNames({"reduction", "captureOnly"})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+// The same read once from top to bottom as an export reads it, in strips that are thrown away.
+void developStreamed(benchmark::State& state) {
+    CameraRawEngine engine;
+    auto raw = engine.open(file());
+    if (!raw) return state.SkipWithError(raw.error().message.c_str());
+    RawDevelopSettings settings;
+    settings.captureOnly = state.range(0) != 0;
+    settings.streamed = true;
+    if (!(*raw)->develop(settings, nullptr)) return state.SkipWithError("cannot be developed");
+    constexpr int kStrip = 128, kPiece = 512;
+    std::int64_t pixels = 0;
+    for (auto _ : state) {
+        const auto source = *(*raw)->develop(settings, nullptr);
+        const PixelRect whole = source->extent();
+        for (int y = whole.height; y > 0; y -= kStrip) {
+            const PixelRect strip = intersection(whole, {0, y - kStrip, whole.width, kStrip});
+            tbb::parallel_for(0, (whole.width + kPiece - 1) / kPiece, [&](int i) {
+                Raster part(intersection(strip, {i * kPiece, strip.y, kPiece, kStrip}), false);
+                source->read(part.view());
+                benchmark::DoNotOptimize(part.row(0, 0));
+            });
+        }
+        pixels += std::int64_t(whole.width) * whole.height;
+    }
+    state.SetItemsProcessed(pixels);
+}
+BENCHMARK(developStreamed)
+    ->Arg(0)
+    ->Arg(1)
+    ->ArgName("captureOnly")
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 

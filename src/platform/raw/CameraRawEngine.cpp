@@ -4,6 +4,7 @@
 #include "platform/raw/Development.h"
 #include "platform/raw/RasterSource.h"
 #include "platform/raw/RawDecoder.h"
+#include "platform/raw/StreamedSource.h"
 #include "platform/raw/WhiteMatch.h"
 
 #include <new>
@@ -37,6 +38,9 @@ public:
                 if (!sensor) return fail(sensor.error());
             }
             sensor->exposureStops = properties_.baselineExposureStops;
+            // What the library itself processed is lost with its next picture.
+            if (settings.streamed && !decoder_->processesItself())
+                return std::make_shared<const StreamedSource>(*sensor, settings, decoder_);
             auto raster = kelvaro::develop(*sensor, settings, cancellation);
             if (!raster) {
                 return fail(FailureKind::cancelled,
@@ -88,7 +92,7 @@ private:
         properties_.asShotTint = decoder_->description().colour.asShot.tint;
     }
 
-    std::unique_ptr<RawDecoder> decoder_;
+    std::shared_ptr<RawDecoder> decoder_; // with streamed sources
     std::shared_ptr<ImageReader> previews_;
     bool isMatched_ = false;
     RawProperties properties_;

@@ -40,6 +40,9 @@ public:
     // values of a white surface.
     bool statesWhite() const { return camera_.neutral || camera_.whiteXy; }
     void setNeutral(const ChannelValues& neutral);
+    // Whether samples() come from the library's own processing; if not, they stay as they are once
+    // they were unpacked.
+    bool processesItself() const { return needsProcessing_; }
     const std::string& name() const { return name_; } // of the file, for messages
 
 private:
