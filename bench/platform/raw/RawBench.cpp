@@ -2,6 +2,7 @@
 // MP one of the test photos is taken. Items are pixels: the counter reads as pixels per second.
 #include "platform/raw/CameraRawEngine.h"
 #include "platform/raw/Demosaic.h"
+#include "platform/raw/Finishing.h"
 #include "platform/raw/RawDecoder.h"
 
 #include <benchmark/benchmark.h>
@@ -127,6 +128,27 @@ void demosaicOneCore(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * width * height);
 }
 BENCHMARK(demosaicOneCore)->Unit(benchmark::kMillisecond);
+
+// Argument: with colour noise reduction, or sharpening alone.
+void finishOneCore(benchmark::State& state) {
+    constexpr int width = BayerDemosaic::kMaximumWidth, height = 160;
+    std::vector<float> planes[3];
+    for (auto& plane : planes) {
+        plane.resize(std::size_t(width) * height);
+        for (std::size_t i = 0; i < plane.size(); ++i)
+            plane[i] = 0.2f + float(i * 2654435761u % 65536) / 655360;
+    }
+    FinishingSettings settings;
+    settings.sharpening = 1;
+    settings.reducesColourNoise = state.range(0) != 0;
+    const NoiseModel noise;
+    Finishing finishing;
+    for (auto _ : state)
+        finishing.run({planes[0].data(), planes[1].data(), planes[2].data()}, width, width, height,
+                      noise, settings);
+    state.SetItemsProcessed(state.iterations() * width * height);
+}
+BENCHMARK(finishOneCore)->Arg(0)->Arg(1)->ArgName("colour")->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace kelvaro
