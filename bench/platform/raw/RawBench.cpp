@@ -2,9 +2,11 @@
 // MP one of the test photos is taken. Items are pixels: the counter reads as pixels per second.
 #include "platform/raw/CameraRawEngine.h"
 #include "platform/raw/Demosaic.h"
+#include "platform/raw/Finishing.h"
 #include "platform/raw/RawDecoder.h"
 
 #include <benchmark/benchmark.h>
+#include <tbb/parallel_for.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -62,6 +64,39 @@ BENCHMARK(developUnpacked)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
+// The same read once from top to bottom as an export reads it, in strips that are thrown away.
+void developStreamed(benchmark::State& state) {
+    CameraRawEngine engine;
+    auto raw = engine.open(file());
+    if (!raw) return state.SkipWithError(raw.error().message.c_str());
+    RawDevelopSettings settings;
+    settings.captureOnly = state.range(0) != 0;
+    settings.streamed = true;
+    if (!(*raw)->develop(settings, nullptr)) return state.SkipWithError("cannot be developed");
+    constexpr int kStrip = 128, kPiece = 512;
+    std::int64_t pixels = 0;
+    for (auto _ : state) {
+        const auto source = *(*raw)->develop(settings, nullptr);
+        const PixelRect whole = source->extent();
+        for (int y = whole.height; y > 0; y -= kStrip) {
+            const PixelRect strip = intersection(whole, {0, y - kStrip, whole.width, kStrip});
+            tbb::parallel_for(0, (whole.width + kPiece - 1) / kPiece, [&](int i) {
+                Raster part(intersection(strip, {i * kPiece, strip.y, kPiece, kStrip}), false);
+                source->read(part.view());
+                benchmark::DoNotOptimize(part.row(0, 0));
+            });
+        }
+        pixels += std::int64_t(whole.width) * whole.height;
+    }
+    state.SetItemsProcessed(pixels);
+}
+BENCHMARK(developStreamed)
+    ->Arg(0)
+    ->Arg(1)
+    ->ArgName("captureOnly")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
 class Noise final : public SplitRows {
 public:
     Noise() : values_(1 << 16) {
@@ -93,6 +128,27 @@ void demosaicOneCore(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * width * height);
 }
 BENCHMARK(demosaicOneCore)->Unit(benchmark::kMillisecond);
+
+// Argument: with colour noise reduction, or sharpening alone.
+void finishOneCore(benchmark::State& state) {
+    constexpr int width = BayerDemosaic::kMaximumWidth, height = 160;
+    std::vector<float> planes[3];
+    for (auto& plane : planes) {
+        plane.resize(std::size_t(width) * height);
+        for (std::size_t i = 0; i < plane.size(); ++i)
+            plane[i] = 0.2f + float(i * 2654435761u % 65536) / 655360;
+    }
+    FinishingSettings settings;
+    settings.sharpening = 1;
+    settings.reducesColourNoise = state.range(0) != 0;
+    const NoiseModel noise;
+    Finishing finishing;
+    for (auto _ : state)
+        finishing.run({planes[0].data(), planes[1].data(), planes[2].data()}, width, width, height,
+                      noise, settings);
+    state.SetItemsProcessed(state.iterations() * width * height);
+}
+BENCHMARK(finishOneCore)->Arg(0)->Arg(1)->ArgName("colour")->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace kelvaro

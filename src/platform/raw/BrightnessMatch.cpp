@@ -1,6 +1,7 @@
 #include "platform/raw/BrightnessMatch.h"
 
 #include "platform/raw/MosaicReader.h"
+#include "platform/raw/PreviewLight.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,52 +15,15 @@ constexpr double kLimitStops = 1.5;
 constexpr float kBar = 0.0008f;
 constexpr float kMidFrom = 0.02f, kMidTo = 0.7f;
 
-float luminance(float r, float g, float b) {
-    return 0.2126f * r + 0.7152f * g + 0.0722f * b;
-}
-
-template<class T>
-float toned(const ColourDecoding& colour, std::size_t channel, T sample) {
-    if constexpr (std::is_same_v<T, float>) {
-        return sample;
-    } else {
-        const auto& curve = colour.tone[channel];
-        return curve && sample < curve->size() ? (*curve)[sample] : 0.0f;
-    }
-}
-
-template<class T>
-void collect(const DecodedBitmap& preview, std::vector<float>& values) {
-    const auto& m = preview.colour.toWorking;
-    for (int y = 4; y < preview.pixels.size.height; y += 8) {
-        const T* row = preview.pixels.row<T>(y);
-        for (int x = 4; x < preview.pixels.size.width; x += 8) {
-            const T* p = row + x * preview.pixels.channels;
-            float v[3], rgb[3];
-            for (std::size_t c = 0; c < 3; ++c)
-                v[c] = toned(preview.colour, c, p[c]);
-            for (std::size_t i = 0; i < 3; ++i)
-                rgb[i] = m[i][0] * v[0] + m[i][1] * v[1] + m[i][2] * v[2];
-            const float light = luminance(rgb[0], rgb[1], rgb[2]);
-            if (light > kBar) values.push_back(light);
-        }
-    }
-}
-
 } // namespace
 
 std::vector<float> previewLuminance(const DecodedBitmap& preview) {
     std::vector<float> values;
-    switch (preview.pixels.type) {
-    case SampleType::u8:
-        collect<std::uint8_t>(preview, values);
-        break;
-    case SampleType::u16:
-        collect<std::uint16_t>(preview, values);
-        break;
-    case SampleType::f32:
-        collect<float>(preview, values);
-        break;
+    for (int y = 4; y < preview.pixels.size.height; y += 8) {
+        for (int x = 4; x < preview.pixels.size.width; x += 8) {
+            const float light = luminanceOf(lightAt(preview, x, y));
+            if (light > kBar) values.push_back(light);
+        }
     }
     return values;
 }
@@ -74,12 +38,12 @@ std::vector<float> sensorLuminance(const SensorImage& sensor) {
         line.resize(std::size_t(std::max(1, 2 * pairs)));
     const auto& m = sensor.colour.toWorking;
     const auto add = [&](const float(&v)[kMaximumChannels]) {
-        float rgb[3] = {};
+        std::array<float, 3> rgb{};
         for (std::size_t i = 0; i < 3; ++i) {
             for (std::size_t c = 0; c < kMaximumChannels; ++c)
                 rgb[i] += float(m[i][c]) * v[c];
         }
-        values.push_back(luminance(rgb[0], rgb[1], rgb[2]));
+        values.push_back(luminanceOf(rgb));
     };
     const bool isBayer = sensor.layout == SensorLayout::bayer;
     if (!isBayer && sensor.layout == SensorLayout::xTrans) return values;

@@ -4,6 +4,8 @@
 #include "platform/raw/Development.h"
 #include "platform/raw/RasterSource.h"
 #include "platform/raw/RawDecoder.h"
+#include "platform/raw/StreamedSource.h"
+#include "platform/raw/WhiteMatch.h"
 
 #include <new>
 
@@ -17,8 +19,7 @@ public:
         : decoder_(std::move(decoder)), previews_(std::move(previews)) {
         const SensorImage& sensor = decoder_->description();
         properties_.size = developedSize(sensor, 1);
-        properties_.asShotTemperature = sensor.colour.asShot.kelvin;
-        properties_.asShotTint = sensor.colour.asShot.tint;
+        describeWhite();
         properties_.baselineExposureStops = sensor.exposureStops;
         properties_.supportsSharpness = true;
         properties_.defaultSharpness = kDefaultSharpness;
@@ -31,8 +32,15 @@ public:
         auto sensor = decoder_->samples(settings.reduction, cancellation);
         if (!sensor) return fail(sensor.error());
         try {
-            matchBrightness(*sensor, cancellation);
+            if (!isMatched_) {
+                isMatched_ = match(*sensor, cancellation);
+                sensor = decoder_->samples(settings.reduction, cancellation);
+                if (!sensor) return fail(sensor.error());
+            }
             sensor->exposureStops = properties_.baselineExposureStops;
+            // What the library itself processed is lost with its next picture.
+            if (settings.streamed && !decoder_->processesItself())
+                return std::make_shared<const StreamedSource>(*sensor, settings, decoder_);
             auto raster = kelvaro::develop(*sensor, settings, cancellation);
             if (!raster) {
                 return fail(FailureKind::cancelled,
@@ -51,24 +59,40 @@ public:
     }
 
 private:
-    void matchBrightness(const SensorImage& sensor, const Cancellation* cancellation) {
-        if (isMatched_ || decoder_->statesExposure() || !previews_) return;
-        isMatched_ = true;
+    // Takes from the embedded preview what the file leaves open: the white and the brightness.
+    // False when it was cancelled and should be tried again.
+    bool match(SensorImage sensor, const Cancellation* cancellation) {
+        if (!previews_ || (decoder_->statesExposure() && decoder_->statesWhite())) return true;
         constexpr int kMatchPixels = 512; // along the longer side; every 64th pixel is looked at
         const auto preview = decoder_->preview(kMatchPixels);
-        if (!preview || !*preview) return;
+        if (!preview || !*preview) return true;
         constexpr DecodeLimits kLimits{100'000'000, std::int64_t(1) << 29};
         const auto picture =
             previews_->decode((*preview)->bytes, decoder_->name(), kLimits, cancellation);
-        if (!picture) {
-            isMatched_ = picture.error().kind != FailureKind::cancelled;
-            return;
+        if (!picture) return picture.error().kind != FailureKind::cancelled;
+        if (!decoder_->statesWhite() && sensor.colours == 3) {
+            const auto small = kelvaro::develop(sensor, {0, true, 2}, cancellation);
+            if (!small) return false;
+            if (const auto neutral = matchedNeutral(*small, sensor.colour, *picture)) {
+                decoder_->setNeutral(*neutral);
+                describeWhite();
+                auto balanced = decoder_->samples(1, cancellation);
+                if (!balanced) return false;
+                sensor = std::move(*balanced);
+            }
         }
+        if (decoder_->statesExposure()) return true;
         const auto stops = matchedStops(previewLuminance(*picture), sensorLuminance(sensor));
         if (stops) properties_.baselineExposureStops = *stops;
+        return true;
     }
 
-    std::unique_ptr<RawDecoder> decoder_;
+    void describeWhite() {
+        properties_.asShotTemperature = decoder_->description().colour.asShot.kelvin;
+        properties_.asShotTint = decoder_->description().colour.asShot.tint;
+    }
+
+    std::shared_ptr<RawDecoder> decoder_; // with streamed sources
     std::shared_ptr<ImageReader> previews_;
     bool isMatched_ = false;
     RawProperties properties_;

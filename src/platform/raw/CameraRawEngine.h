@@ -9,8 +9,9 @@
 namespace kelvaro {
 
 // Thread-safe; the files it opens are not. Files that state no baseline exposure (all but DNG) have
-// the brightness of their embedded preview when `previews` can read it; the property
-// baselineExposureStops is then known after the first `develop`, and 0 before.
+// the brightness of their embedded preview when `previews` can read it, and its white where they do
+// not say which one the camera took; the properties baselineExposureStops, asShotTemperature and
+// asShotTint are then known after the first `develop`, and 0 and daylight before.
 class CameraRawEngine final : public RawEngine {
 public:
     explicit CameraRawEngine(std::shared_ptr<ImageReader> previews = nullptr)

@@ -77,27 +77,29 @@ std::unique_ptr<const LocalColour> surroundingsOf(const SensorImage& sensor,
     return map;
 }
 
-class Developer {
+} // namespace
+
+class Development::Developer {
 public:
-    Developer(const SensorImage& sensor, const RawDevelopSettings& settings, Raster& target)
+    Developer(const SensorImage& sensor, const RawDevelopSettings& settings)
         : sensor_(sensor),
-          reader_(sensor),
-          toe_(std::max(kLeastToe, kToePerNoise * darkNoise(sensor, reader_))),
-          surroundings_(surroundingsOf(sensor, reader_)),
-          highlights_(saturationOf(sensor), surroundings_.get()),
+          reader_(sensor_),
+          toe_(std::max(kLeastToe, kToePerNoise * darkNoise(sensor_, reader_))),
+          surroundings_(surroundingsOf(sensor_, reader_)),
+          highlights_(saturationOf(sensor_), surroundings_.get()),
           mosaic_(&reader_),
-          colour_(sensor),
-          writer_(target, sensor.orientation),
-          reduction_(usedReduction(sensor, settings.reduction)) {
+          colour_(sensor_),
+          reduction_(usedReduction(sensor_, settings.reduction)) {
         finishing_.toe = toe_ * float(std::exp2(sensor.exposureStops));
         if (!settings.captureOnly) {
             finishing_.sharpening = sharpeningOf(settings.sharpness, reduction_);
             finishing_.reducesColourNoise = sensor.colours >= 3;
         }
-        if (surroundings_) mosaic_ = &recovered_.emplace(sensor, reader_, highlights_);
-        if (sensor.corrections && sensor.corrections->hasGains()) {
-            mosaic_ = &gained_.emplace(sensor, *sensor.corrections, *mosaic_);
+        if (surroundings_) mosaic_ = &recovered_.emplace(sensor_, reader_, highlights_);
+        if (sensor_.corrections && sensor_.corrections->hasGains()) {
+            mosaic_ = &gained_.emplace(sensor_, *sensor_.corrections, *mosaic_);
         }
+        measureNoise(workshops_.local());
     }
     Developer(const Developer&) = delete;
     Developer& operator=(const Developer&) = delete;
@@ -106,7 +108,7 @@ public:
     int rows() const { return sensor_.crop.height / reduction_; }
 
     // Measures the noise on a few tiles over the whole picture; without visible colour noise that
-    // step is left out. Call before the first tile.
+    // step is left out.
     void measureNoise(Workshop& shop) {
         if (Finishing::border(finishing_) == 0) return;
         constexpr int kAcross = 5, kDown = 4, kSize = 96;
@@ -128,7 +130,8 @@ public:
     int tileHeight() const { return kTileHeight - 2 * Finishing::border(finishing_); }
 
     // One tile of the picture, in its own coordinates before orientation.
-    void tile(const SensorRect& tile, Workshop& shop) const {
+    void tile(const SensorRect& tile, const UprightWriter& writer) const {
+        Workshop& shop = workshops_.local();
         const int border = Finishing::border(finishing_);
         const SensorRect wide{tile.left - border, tile.top - border, tile.width + 2 * border,
                               tile.height + 2 * border};
@@ -136,7 +139,7 @@ public:
         float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
         shop.finishing.run(planes, kTileStride, wide.width, wide.height, noise_, finishing_);
         const std::ptrdiff_t inner = border * kTileStride + border;
-        writer_.write(tile, {planes[0] + inner, planes[1] + inner, planes[2] + inner}, kTileStride);
+        writer.write(tile, {planes[0] + inner, planes[1] + inner, planes[2] + inner}, kTileStride);
     }
 
 private:
@@ -253,7 +256,7 @@ private:
         }
     }
 
-    const SensorImage& sensor_;
+    const SensorImage sensor_;
     MosaicReader reader_;
     float toe_; // of the compressive domain, in balanced values
     std::unique_ptr<const LocalColour> surroundings_;
@@ -264,11 +267,9 @@ private:
     ColourStep colour_;
     FinishingSettings finishing_;
     NoiseModel noise_;
-    UprightWriter writer_;
     int reduction_;
+    mutable tbb::enumerable_thread_specific<Workshop> workshops_;
 };
-
-} // namespace
 
 PixelSize developedSize(const SensorImage& sensor, int reduction) {
     const int by = usedReduction(sensor, reduction);
@@ -276,18 +277,40 @@ PixelSize developedSize(const SensorImage& sensor, int reduction) {
     return sensor.orientation >= 5 ? PixelSize{height, width} : PixelSize{width, height};
 }
 
+Development::Development(const SensorImage& sensor, const RawDevelopSettings& settings)
+    : developer_(std::make_unique<const Developer>(sensor, settings)),
+      size_(developedSize(sensor, settings.reduction)),
+      orientation_(sensor.orientation) {}
+
+Development::~Development() = default;
+
+PixelSize Development::tiles() const {
+    const int width = developer_->tileWidth(), height = developer_->tileHeight();
+    return {(developer_->columns() + width - 1) / width,
+            (developer_->rows() + height - 1) / height};
+}
+
+SensorRect Development::stored(int column, int row) const {
+    const int width = developer_->tileWidth(), height = developer_->tileHeight();
+    return intersection(SensorRect{0, 0, developer_->columns(), developer_->rows()},
+                        SensorRect{column * width, row * height, width, height});
+}
+
+PixelRect Development::tile(int column, int row) const {
+    return uprightRect(stored(column, row), size_, orientation_);
+}
+
+void Development::run(int column, int row, const TileView& target) const {
+    developer_->tile(stored(column, row), UprightWriter(target, size_, orientation_));
+}
+
 std::optional<Raster> develop(const SensorImage& sensor, const RawDevelopSettings& settings,
                               const Cancellation* cancellation) {
-    const PixelSize size = developedSize(sensor, settings.reduction);
-    Raster raster({0, 0, size.width, size.height}, false);
+    const Development development(sensor, settings);
+    Raster raster({0, 0, development.size().width, development.size().height}, false);
     useLargePages(raster);
-    Developer developer(sensor, settings, raster);
-    tbb::enumerable_thread_specific<Workshop> workshops;
-    developer.measureNoise(workshops.local());
-    const SensorRect whole{0, 0, developer.columns(), developer.rows()};
-    const int width = developer.tileWidth(), height = developer.tileHeight();
-    const int across = (whole.width + width - 1) / width,
-              down = (whole.height + height - 1) / height;
+    const TileView target = raster.view();
+    const auto [across, down] = development.tiles();
     std::atomic<bool> stopped{false};
     tbb::parallel_for(tbb::blocked_range2d<int>(0, down, 0, across), [&](const auto& range) {
         for (int r = range.rows().begin(); r < range.rows().end(); ++r) {
@@ -296,8 +319,7 @@ std::optional<Raster> develop(const SensorImage& sensor, const RawDevelopSetting
                     stopped = true;
                     return;
                 }
-                developer.tile(intersection(whole, {c * width, r * height, width, height}),
-                               workshops.local());
+                development.run(c, r, target);
             }
         }
     });

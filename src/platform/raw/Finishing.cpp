@@ -12,54 +12,58 @@
 #include <algorithm>
 #include <cmath>
 
-// Plain loops that the compiler turns into vectors of each target.
+// Plain loops that the compiler turns into vectors of each target. No two rows are the same, or it
+// would have to doubt too many pairs of them.
 HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
 namespace HWY_NAMESPACE {
 
-void encodeRow(const float* in, float toe, float* out, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        out[i] = in[i] / std::sqrt(std::abs(in[i]) + toe);
-}
-
-void decodeRow(const float* in, float toe, float* out, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const float e = in[i];
-        out[i] = e * (std::abs(e) + std::sqrt(e * e + 4 * toe)) * 0.5f;
-    }
-}
-
-// Luminance of encoded values and what red and blue differ from it.
-void splitRow(const float* r, const float* g, const float* b, float* y, float* u, float* v,
+// Linear values to encoded luminance and what red and blue differ from it.
+void splitRow(const float* HWY_RESTRICT r, const float* HWY_RESTRICT g, const float* HWY_RESTRICT b,
+              float toe, float* HWY_RESTRICT y, float* HWY_RESTRICT u, float* HWY_RESTRICT v,
               std::size_t count) {
+    const auto encode = [toe](float x) { return x / std::sqrt(std::abs(x) + toe); };
     for (std::size_t i = 0; i < count; ++i) {
-        const float light = 0.25f * (r[i] + b[i]) + 0.5f * g[i];
+        const float red = encode(r[i]), blue = encode(b[i]);
+        const float light = 0.25f * (red + blue) + 0.5f * encode(g[i]);
         y[i] = light;
-        u[i] = r[i] - light;
-        v[i] = b[i] - light;
+        u[i] = red - light;
+        v[i] = blue - light;
     }
 }
 
-void joinRow(const float* y, const float* u, const float* v, float* r, float* g, float* b,
+// And back.
+void joinRow(const float* HWY_RESTRICT y, const float* HWY_RESTRICT u, const float* HWY_RESTRICT v,
+             float toe, float* HWY_RESTRICT r, float* HWY_RESTRICT g, float* HWY_RESTRICT b,
              std::size_t count) {
+    const auto decode = [toe](float e) {
+        return e * (std::abs(e) + std::sqrt(e * e + 4 * toe)) * 0.5f;
+    };
     for (std::size_t i = 0; i < count; ++i) {
-        r[i] = y[i] + u[i];
-        b[i] = y[i] + v[i];
-        g[i] = y[i] - 0.5f * (u[i] + v[i]);
+        r[i] = decode(y[i] + u[i]);
+        b[i] = decode(y[i] + v[i]);
+        g[i] = decode(y[i] - 0.5f * (u[i] + v[i]));
     }
 }
 
 // B3 spline (1 4 6 4 1) / 16 of five values that lie `step` apart.
-void smoothFive(const float* a, const float* b, const float* c, const float* d, const float* e,
-                float* out, std::size_t count) {
+void smoothFive(const float* HWY_RESTRICT a, const float* HWY_RESTRICT b,
+                const float* HWY_RESTRICT c, const float* HWY_RESTRICT d,
+                const float* HWY_RESTRICT e, float* HWY_RESTRICT out, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         out[i] = 0.0625f * (a[i] + e[i]) + 0.25f * (b[i] + d[i]) + 0.375f * c[i];
     }
 }
 
+void addRow(const float* HWY_RESTRICT in, float* HWY_RESTRICT sum, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        sum[i] += in[i];
+}
+
 // Adds to `sum` the part of the detail (in − smooth) that stands out from `times` the noise.
-void shrinkRow(const float* in, const float* smooth, const float* y, NoiseLine noise, float times,
-               float* sum, std::size_t count) {
+void shrinkRow(const float* HWY_RESTRICT in, const float* HWY_RESTRICT smooth,
+               const float* HWY_RESTRICT y, NoiseLine noise, float times, float* HWY_RESTRICT sum,
+               std::size_t count) {
     const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
     for (std::size_t i = 0; i < count; ++i) {
         const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
@@ -69,17 +73,17 @@ void shrinkRow(const float* in, const float* smooth, const float* y, NoiseLine n
     }
 }
 
-// Luminance with its detail enlarged: less where it is no more than noise, less where it is already
-// strong.
-void sharpenRow(const float* y, const float* smooth, NoiseLine noise, float amount, float* out,
-                std::size_t count) {
+// In place from smoothed luminance to what is to be added: less where the detail is no more than
+// noise, less where it is already strong.
+void sharpenRow(const float* HWY_RESTRICT y, NoiseLine noise, float amount,
+                float* HWY_RESTRICT smooth, std::size_t count) {
     const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
     for (std::size_t i = 0; i < count; ++i) {
         const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
         const float limit = 2 * (noise.dark + t * (noise.light - noise.dark));
         const float d = y[i] - smooth[i], square = d * d;
         const float seen = square / (square + limit * limit + 1e-20f);
-        out[i] = amount * d * seen / (1 + 14 * std::abs(d));
+        smooth[i] = amount * d * seen / (1 + 14 * std::abs(d));
     }
 }
 
@@ -90,10 +94,9 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kelvaro {
 
-HWY_EXPORT(encodeRow);
-HWY_EXPORT(decodeRow);
 HWY_EXPORT(splitRow);
 HWY_EXPORT(joinRow);
+HWY_EXPORT(addRow);
 HWY_EXPORT(smoothFive);
 HWY_EXPORT(shrinkRow);
 HWY_EXPORT(sharpenRow);
@@ -105,40 +108,33 @@ constexpr float kDefaultAmount = 1.1f;
 constexpr float kNoiseTimes = 3.0f;
 constexpr float kVisible = 0.0015f; // of encoded values; a display step is about 0.004
 
-struct Plane {
+// The last rows of a plane, as many as a power of two holds. Rows outside the picture repeat its
+// edges.
+struct Ring {
     float* data;
-    int width, height;
-    float* row(int y) const { return data + std::ptrdiff_t(y) * width; }
+    int rows, width, height;
+    float* row(int y) const { return data + std::ptrdiff_t(y & (rows - 1)) * width; }
+    const float* clamped(int y) const { return row(std::clamp(y, 0, height - 1)); }
 };
 
-// Both directions with `step` between the taps; edges repeat, so that every row is defined.
-void smoothed(const Plane& in, const Plane& out, const Plane& scratch, int step) {
-    const auto w = std::size_t(in.width);
-    for (int y = 0; y < in.height; ++y) {
-        const auto at = [&](int k) { return in.row(std::clamp(y + k * step, 0, in.height - 1)); };
-        HWY_DYNAMIC_DISPATCH(smoothFive)(at(-2), at(-1), at(0), at(1), at(2), scratch.row(y), w);
-    }
-    const int reach = 2 * step;
-    for (int y = 0; y < in.height; ++y) {
-        const float* from = scratch.row(y);
-        float* to = out.row(y);
-        const auto edge = [&](int x) {
-            const auto at = [&](int k) { return from[std::clamp(x + k * step, 0, in.width - 1)]; };
-            to[x] = 0.0625f * (at(-2) + at(2)) + 0.25f * (at(-1) + at(1)) + 0.375f * at(0);
-        };
-        if (in.width <= 2 * reach) {
-            for (int x = 0; x < in.width; ++x)
-                edge(x);
-            continue;
-        }
-        for (int x = 0; x < reach; ++x)
-            edge(x);
-        for (int x = in.width - reach; x < in.width; ++x)
-            edge(x);
-        const float* p = from + reach;
-        HWY_DYNAMIC_DISPATCH(smoothFive)
-        (p - reach, p - step, p, p + step, p + reach, to + reach, w - 2 * std::size_t(reach));
-    }
+// Row `y` smoothed in both directions with `step` between the taps.
+void smoothedRow(const Ring& in, int y, int step, float* scratch, float* out) {
+    const int width = in.width, reach = 2 * step;
+    HWY_DYNAMIC_DISPATCH(smoothFive)
+    (in.clamped(y - reach), in.clamped(y - step), in.row(y), in.clamped(y + step),
+     in.clamped(y + reach), scratch, std::size_t(width));
+    const auto edge = [&](int x) {
+        const auto at = [&](int k) { return scratch[std::clamp(x + k * step, 0, width - 1)]; };
+        out[x] = 0.0625f * (at(-2) + at(2)) + 0.25f * (at(-1) + at(1)) + 0.375f * at(0);
+    };
+    for (int x = 0; x < std::min(reach, width); ++x)
+        edge(x);
+    for (int x = std::max(reach, width - reach); x < width; ++x)
+        edge(x);
+    if (width <= 2 * reach) return;
+    const float* p = scratch + reach;
+    HWY_DYNAMIC_DISPATCH(smoothFive)
+    (p - reach, p - step, p, p + step, p + reach, out + reach, std::size_t(width - 2 * reach));
 }
 
 float quantile(std::vector<float>& values, double q) {
@@ -164,102 +160,123 @@ int Finishing::border(const FinishingSettings& settings) {
     return settings.sharpening > 0 ? kSharpeningBorder : 0;
 }
 
-void Finishing::resize(int width, int height) {
-    const auto size = std::size_t(width) * std::size_t(height);
-    for (auto* plane : {&encoded_[0], &encoded_[1], &encoded_[2], &luminance_, &colour_[0],
-                        &colour_[1], &smooth_, &scratch_, &sum_}) {
-        if (plane->size() < size) plane->resize(size);
+void Finishing::resize(int width) {
+    const auto fit = [&](std::vector<float>& rows, int count) {
+        const std::size_t size = std::size_t(width) * std::size_t(count);
+        if (rows.size() < size) rows.resize(size);
+    };
+    fit(luminance_, kRows);
+    fit(detail_, kRows);
+    fit(scratch_, 1);
+    for (auto& colour : colour_) {
+        for (auto& level : colour.levels)
+            fit(level, kRows);
+        fit(colour.sum, kRows);
     }
 }
 
+// All steps follow each other row by row, so that what one leaves is still in the cache for the
+// next; each level lags behind by its reach.
 void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
                     const NoiseModel& noise, const FinishingSettings& settings) {
     if (border(settings) == 0) return;
-    resize(width, height);
+    resize(width);
     const auto w = std::size_t(width);
-    const auto plane = [&](std::vector<float>& v) { return Plane{v.data(), width, height}; };
-    const Plane y = plane(luminance_), colours[2] = {plane(colour_[0]), plane(colour_[1])};
-    const Plane smooth = plane(smooth_), scratch = plane(scratch_), sum = plane(sum_);
-    for (int row = 0; row < height; ++row) {
-        for (int c = 0; c < 3; ++c) {
-            HWY_DYNAMIC_DISPATCH(encodeRow)
-            (planes[c] + row * stride, settings.toe, plane(encoded_[c]).row(row), w);
+    const auto ring = [&](std::vector<float>& v) { return Ring{v.data(), kRows, width, height}; };
+    const Ring y = ring(luminance_), detail = ring(detail_);
+    const bool reduces = settings.reducesColourNoise;
+    const int levels = reduces ? NoiseModel::kLevels : 0;
+    const int lag = border(settings);
+    for (int t = 0; t < height + lag; ++t) {
+        const std::ptrdiff_t in = t * stride;
+        if (t < height) {
+            HWY_DYNAMIC_DISPATCH(splitRow)
+            (planes[0] + in, planes[1] + in, planes[2] + in, settings.toe, y.row(t),
+             ring(colour_[0].levels[0]).row(t), ring(colour_[1].levels[0]).row(t), w);
         }
-        HWY_DYNAMIC_DISPATCH(splitRow)
-        (plane(encoded_[0]).row(row), plane(encoded_[1]).row(row), plane(encoded_[2]).row(row),
-         y.row(row), colours[0].row(row), colours[1].row(row), w);
-    }
-    if (settings.reducesColourNoise) {
-        for (std::size_t c = 0; c < 2; ++c) {
-            std::fill_n(sum_.begin(), w * std::size_t(height), 0.0f);
-            for (int level = 0; level < NoiseModel::kLevels; ++level) {
-                smoothed(colours[c], smooth, scratch, 1 << level);
-                for (int row = 0; row < height; ++row) {
-                    HWY_DYNAMIC_DISPATCH(shrinkRow)
-                    (colours[c].row(row), smooth.row(row), y.row(row),
-                     noise.colour[c][std::size_t(level)], kNoiseTimes, sum.row(row), w);
-                }
-                std::copy_n(smooth_.begin(), w * std::size_t(height), colour_[c].begin());
-            }
-            for (std::size_t i = 0; i < w * std::size_t(height); ++i)
-                colour_[c][i] += sum_[i];
-        }
-    }
-    if (settings.sharpening > 0) {
-        smoothed(y, smooth, scratch, 1);
-        for (int row = 0; row < height; ++row) {
+        const int sharpened = t - kSharpeningBorder;
+        if (settings.sharpening > 0 && sharpened >= 0 && sharpened < height) {
+            smoothedRow(y, sharpened, 1, scratch_.data(), detail.row(sharpened));
             HWY_DYNAMIC_DISPATCH(sharpenRow)
-            (y.row(row), smooth.row(row), noise.luminance, kDefaultAmount * settings.sharpening,
-             scratch.row(row), w);
+            (y.row(sharpened), noise.luminance, kDefaultAmount * settings.sharpening,
+             detail.row(sharpened), w);
         }
-        for (std::size_t i = 0; i < w * std::size_t(height); ++i)
-            luminance_[i] += scratch_[i];
-    }
-    for (int row = 0; row < height; ++row) {
+        for (int c = 0; c < 2; ++c) {
+            Colour& colour = colour_[c];
+            int row = t;
+            for (int level = 0; level < levels; ++level) {
+                row -= 2 << level;
+                if (row < 0 || row >= height) continue;
+                const Ring from = ring(colour.levels[level]), to = ring(colour.levels[level + 1]);
+                float* sum = ring(colour.sum).row(row);
+                smoothedRow(from, row, 1 << level, scratch_.data(), to.row(row));
+                if (level == 0) std::fill_n(sum, w, 0.0f);
+                HWY_DYNAMIC_DISPATCH(shrinkRow)
+                (from.row(row), to.row(row), y.row(row),
+                 noise.colour[std::size_t(c)][std::size_t(level)], kNoiseTimes, sum, w);
+            }
+        }
+        const int done = t - lag;
+        if (done < 0) continue;
+        // The luminance itself stays as it is: rows below are still to be smoothed with it.
+        float* light = y.row(done);
+        if (settings.sharpening > 0) {
+            HWY_DYNAMIC_DISPATCH(addRow)(light, detail.row(done), w);
+            light = detail.row(done);
+        }
+        const float* parts[2];
+        for (int c = 0; c < 2; ++c) {
+            float* part = ring(colour_[c].levels[levels]).row(done);
+            if (reduces) HWY_DYNAMIC_DISPATCH(addRow)(ring(colour_[c].sum).row(done), part, w);
+            parts[c] = part;
+        }
+        const std::ptrdiff_t out = done * stride;
         HWY_DYNAMIC_DISPATCH(joinRow)
-        (y.row(row), colours[0].row(row), colours[1].row(row), plane(encoded_[0]).row(row),
-         plane(encoded_[1]).row(row), plane(encoded_[2]).row(row), w);
-        for (int c = 0; c < 3; ++c) {
-            HWY_DYNAMIC_DISPATCH(decodeRow)
-            (plane(encoded_[c]).row(row), settings.toe, planes[c] + row * stride, w);
-        }
+        (light, parts[0], parts[1], settings.toe, planes[0] + out, planes[1] + out, planes[2] + out,
+         w);
     }
 }
 
 void Finishing::sample(const float* const (&planes)[3], std::ptrdiff_t stride, int width,
                        int height, float toe, std::vector<Sample>& samples) {
-    resize(width, height);
-    const auto w = std::size_t(width);
-    const auto plane = [&](std::vector<float>& v) { return Plane{v.data(), width, height}; };
-    const Plane y = plane(luminance_);
+    // Whole planes, which are small here.
+    int rows = 1;
+    while (rows < height)
+        rows *= 2;
+    const auto size = std::size_t(width) * std::size_t(rows);
+    std::vector<float> light(size), colours[2], smooth(size), scratch(std::size_t(width), 0.0f);
+    const auto ring = [&](std::vector<float>& v) { return Ring{v.data(), rows, width, height}; };
+    const auto smoothen = [&](std::vector<float>& from, int step) {
+        for (int row = 0; row < height; ++row)
+            smoothedRow(ring(from), row, step, scratch.data(), ring(smooth).row(row));
+    };
+    for (auto& colour : colours)
+        colour.resize(size);
     for (int row = 0; row < height; ++row) {
-        for (int c = 0; c < 3; ++c) {
-            HWY_DYNAMIC_DISPATCH(encodeRow)
-            (planes[c] + row * stride, toe, plane(encoded_[c]).row(row), w);
-        }
+        const std::ptrdiff_t in = row * stride;
         HWY_DYNAMIC_DISPATCH(splitRow)
-        (plane(encoded_[0]).row(row), plane(encoded_[1]).row(row), plane(encoded_[2]).row(row),
-         y.row(row), plane(colour_[0]).row(row), plane(colour_[1]).row(row), w);
+        (planes[0] + in, planes[1] + in, planes[2] + in, toe, ring(light).row(row),
+         ring(colours[0]).row(row), ring(colours[1]).row(row), std::size_t(width));
     }
     const std::size_t first = samples.size();
     const auto forEach = [&](auto&& use) {
         std::size_t i = first;
         for (int row = kColourBorder; row < height - kColourBorder; row += 2) {
             for (int x = kColourBorder; x < width - kColourBorder; x += 2)
-                use(i++, std::size_t(row) * w + std::size_t(x));
+                use(i++, std::size_t(row) * std::size_t(width) + std::size_t(x));
         }
     };
-    smoothed(y, plane(smooth_), plane(scratch_), 1);
+    smoothen(light, 1);
     forEach([&](std::size_t, std::size_t at) {
-        samples.push_back({luminance_[at], luminance_[at] - smooth_[at], {}});
+        samples.push_back({light[at], light[at] - smooth[at], {}});
     });
     for (std::size_t c = 0; c < 2; ++c) {
         for (std::size_t level = 0; level < NoiseModel::kLevels; ++level) {
-            smoothed(plane(colour_[c]), plane(smooth_), plane(scratch_), 1 << level);
+            smoothen(colours[c], 1 << level);
             forEach([&](std::size_t i, std::size_t at) {
-                samples[i].colour[c][level] = colour_[c][at] - smooth_[at];
+                samples[i].colour[c][level] = colours[c][at] - smooth[at];
             });
-            std::copy_n(smooth_.begin(), w * std::size_t(height), colour_[c].begin());
+            std::swap(colours[c], smooth);
         }
     }
 }

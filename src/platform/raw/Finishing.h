@@ -50,8 +50,14 @@ public:
                 float toe, std::vector<Sample>& samples);
 
 private:
-    void resize(int width, int height);
-    std::vector<float> encoded_[3], luminance_, colour_[2], smooth_, scratch_, sum_;
+    static constexpr int kRows = 32; // a power of two above every lag and reach
+    // One colour difference: itself, then smoothed once, twice, …; and what its details keep.
+    struct Colour {
+        std::vector<float> levels[NoiseModel::kLevels + 1], sum;
+    };
+    void resize(int width);
+    std::vector<float> luminance_, detail_, scratch_;
+    Colour colour_[2];
 };
 
 // From samples of the whole picture; nothing from fewer than a thousand.

@@ -62,7 +62,11 @@ void HighlightRecovery::recover(float (&v)[3], float row, float column) const {
         sound += (1 - doubt[c]) * colour[c];
         sum += (1 - doubt[c]) * std::max(v[c], 0.0f);
     }
-    const float brightness = sum / sound;
+    float brightness = sum / sound;
+    // Nor can it be darker than what saturated channels show at least: with two of them gone, the
+    // third alone would make yellow or sky pink.
+    for (std::size_t c = 0; c < 3; ++c)
+        brightness = std::max(brightness, doubt[c] * v[c] / std::max(colour[c], 0.02f));
     const float all = std::min({doubt[0], doubt[1], doubt[2]});
     float rebuilt[3];
     for (std::size_t c = 0; c < 3; ++c)

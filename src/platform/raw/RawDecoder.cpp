@@ -166,20 +166,31 @@ void RawDecoder::describe() {
     } else {
         d.filters = library_->filters();
     }
-    CameraMatrices colour = library_->matrices();
+    camera_ = library_->matrices();
     if (dng_) {
         if (dng_->colour.first || dng_->colour.second) {
-            colour = dng_->colour;
+            camera_ = dng_->colour;
         } else if (dng_->colour.neutral) {
-            colour.neutral = dng_->colour.neutral;
+            camera_.neutral = dng_->colour.neutral;
         }
     }
-    if (d.layout == SensorLayout::monochrome) colour = {1, {}, {}, {}, {}};
-    d.colours = colour.channels;
-    d.colour = cameraColour(colour);
+    if (d.layout == SensorLayout::monochrome) camera_ = {1, {}, {}, {}, {}};
+    describeColour();
+    describeLevels();
+}
+
+void RawDecoder::describeColour() {
+    SensorImage& d = description_;
+    d.colours = camera_.channels;
+    d.colour = cameraColour(camera_);
     for (std::size_t c = 0; c < kMaximumChannels; ++c)
         d.saturation[c] = float(d.colour.balance[c]);
-    describeLevels();
+}
+
+void RawDecoder::setNeutral(const ChannelValues& neutral) {
+    camera_.neutral = neutral;
+    describeColour();
+    if (isUnpacked_) measureSaturation();
 }
 
 void RawDecoder::describeLevels() {

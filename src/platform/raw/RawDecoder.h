@@ -36,6 +36,13 @@ public:
     Result<std::optional<EmbeddedPreview>> preview(int atLeastPx);
     // Whether the file itself says how far to brighten.
     bool statesExposure() const { return dng_.has_value(); }
+    // Whether it says which white the camera took; if not, it can be told later, as the camera
+    // values of a white surface.
+    bool statesWhite() const { return camera_.neutral || camera_.whiteXy; }
+    void setNeutral(const ChannelValues& neutral);
+    // Whether samples() come from the library's own processing; if not, they stay as they are once
+    // they were unpacked.
+    bool processesItself() const { return needsProcessing_; }
     const std::string& name() const { return name_; } // of the file, for messages
 
 private:
@@ -43,6 +50,7 @@ private:
     Result<void> identify();
     void describe();
     void describeLevels();
+    void describeColour();
     Result<void> checkSize() const;
     Result<void> unpack(const Cancellation* cancellation);
     void repair();
@@ -55,6 +63,7 @@ private:
     std::unique_ptr<LibRawAccess> library_;
     std::unique_ptr<TiffFile> directories_;
     std::optional<DngTags> dng_;
+    CameraMatrices camera_;
     SensorImage description_;
     bool needsProcessing_ = false;
     bool isUnpacked_ = false;

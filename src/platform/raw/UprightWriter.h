@@ -1,4 +1,4 @@
-// Puts tiles of the sensor's picture where they belong in the upright raster.
+// Puts tiles of the sensor's picture where they belong in the upright one.
 #pragma once
 
 #include "platform/Raster.h"
@@ -6,10 +6,14 @@
 
 namespace kelvaro {
 
+// Where a rectangle of the stored picture lies in the upright one of the given size, in image
+// space. `orientation` is EXIF's 1 … 8.
+PixelRect uprightRect(const SensorRect& stored, PixelSize upright, int orientation);
+
 class UprightWriter {
 public:
-    // `orientation` is EXIF's 1 … 8; the raster has the upright size.
-    UprightWriter(Raster& target, int orientation);
+    // The target is a part of the upright picture of the size `whole`.
+    UprightWriter(const TileView& target, PixelSize whole, int orientation);
     // Three planes whose first value is the tile's upper-left pixel. Tiles may be written at the
     // same time when they do not overlap.
     void write(const SensorRect& tile, const float* const (&planes)[3],
@@ -17,6 +21,8 @@ public:
 
 private:
     TileView target_;
+    PixelSize whole_;
+    int left_, top_;                                   // of the target in the whole
     bool isTransposed_, mirrorsRows_, mirrorsColumns_; // after transposing
 };
 

@@ -1,7 +1,10 @@
 #include "platform/raw/DevelopedPhoto.h"
 #include "platform/raw/SyntheticDng.h"
 
+#include <atomic>
 #include <cmath>
+#include <random>
+#include <thread>
 
 namespace kelvaro {
 namespace {
@@ -284,6 +287,61 @@ TEST(Development, HostileTagsFailOrGiveAFinitePicture) {
         } else {
             EXPECT_NE(file.error().message.find("hostile.dng"), std::string::npos) << row.what;
         }
+        std::filesystem::remove(path);
+    }
+}
+
+// Tiles of every shape and order, from several threads, and after the file is closed.
+TEST(Development, StreamedPixelsEqualTheKeptOnes) {
+    SyntheticDng dng;
+    dng.width = 700, dng.height = 420;
+    dng.active = {0, 0, 420, 700};
+    dng.crop = {3, 5, 690, 411};
+    dng.scene = [](int row, int column, int channel) {
+        return 0.3 + 0.2 * std::sin(row * 0.31 + channel) * std::cos(column * 0.17);
+    };
+    for (const int orientation : {1, 2, 3, 4, 5, 6, 7, 8}) {
+        dng.orientation = orientation;
+        const auto path = dng.write("streamed.dng");
+        const Raster kept = developed(path);
+        std::shared_ptr<const PixelSource> source;
+        {
+            CameraRawEngine engine;
+            auto file = engine.open(path);
+            ASSERT_TRUE(file);
+            RawDevelopSettings settings;
+            settings.streamed = true;
+            auto streamed = (*file)->develop(settings, nullptr);
+            ASSERT_TRUE(streamed);
+            source = *streamed;
+        }
+        ASSERT_EQ(source->extent(), kept.extent());
+        std::vector<std::thread> threads;
+        std::atomic<int> wrong{0};
+        for (int t = 0; t < 3; ++t) {
+            threads.emplace_back([&, t] {
+                std::mt19937 random{unsigned(t)};
+                for (int i = 0; i < 12; ++i) {
+                    const PixelRect whole = kept.extent();
+                    const int x = int(random() % unsigned(whole.width - 9)),
+                              y = int(random() % unsigned(whole.height - 9));
+                    const PixelRect part = intersection(
+                        whole, {x, y, 9 + int(random() % 300), 9 + int(random() % 300)});
+                    Raster got(part, false);
+                    source->read(got.view());
+                    for (int c = 0; c < 3; ++c) {
+                        for (int row = 0; row < part.height; ++row) {
+                            const float* want =
+                                kept.row(c, whole.top() - part.top() + row) + part.x;
+                            wrong += !std::equal(want, want + part.width, got.row(c, row));
+                        }
+                    }
+                }
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(wrong, 0) << "orientation " << orientation;
         std::filesystem::remove(path);
     }
 }

@@ -1,0 +1,105 @@
+#include "platform/raw/StreamedSource.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kelvaro {
+
+namespace {
+
+// Rows of tiles that are kept: the ones being read, and the ones that their neighbours will need.
+constexpr std::size_t kRowsKept = 3;
+
+std::size_t bytesOf(const SensorImage& sensor) {
+    return std::size_t(sensor.stride) * std::size_t(sensor.height) *
+           (sensor.floats ? sizeof(float) : sizeof(std::uint16_t));
+}
+
+} // namespace
+
+StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettings& settings,
+                               std::shared_ptr<const void> samples)
+    : samples_(std::move(samples)),
+      sampleBytes_(bytesOf(sensor)),
+      development_(sensor, settings),
+      tiles_(development_.tiles()),
+      capacity_(kRowsKept * std::size_t(sensor.orientation >= 5 ? tiles_.height : tiles_.width)) {}
+
+PixelRect StreamedSource::extent() const {
+    return {0, 0, development_.size().width, development_.size().height};
+}
+
+std::size_t StreamedSource::bytes() const {
+    const PixelRect first = development_.tile(0, 0);
+    return sampleBytes_ +
+           capacity_ * std::size_t(first.width) * std::size_t(first.height) * 3 * sizeof(float);
+}
+
+void StreamedSource::forget(int index) const {
+    const std::lock_guard guard(lock_);
+    const auto place = places_.find(index);
+    kept_.erase(place->second);
+    places_.erase(place);
+    finished_.notify_all();
+}
+
+std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int row) const {
+    const int index = row * tiles_.width + column;
+    auto tile = std::make_shared<Tile>();
+    {
+        std::unique_lock guard(lock_);
+        for (auto place = places_.find(index); place != places_.end();
+             place = places_.find(index)) {
+            const auto known = *place->second;
+            if (!known->pixels.isEmpty()) {
+                kept_.splice(kept_.begin(), kept_, place->second);
+                return known;
+            }
+            finished_.wait(guard, [&] {
+                const auto now = places_.find(index);
+                return now == places_.end() || !(*now->second)->pixels.isEmpty();
+            });
+        }
+        tile->index = index;
+        kept_.push_front(tile);
+        places_[index] = kept_.begin();
+    }
+    try {
+        Raster pixels(development_.tile(column, row), false);
+        development_.run(column, row, pixels.view());
+        const std::lock_guard guard(lock_);
+        tile->pixels = std::move(pixels);
+        for (auto oldest = kept_.end(); kept_.size() > capacity_ && oldest != kept_.begin();) {
+            --oldest;
+            if ((*oldest)->pixels.isEmpty() || *oldest == tile) continue;
+            places_.erase((*oldest)->index);
+            oldest = kept_.erase(oldest);
+        }
+        finished_.notify_all();
+    } catch (...) {
+        forget(index);
+        throw;
+    }
+    return tile;
+}
+
+void StreamedSource::read(const TileView& wanted) const {
+    for (int row = 0; row < tiles_.height; ++row) {
+        for (int column = 0; column < tiles_.width; ++column) {
+            const PixelRect place = development_.tile(column, row);
+            const PixelRect part = intersection(place, wanted.rect);
+            if (part.isEmpty()) continue;
+            const auto tile = made(column, row);
+            const ConstTileView from = tile->pixels.view();
+            const int firstFrom = place.y + place.height - (part.y + part.height);
+            const int firstTo = wanted.rect.y + wanted.rect.height - (part.y + part.height);
+            for (int plane = 0; plane < 3; ++plane) {
+                for (int y = 0; y < part.height; ++y)
+                    std::copy_n(from.row(plane, firstFrom + y) + (part.x - place.x), part.width,
+                                wanted.row(plane, firstTo + y) + (part.x - wanted.rect.x));
+            }
+        }
+    }
+}
+
+} // namespace kelvaro

@@ -1,0 +1,48 @@
+// A RAW picture that is developed where it is read: tiles are made on demand and the last ones
+// kept, so that a picture is read from top to bottom without ever being in memory as a whole.
+#pragma once
+
+#include "platform/Image.h"
+#include "platform/raw/Development.h"
+
+#include <condition_variable>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+namespace kelvaro {
+
+class StreamedSource final : public PixelSource {
+public:
+    // `samples` keeps alive what the sensor points at. Throws std::bad_alloc.
+    StreamedSource(const SensorImage& sensor, const RawDevelopSettings& settings,
+                   std::shared_ptr<const void> samples);
+
+    PixelRect extent() const override;
+    bool hasAlpha() const override { return false; }
+    // The samples and the most that is kept of developed pixels.
+    std::size_t bytes() const override;
+    void read(const TileView& tile) const override;
+
+private:
+    struct Tile {
+        int index = 0;
+        Raster pixels; // empty while another thread makes it
+    };
+    using Kept = std::list<std::shared_ptr<Tile>>; // the latest first
+    std::shared_ptr<const Tile> made(int column, int row) const;
+    void forget(int index) const;
+
+    std::shared_ptr<const void> samples_;
+    std::size_t sampleBytes_;
+    Development development_;
+    PixelSize tiles_;
+    std::size_t capacity_;    // in tiles
+    mutable std::mutex lock_; // guards what follows
+    mutable std::condition_variable finished_;
+    mutable Kept kept_;
+    mutable std::unordered_map<int, Kept::iterator> places_;
+};
+
+} // namespace kelvaro
