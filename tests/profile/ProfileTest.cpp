@@ -1,0 +1,206 @@
+#include "profile/Profile.h"
+
+#include "fakes/MemorySettings.h"
+#include "profile/ExportHistory.h"
+#include "profile/GearNames.h"
+#include "profile/Greeting.h"
+#include "profile/ProfileSentences.h"
+#include "profile/WallTime.h"
+
+#include <gtest/gtest.h>
+
+namespace kelvaro {
+namespace {
+
+ShotRecord on(const CivilTime& time) {
+    ShotRecord record;
+    record.taken = secondsAsUtc(time);
+    return record;
+}
+
+std::vector<ShotRecord> shot(std::initializer_list<std::pair<const char*, int>> cameras) {
+    std::vector<ShotRecord> records;
+    for (const auto& [name, count] : cameras) {
+        ShotRecord record;
+        record.camera = record.lens = name;
+        records.insert(records.end(), static_cast<std::size_t>(count), record);
+    }
+    return records;
+}
+
+TEST(Profile, CountsAPeriodBesideAsMuchOfTheOneBefore) {
+    ProfileSource source;
+    source.records = {on({2024, 3, 1, 0, 0, 0}),    on({2024, 3, 10, 23, 59, 59}),
+                      on({2024, 3, 10, 1, 0, 0}),   on({2024, 2, 29, 23, 59, 59}),
+                      on({2024, 2, 10, 12, 0, 0}),  on({2024, 2, 11, 0, 0, 0}),
+                      on({2023, 12, 31, 23, 0, 0}), ShotRecord{}};
+    source.records[0].favorite = true;
+    source.editDays = {dayNumber({2024, 3, 2}), dayNumber({2024, 2, 1})};
+    source.exportsByDay = {{dayNumber({2024, 3, 31}), 7}, {dayNumber({2024, 2, 10}), 2}};
+    const CivilTime today{2024, 3, 10, 9, 0, 0};
+    using Kind = ProfilePeriod::Kind;
+
+    const Profile month = makeProfile(source, {Kind::thisMonth}, today);
+    EXPECT_EQ(month.counts, (PeriodCounts{3, 2, 1, 1, 7}));
+    EXPECT_EQ(*month.before, (PeriodCounts{1, 1, 0, 1, 2})); // February up to its tenth
+    EXPECT_EQ(makeProfile(source, {Kind::lastMonth}, today).counts.photos, 3);
+    EXPECT_EQ(makeProfile(source, {Kind::thisYear}, today).counts.photos, 6);
+    EXPECT_EQ(makeProfile(source, {Kind::thisYear}, today).before->photos, 0);
+    EXPECT_EQ(makeProfile(source, {Kind::year, 2023}, today).counts.photos, 1);
+    const Profile all = makeProfile(source, {Kind::allTime}, today);
+    EXPECT_EQ(all.counts.photos, 8);
+    EXPECT_FALSE(all.before);
+    EXPECT_EQ(yearsOf(source), (std::vector{2024, 2023}));
+    // January looks back over the turn of the year.
+    const CivilTime january{2024, 1, 31};
+    EXPECT_EQ(makeProfile(source, {Kind::lastMonth}, january).counts.photos, 1);
+    EXPECT_EQ(comparison(3, 1, "last month"), "2 more than last month");
+    EXPECT_EQ(comparison(1, 3, "2023"), "2 fewer than 2023");
+    EXPECT_EQ(comparison(3, 3, "last month"), "as many as last month");
+}
+
+Chart chart(ChartKind kind, const std::vector<ShotRecord>& records) {
+    return Chart(kind, records, summarized(records));
+}
+
+TEST(Profile, ChartsCountEachRecordOnceAndFindItsBarAgain) {
+    std::vector<ShotRecord> records;
+    for (int i = 0; i < 40; ++i) {
+        ShotRecord record = on({1900 + 5 * i, 1 + i % 12, 1 + i % 28, i % 24, 0, 0});
+        record.focal = 8 + 9.7 * i;
+        record.aperture = 0.95 + 0.7 * i;
+        record.shutter = 1.0 / (1 << (i % 14));
+        record.iso = 50 << (i % 10);
+        record.camera = "camera " + std::to_string(i % 11);
+        records.push_back(record);
+    }
+    records.emplace_back();
+    for (const ChartKind kind : kChartKinds) {
+        const Chart counted = chart(kind, records);
+        SCOPED_TRACE(counted.title());
+        EXPECT_EQ(counted.recorded(), kind == ChartKind::lens ? 0 : 40);
+        std::vector<std::int64_t> counts(counted.bars().size());
+        for (const ShotRecord& record : records)
+            if (const auto bar = counted.barOf(record)) ++counts.at(*bar);
+        for (std::size_t i = 0; i < counts.size(); ++i)
+            EXPECT_EQ(counts[i], counted.bars()[i].count) << counted.bars()[i].label;
+    }
+    EXPECT_EQ(chart(ChartKind::camera, records).bars().size(), 8u);
+    EXPECT_EQ(chart(ChartKind::camera, records).bars().back().label, "Others");
+    EXPECT_EQ(chart(ChartKind::lens, records).description(),
+              "Lenses: Not recorded in these photos.");
+    // ƒ/3.3 is nearer to 2.8 than to 4 in stops, ƒ/3.4 is not.
+    ShotRecord record;
+    record.aperture = 3.3;
+    EXPECT_EQ(chart(ChartKind::aperture, {}).barOf(record), 2u);
+    record.aperture = 3.4;
+    EXPECT_EQ(chart(ChartKind::aperture, {}).barOf(record), 3u);
+}
+
+TEST(Profile, SentencesNameTheGearAndTheUsualSettings) {
+    const auto camera = [](auto counts) {
+        return cameraSentence(summarized(shot(counts))).value();
+    };
+    const auto lens = [](auto counts) { return lensSentence(summarized(shot(counts))).value(); };
+    using Counts = std::initializer_list<std::pair<const char*, int>>;
+    EXPECT_EQ(camera(Counts{{"X100V", 3}}), "Every photo from your X100V");
+    EXPECT_EQ(camera(Counts{{"A", 10}, {"B", 9}}), "Your A and B share the work almost equally.");
+    EXPECT_EQ(camera(Counts{{"A", 10}, {"B", 8}}), "Your A leads, with 6 of every 10 photos.");
+    EXPECT_EQ(camera(Counts{{"A", 99}, {"B", 1}}), "Your A leads, with 9 of every 10 photos.");
+    EXPECT_EQ(camera(Counts{{"A", 10}, {"B", 10}, {"C", 9}}),
+              "Your A leads, with 3 of every 10 photos.");
+    EXPECT_EQ(lens(Counts{{"50mm", 3}}), "One lens for everything: your 50mm");
+    EXPECT_EQ(lens(Counts{{"50mm", 6}, {"35mm", 4}}),
+              "Your 50mm stays on the camera most: 6 of every 10 photos.");
+    EXPECT_FALSE(cameraSentence(summarized({})));
+
+    ShotRecord record;
+    record.aperture = 1.8;
+    record.shutter = 1.0 / 125;
+    record.iso = 400;
+    std::vector<ShotRecord> ten(10, record);
+    EXPECT_EQ(signature(summarized(ten)),
+              "shallow focus, everyday shutter speeds and low ISO in good light");
+    for (ShotRecord& each : ten)
+        each.shutter.reset();
+    EXPECT_EQ(signature(summarized(ten)), "shallow focus and low ISO in good light");
+    ten.pop_back();
+    EXPECT_FALSE(signature(summarized(ten)));
+}
+
+TEST(Profile, RecordsLeaveOutWhatCannotBe) {
+    Photo photo;
+    photo.isRaw = true;
+    PhotoMeta meta;
+    meta.iso = 0;
+    meta.aperture = 0;
+    meta.shutter = 1e9;
+    meta.focalLength = -5;
+    meta.camera = "  ";
+    meta.takenOnWall = secondsAsUtc({2099, 12, 31, 23, 0, 0});
+    const ShotRecord record = makeShotRecord(photo, &meta, true);
+    ShotRecord expected;
+    expected.isRaw = expected.favorite = true;
+    expected.taken = meta.takenOnWall;
+    EXPECT_EQ(record, expected);
+    EXPECT_EQ(makeShotRecord(photo, nullptr, false).taken, std::nullopt);
+}
+
+TEST(Profile, ZoomsCarryARangeInTheirName) {
+    for (const char* zoom : {"24-70mm", "18 - 55", "EF70\t-  200", "XF16.5-55", "1-2"})
+        EXPECT_TRUE(isZoomLens(zoom)) << zoom;
+    for (const char* prime : {"50mm", "50mm F1.8", "G-50", "70- mm", "AF-S 85", "", "-", "70 -"})
+        EXPECT_FALSE(isZoomLens(prime)) << prime;
+}
+
+TEST(Greeting, ChangesWithTheHourTheDayAndTheDate) {
+    // 2024-03-09 was a Saturday. Each hour's band, by a line only that band has.
+    struct Case {
+        int day = 0, hour = 0;
+        std::string_view ending;
+    };
+    for (const auto& [day, hour, ending] :
+         std::initializer_list<Case>{{9, 5, ". Up with the blue hour"},
+                                     {9, 7, ". Up with the blue hour"},
+                                     {9, 8, ". Weekend light ahead"},
+                                     {10, 10, ". Out shooting today?"},
+                                     {11, 8, ". A fresh week of photos"},
+                                     {12, 10, ". Let's make them shine"},
+                                     {15, 8, ". Fresh light today?"},
+                                     {9, 11, ". Lunchtime edit?"},
+                                     {9, 13, ". A few photos before lunch?"},
+                                     {11, 14, ". Golden hour isn't far"},
+                                     {9, 16, ". Weekend wander?"},
+                                     {9, 17, ". Camera nearby?"},
+                                     {14, 20, ". Camera nearby?"},
+                                     {15, 20, ". The weekend's nearly here"},
+                                     {9, 21, ". One more edit?"},
+                                     {9, 23, ". One more edit?"},
+                                     {9, 0, "? The photos will wait"},
+                                     {9, 4, "? The photos will wait"}}) {
+        const auto lines = greetingLines({2024, 3, day, hour, 30, 0});
+        const bool has =
+            std::any_of(lines.begin(), lines.end(),
+                        [&, wanted = ending](const auto& line) { return line.ending == wanted; });
+        EXPECT_TRUE(has) << day << " " << hour << " " << ending;
+    }
+    // 1970-01-01 is day 719163, which three divides: the first line of three.
+    EXPECT_EQ(greeting({1970, 1, 1, 23, 0, 0}, ""), "Working late? The photos are glad");
+    EXPECT_EQ(greeting({1970, 1, 2, 21, 0, 0}, "Ada"), "Late session, Ada? Calm light for editing");
+    EXPECT_EQ(greeting({1970, 1, 3, 21, 0, 0}, "Ada"), "Good evening, Ada. One more edit?");
+}
+
+TEST(ExportHistory, SurvivesARestartAndForgetsNonsense) {
+    MemorySettings settings;
+    ExportHistory(settings).add(100, 3);
+    ExportHistory history(settings);
+    history.add(100, 2);
+    history.add(101, 0);
+    EXPECT_EQ(ExportHistory(settings).byDay(), (std::map<std::int64_t, std::int64_t>{{100, 5}}));
+    settings.set(ExportHistory::settingsKey,
+                 std::vector<std::string>{"7", "7 x", "8 -1", "9 4", " ", "1e3 2"});
+    EXPECT_EQ(ExportHistory(settings).byDay(), (std::map<std::int64_t, std::int64_t>{{9, 4}}));
+}
+
+} // namespace
+} // namespace kelvaro
