@@ -7,9 +7,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kelvaro {
@@ -26,11 +28,26 @@ struct FileStatus {
     Kind kind = Kind::file;
     std::int64_t size = 0; // bytes
     FileTime modified;
+    FileTime created{};          // the birth time, else the earlier of modification and change
+    std::uint64_t identity = 0;  // the file's number on its disk; a replaced file has another
+    bool operator==(const FileStatus&) const = default;
 };
 
 struct FolderEntry {
     std::string name;
     FileStatus::Kind kind = FileStatus::Kind::file;
+};
+
+struct ListedFile {
+    std::string name;
+    FileStatus status;
+    bool operator==(const ListedFile&) const = default;
+};
+
+// Keeps other programs that ask for the same lock out, until it is destroyed.
+class FolderLock {
+public:
+    virtual ~FolderLock() = default;
 };
 
 // A file that is being written under a hidden temporary name beside its target. Nothing is seen
@@ -54,6 +71,18 @@ public:
     virtual Result<FileStatus> status(const std::filesystem::path& path) = 0;
     // The names directly inside, in no particular order, without "." and "..".
     virtual Result<std::vector<FolderEntry>> list(const std::filesystem::path& folder) = 0;
+    // The same with the status of each entry, in one pass over the folder. Only names that `wanted`
+    // accepts. Where a status can't be read the kind is what the folder says, the rest is zero; a
+    // link in a circle is Kind::other, one that leads nowhere is left out.
+    virtual Result<std::vector<ListedFile>>
+    listWithStatus(const std::filesystem::path& folder,
+                   const std::function<bool(std::string_view name)>& wanted) = 0;
+    // The absolute path without links and dots; the file or folder must exist.
+    virtual Result<std::filesystem::path> resolved(const std::filesystem::path& path) = 0;
+    // Waits for the lock of a folder, at most so long, then fails with `unwritable`. Disks that
+    // know no locks give one that keeps nobody out. Threads of one program exclude each other too.
+    virtual Result<std::unique_ptr<FolderLock>> lockFolder(const std::filesystem::path& folder,
+                                                           double patienceSeconds) = 0;
     // The whole content; FailureKind::tooLarge when it has more than `limit` bytes.
     virtual Result<std::vector<std::byte>> read(const std::filesystem::path& path,
                                                 std::int64_t limit) = 0;

@@ -33,6 +33,21 @@ public:
         if (fails()) return fail(planned());
         return real_.list(folder);
     }
+    Result<std::vector<ListedFile>>
+    listWithStatus(const std::filesystem::path& folder,
+                   const std::function<bool(std::string_view)>& wanted) override {
+        if (fails()) return fail(planned());
+        return real_.listWithStatus(folder, wanted);
+    }
+    Result<std::filesystem::path> resolved(const std::filesystem::path& path) override {
+        if (fails()) return fail(planned());
+        return real_.resolved(path);
+    }
+    Result<std::unique_ptr<FolderLock>> lockFolder(const std::filesystem::path& folder,
+                                                   double patienceSeconds) override {
+        if (fails()) return fail(planned());
+        return real_.lockFolder(folder, patienceSeconds);
+    }
     Result<std::vector<std::byte>> read(const std::filesystem::path& path,
                                         std::int64_t limit) override {
         if (fails()) return fail(planned());

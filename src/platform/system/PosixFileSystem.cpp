@@ -1,10 +1,13 @@
 #include "platform/system/PosixFileSystem.h"
 
 #include "platform/system/Descriptor.h"
+#include "platform/system/FileStatusReading.h"
+#include "platform/system/PosixFolderLock.h"
 #include "platform/system/PosixPendingFile.h"
 #include "platform/system/SystemFailure.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -17,22 +20,6 @@ namespace kelvaro {
 namespace {
 
 namespace fs = std::filesystem;
-
-FileStatus::Kind kindOf(mode_t mode) {
-    if (S_ISREG(mode)) return FileStatus::Kind::file;
-    if (S_ISDIR(mode)) return FileStatus::Kind::folder;
-    return FileStatus::Kind::other;
-}
-
-// Damaged disks report years that nanoseconds cannot count: those become the nearest end.
-FileTime timeOf(const timespec& time) {
-    constexpr std::int64_t perSecond = 1'000'000'000;
-    constexpr auto limits = std::numeric_limits<std::int64_t>();
-    const std::int64_t seconds = time.tv_sec;
-    if (seconds >= limits.max() / perSecond) return {limits.max()};
-    if (seconds <= limits.min() / perSecond) return {limits.min()};
-    return {seconds * perSecond + time.tv_nsec};
-}
 
 FileStatus::Kind kindOf(const dirent& entry, int folder) {
     switch (entry.d_type) {
@@ -48,8 +35,22 @@ FileStatus::Kind kindOf(const dirent& entry, int folder) {
     }
     struct stat found {};
     if (::fstatat(folder, entry.d_name, &found, 0) != 0) return FileStatus::Kind::other;
-    return kindOf(found.st_mode);
+    return kindOfMode(found.st_mode);
 }
+
+// Of an entry whose status the system does not give: a link has led into a circle, anything else is
+// taken for what the folder says, or for a file where it says nothing.
+FileStatus::Kind statuslessKind(const dirent& entry) {
+    const bool mayBeFile = entry.d_type == DT_REG || entry.d_type == DT_UNKNOWN;
+    if (entry.d_type == DT_LNK) return errno == ELOOP ? FileStatus::Kind::other : FileStatus::Kind::file;
+    if (mayBeFile) return FileStatus::Kind::file;
+    return entry.d_type == DT_DIR ? FileStatus::Kind::folder : FileStatus::Kind::other;
+}
+
+struct FolderCloser {
+    void operator()(DIR* open) const { ::closedir(open); }
+};
+using OpenFolder = std::unique_ptr<DIR, FolderCloser>;
 
 Failure tooLarge(const fs::path& path) {
     return {FailureKind::tooLarge, fmt::format("“{}” is too large.", nameForMessage(path))};
@@ -84,18 +85,13 @@ Result<void> flushFolderAt(const fs::path& path, FileAction action, const fs::pa
 } // namespace
 
 Result<FileStatus> PosixFileSystem::status(const fs::path& path) {
-    struct stat found {};
-    if (::stat(path.c_str(), &found) != 0) {
-        return fail(systemFailure(FileAction::reading, path, errno));
-    }
-    return FileStatus{kindOf(found.st_mode), found.st_size, timeOf(found.st_mtim)};
+    const auto found = readStatus(AT_FDCWD, path.c_str());
+    if (!found) return fail(systemFailure(FileAction::reading, path, errno));
+    return *found;
 }
 
 Result<std::vector<FolderEntry>> PosixFileSystem::list(const fs::path& folder) {
-    struct Closer {
-        void operator()(DIR* open) const { ::closedir(open); }
-    };
-    const std::unique_ptr<DIR, Closer> open(::opendir(folder.c_str()));
+    const OpenFolder open(::opendir(folder.c_str()));
     if (!open) return fail(systemFailure(FileAction::listing, folder, errno));
     std::vector<FolderEntry> entries;
     for (;;) {
@@ -108,6 +104,40 @@ Result<std::vector<FolderEntry>> PosixFileSystem::list(const fs::path& folder) {
     }
     if (errno != 0) return fail(systemFailure(FileAction::listing, folder, errno));
     return entries;
+}
+
+Result<std::vector<ListedFile>>
+PosixFileSystem::listWithStatus(const fs::path& folder,
+                                const std::function<bool(std::string_view name)>& wanted) {
+    const OpenFolder open(::opendir(folder.c_str()));
+    if (!open) return fail(systemFailure(FileAction::listing, folder, errno));
+    std::vector<ListedFile> files;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(open.get());
+        if (!entry) break;
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == ".." || !wanted(name)) continue;
+        if (const auto found = readStatus(::dirfd(open.get()), entry->d_name)) {
+            files.push_back({std::string(name), *found});
+        } else if (errno != ENOENT) { // not removed since it was listed
+            files.push_back({std::string(name), {statuslessKind(*entry), 0, {}}});
+        }
+    }
+    if (errno != 0) return fail(systemFailure(FileAction::listing, folder, errno));
+    return files;
+}
+
+Result<fs::path> PosixFileSystem::resolved(const fs::path& path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                           &std::free);
+    if (!real) return fail(systemFailure(FileAction::reading, path, errno));
+    return fs::path(real.get());
+}
+
+Result<std::unique_ptr<FolderLock>> PosixFileSystem::lockFolder(const fs::path& folder,
+                                                                double patienceSeconds) {
+    return lockFolderPosix(folder, patienceSeconds);
 }
 
 Result<std::vector<std::byte>> PosixFileSystem::read(const fs::path& path, std::int64_t limit) {

@@ -12,6 +12,12 @@ public:
     Result<FileStatus> status(const std::filesystem::path& path) override;
     // Kinds are those that symbolic links lead to; a link that leads nowhere is Kind::other.
     Result<std::vector<FolderEntry>> list(const std::filesystem::path& folder) override;
+    Result<std::vector<ListedFile>>
+    listWithStatus(const std::filesystem::path& folder,
+                   const std::function<bool(std::string_view name)>& wanted) override;
+    Result<std::filesystem::path> resolved(const std::filesystem::path& path) override;
+    Result<std::unique_ptr<FolderLock>> lockFolder(const std::filesystem::path& folder,
+                                                   double patienceSeconds) override;
     // Refuses everything but regular files, and never waits for a pipe or a device.
     Result<std::vector<std::byte>> read(const std::filesystem::path& path,
                                         std::int64_t limit) override;
