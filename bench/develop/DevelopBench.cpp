@@ -1,95 +1,108 @@
-// Speed of whole developments: a 24 MP photo and screen frames under a typical and a full recipe,
-// the analysis of a photo, and painting with a brush. The argument is the number of threads.
+// Speed and memory of whole developments: photos and screen frames, the analysis of a photo, what
+// pixels and masks cost, and painting with a brush. The argument is the number of threads; "peak
+// MiB" is the most memory that the process held during a row, its sources included.
+#include "bench/Photos.h"
 #include "develop/BrushRaster.h"
 #include "develop/CropGeometry.h"
+#include "develop/Guides.h"
+#include "develop/Recipes.h"
 #include "develop/ToneAnalysis.h"
 #include "platform/imaging/TiledRenderer.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <fstream>
+#include <string>
 
 namespace kelvaro {
 namespace {
 
-constexpr PixelSize kSize{6000, 4000};
+using bench::k24MP;
+using test::brush;
+using test::shape;
+using Kind = MaskComponent::Kind;
 
-// An 8-bit sRGB picture of soft shapes and fine texture, as a camera file decodes.
-Image photo() {
-    static const Image image = [] {
-        auto table = std::make_shared<std::vector<float>>(256);
-        for (int i = 0; i < 256; ++i) {
-            const double v = i / 255.0;
-            (*table)[std::size_t(i)] =
-                float(v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4));
+void forgetPeakMemory() {
+    std::ofstream("/proc/self/clear_refs") << 5;
+}
+
+double peakMemoryMiB() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word)
+        if (word == "VmHWM:") {
+            double kibibytes = 0;
+            status >> kibibytes;
+            return kibibytes / 1024;
         }
-        Bitmap bitmap(kSize, 3, SampleType::u8);
-        for (int y = 0; y < kSize.height; ++y)
-            for (int x = 0; x < 3 * kSize.width; ++x)
-                bitmap.row<std::uint8_t>(y)[x] =
-                    std::uint8_t(120 + 100 * std::sin(x / 900.0) * std::cos(y / 700.0) +
-                                 (x * 7919 ^ y * 104729) % 23);
-        return imageFrom(sourceFrom(std::move(bitmap), {{table, table, table}}));
-    }();
-    return image;
+    return 0;
 }
 
-ImageSource bitmap() {
-    return bitmapSource("bench.jpg", "", photo(), kSize);
-}
-ImageSource raw() {
+enum class Photo { bitmap, raw };
+
+// A RAW photo's capture is a float raster; here it is the bitmap's light.
+ImageSource made(Photo kind, PixelSize size) {
+    const Image image = bench::photo(size);
+    if (kind == Photo::bitmap) return bitmapSource("bench.jpg", "", image, size);
     RawProperties properties;
-    properties.size = kSize;
-    return rawSource("bench.nef", "", photo(), properties);
+    properties.size = size;
+    return rawSource("bench.nef", "", *materialised(image, *makeTiledRenderer(), nullptr),
+                     properties);
 }
 
+const ImageSource& photo24MP(Photo kind) {
+    static const ImageSource bitmap = made(Photo::bitmap, k24MP);
+    static const ImageSource raw = made(Photo::raw, k24MP);
+    return kind == Photo::raw ? raw : bitmap;
+}
+
+// Exposure, white balance, tone, vibrance and clarity.
 Adjustments typical() {
-    Adjustments edit;
-    edit.contrast = 20;
-    edit.highlights = -30;
-    edit.shadows = 30;
-    edit.clarity = 15;
-    edit.vibrance = 20;
+    Adjustments edit = test::typical();
+    edit.temperature = 8;
+    edit.tint = 3;
+    edit.white = 10;
+    edit.black = -10;
     return edit;
 }
 
-LocalMask mask(MaskComponent::Kind kind) {
+LocalMask lit(MaskComponent component) {
     LocalMask mask;
     mask.exposure = 0.5;
     mask.shadows = 20;
-    MaskComponent shape;
-    shape.kind = kind;
-    shape.start = {0.3, 0.3};
-    shape.end = {0.6, 0.5};
-    shape.strokes.push_back({{{0.2, 0.2}, {0.7, 0.4}}, 0.1, 60, 90, false});
-    mask.components = {shape};
+    mask.components = {std::move(component)};
     return mask;
 }
 
+std::vector<MaskPoint> longPath() {
+    std::vector<MaskPoint> points;
+    for (int i = 0; i < 2000; ++i)
+        points.push_back({0.5 + 0.4 * std::sin(i * 0.01), 0.33 + 0.3 * std::cos(i * 0.013)});
+    return points;
+}
+
+// All sliders, three masks with a long brush, dehaze, vignette and grain.
 Adjustments everything() {
-    Adjustments edit = typical();
-    edit.dehaze = 30;
-    edit.vignette = -20;
-    edit.grain = 20;
-    edit.masks = {mask(MaskComponent::Kind::linear), mask(MaskComponent::Kind::brush)};
+    Adjustments edit = test::everything();
+    edit.blackAndWhite = 0;
+    edit.cropLeft = edit.straighten = 0;
+    edit.masks = {lit(shape(Kind::linear, {0.3, 0.3}, {0.6, 0.5})),
+                  lit(shape(Kind::radial, {0.5, 0.3}, {0.3, 0.2})), lit(brush(longPath()))};
     return edit;
 }
 
-// 8 bits in and out, gamut stage included; the analysis is measured before.
+// Pixels from a source at hand to 8 bits, gamut stage included; the analysis is measured before.
 void develop(benchmark::State& state, const ImageSource& source, const Adjustments& edit,
-             int longerSide) {
+             double scale = 1) {
     const auto renderer = makeTiledRenderer(int(state.range(0)));
     BrushRaster brushes;
-    const double scale = double(longerSide) / kSize.width;
     ImageSource shown = source;
-    if (scale < 1) { // the reduced photo is at hand while a person edits
-        const Image input = atRenderScale(source.decoded(), source, scale);
-        auto pixels = renderer->renderRaster(input, input.extent());
-        Image& decoded = source.isRaw() ? shown.linearCapture : shown.bitmap;
-        decoded = imageFrom(std::move(*pixels));
-        shown.pixelScale = scale;
-    }
+    if (scale < 1) // the reduced photo is at hand while a person edits
+        shown = withPixels(source, *materialised(atRenderScale(source.decoded(), source, scale),
+                                                 *renderer, nullptr));
     static_cast<void>(toneMaps(shown, edit, *renderer, nullptr));
+    forgetPeakMemory();
     double pixels = 0;
     for (auto _ : state) {
         const Image image = Pipeline::gamutMapped(
@@ -102,87 +115,113 @@ void develop(benchmark::State& state, const ImageSource& source, const Adjustmen
             Pipeline::bitmapFormat(Pipeline::OutputSpace::sRGB, SampleType::u8)));
     }
     state.counters["MP/s"] = benchmark::Counter(pixels / 1e6, benchmark::Counter::kIsRate);
+    state.counters["peak MiB"] = peakMemoryMiB();
 }
 
-void bitmapUnedited(benchmark::State& s) {
-    develop(s, bitmap(), {}, 6000);
-}
-void bitmapTypical(benchmark::State& s) {
-    develop(s, bitmap(), typical(), 6000);
-}
-void bitmapEverything(benchmark::State& s) {
-    develop(s, bitmap(), everything(), 6000);
-}
-void rawTypical(benchmark::State& s) {
-    develop(s, raw(), typical(), 6000);
-}
-void rawEverything(benchmark::State& s) {
-    develop(s, raw(), everything(), 6000);
-}
-void frameTypical(benchmark::State& s) {
-    develop(s, raw(), typical(), 1920);
-}
-void frameEverything(benchmark::State& s) {
-    develop(s, raw(), everything(), 1920);
+void photo(benchmark::State& state, Photo kind, const Adjustments& edit) {
+    develop(state, photo24MP(kind), edit);
 }
 
-void analysis(benchmark::State& state, const ImageSource& (*make)(), const Adjustments& edit) {
+// A photo of 3:2 on a canvas of that height.
+void frame(benchmark::State& state, const Adjustments& edit, int height) {
+    develop(state, photo24MP(Photo::raw), edit, double(height) / k24MP.height);
+}
+
+// A finishing control moves: the RAW stage is at hand.
+void finishingFrame(benchmark::State& state, const Adjustments& edit, int height) {
     const auto renderer = makeTiledRenderer(int(state.range(0)));
-    make();
+    BrushRaster brushes;
+    const ImageSource& source = photo24MP(Photo::raw);
+    const double scale = double(height) / k24MP.height;
+    const auto maps = toneMaps(source, edit, *renderer, nullptr);
+    const Image stage =
+        *materialised(Pipeline::rawDeveloped(atRenderScale(source.decoded(), source, scale), {},
+                                             source.asShot(), edit, *maps),
+                      *renderer, nullptr);
     for (auto _ : state) {
-        ImageSource source = make();
-        source.analysis = std::make_shared<PhotoAnalysis>("", source.isRaw(), "");
-        source.rawToneAnalysis = std::make_shared<RawToneAnalysis>("", "");
-        benchmark::DoNotOptimize(toneMaps(source, edit, *renderer, nullptr));
+        const Image image = Pipeline::gamutMapped(
+            Pipeline(*renderer, brushes).finished(stage, edit, &*maps, true, scale),
+            Pipeline::OutputSpace::sRGB);
+        benchmark::DoNotOptimize(renderer->renderBitmap(image, image.extent(), {}));
     }
 }
-const ImageSource& sharedBitmap() {
-    static const ImageSource source = bitmap();
-    return source;
+
+void bySize(benchmark::State& state, Photo kind, PixelSize size) {
+    develop(state, made(kind, size), everything());
 }
-const ImageSource& sharedRaw() {
-    static const ImageSource source = raw();
-    return source;
+
+void withMask(benchmark::State& state, MaskPoint centre, double radius) {
+    Adjustments edit;
+    edit.masks = {lit(shape(Kind::radial, centre, {radius, radius}))};
+    photo(state, Photo::bitmap, edit);
 }
-void bitmapAnalysisTypical(benchmark::State& s) {
-    analysis(s, sharedBitmap, typical());
-}
-void bitmapAnalysisEverything(benchmark::State& s) {
-    analysis(s, sharedBitmap, everything());
-}
-void rawAnalysisTypical(benchmark::State& s) {
-    analysis(s, sharedRaw, typical());
-}
-void rawAnalysisEverything(benchmark::State& s) {
-    analysis(s, sharedRaw, everything());
+
+void analysis(benchmark::State& state, Photo kind, const Adjustments& edit) {
+    const auto renderer = makeTiledRenderer(int(state.range(0)));
+    const ImageSource& source = photo24MP(kind);
+    for (auto _ : state) {
+        ImageSource fresh = source;
+        fresh.analysis = std::make_shared<PhotoAnalysis>("", source.isRaw(), "");
+        fresh.rawToneAnalysis = std::make_shared<RawToneAnalysis>("", "");
+        benchmark::DoNotOptimize(toneMaps(fresh, edit, *renderer, nullptr));
+    }
 }
 
 // One pointer movement of a soft brush of a tenth of the photo: the raster grows by a few dabs.
 void brushGrows(benchmark::State& state) {
     BrushRaster brushes;
-    MaskComponent shape = mask(MaskComponent::Kind::brush).components.front();
+    MaskComponent growing = brush({{0.2, 0.2}, {0.7, 0.4}});
     double u = 0;
     for (auto _ : state) {
         u += 0.01;
-        shape.strokes.front().points.push_back({0.5 + 0.4 * std::sin(u), 0.3 + 0.3 * std::cos(u)});
-        benchmark::DoNotOptimize(brushes.image(shape, brushRasterSize(kSize)));
+        growing.strokes.front().points.push_back(
+            {0.5 + 0.4 * std::sin(u), 0.3 + 0.3 * std::cos(u)});
+        benchmark::DoNotOptimize(brushes.image(growing, brushRasterSize(k24MP)));
     }
 }
 
-#define KELVARO_BENCH(name)                                                                        \
-    BENCHMARK(name)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime()
-KELVARO_BENCH(bitmapUnedited);
-KELVARO_BENCH(bitmapTypical);
-KELVARO_BENCH(bitmapEverything);
-KELVARO_BENCH(rawTypical);
-KELVARO_BENCH(rawEverything);
-KELVARO_BENCH(frameTypical);
-KELVARO_BENCH(frameEverything);
-KELVARO_BENCH(bitmapAnalysisTypical);
-KELVARO_BENCH(bitmapAnalysisEverything);
-KELVARO_BENCH(rawAnalysisTypical);
-KELVARO_BENCH(rawAnalysisEverything);
-BENCHMARK(brushGrows)->Unit(benchmark::kMillisecond);
+template<class Function, class... Arguments>
+void addRow(const char* name, Function function, Arguments... arguments) {
+    benchmark::RegisterBenchmark(name,
+                                 [=](benchmark::State& state) { function(state, arguments...); })
+        ->Arg(1)
+        ->Arg(2)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+}
+
+void addRows() {
+    const Adjustments none, some = typical(), all = everything();
+    addRow("bitmap/unedited", photo, Photo::bitmap, none);
+    addRow("bitmap/typical", photo, Photo::bitmap, some);
+    addRow("bitmap/everything", photo, Photo::bitmap, all);
+    addRow("raw/typical", photo, Photo::raw, some);
+    addRow("raw/everything", photo, Photo::raw, all);
+    addRow("frame1920x1200/typical", frame, some, 1200);
+    addRow("frame1920x1200/everything", frame, all, 1200);
+    addRow("frame1920x1200/finishing", finishingFrame, some, 1200);
+    addRow("frame3840x2160/typical", frame, some, 2160);
+    addRow("frame3840x2160/everything", frame, all, 2160);
+    addRow("analysis/bitmap/typical", analysis, Photo::bitmap, some);
+    addRow("analysis/bitmap/everything", analysis, Photo::bitmap, all);
+    addRow("analysis/raw/typical", analysis, Photo::raw, some);
+    addRow("analysis/raw/everything", analysis, Photo::raw, all);
+    addRow("size/6MP", bySize, Photo::bitmap, PixelSize{3000, 2000});
+    addRow("size/24MP", bySize, Photo::bitmap, k24MP);
+    addRow("size/100MP", bySize, Photo::bitmap, PixelSize{12240, 8160});
+    addRow("size/100MP-raw", bySize, Photo::raw, PixelSize{12240, 8160});
+    addRow("mask/small-left", withMask, MaskPoint{0.15, 0.15}, 0.1);
+    addRow("mask/small-right", withMask, MaskPoint{0.8, 0.45}, 0.1);
+    addRow("mask/large", withMask, MaskPoint{0.5, 0.33}, 0.3);
+    benchmark::RegisterBenchmark("brushGrows", brushGrows)->Unit(benchmark::kMillisecond);
+}
 
 } // namespace
 } // namespace kelvaro
+
+int main(int argc, char** argv) {
+    kelvaro::addRows();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+}

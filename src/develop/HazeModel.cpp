@@ -13,8 +13,9 @@ namespace {
 constexpr double kBrightestShare = 0.001;
 constexpr double kBrightestGuide = 1.5; // as in the kernel
 constexpr double kLeastAirlight = 0.000001;
-constexpr double kRegularisation = 0.001; // of the squared guide
-constexpr int kFitRadii = 4; // the fit's window against the patch: wide enough to hide its blocks
+constexpr double kRegularisation = 0.00002; // of the squared guide
+constexpr int kFitRadii =
+    8; // the fit's window against the patch: wider than the glow it would leave
 
 int patchRadius(PixelSize size) {
     return int(0.025 * 0.5 * std::max(size.width, size.height));

@@ -34,6 +34,8 @@ public:
                     double scale) const;
 
     // From a RAW photo's scene-linear capture (exposure 0, as-shot white) to display-linear light.
+    // Depends on the pixels given, the photo's analysis and RawParams(edit) alone: a picture of it
+    // that was drawn once (`materialised`) serves as the input of finished() until those change.
     static Image rawDeveloped(const Image& capture, const Image& reference, WhitePoint asShot,
                               const Adjustments& edit, const ToneMaps& maps);
 

@@ -1,6 +1,6 @@
 // Speed of the image engine on a 24 MP picture: an 8-bit source to 8-bit output, resampling, maps
 // that are stretched over the photo, and rotation; one and two threads.
-#include "platform/Image.h"
+#include "bench/Photos.h"
 #include "platform/imaging/TiledRenderer.h"
 
 #include <benchmark/benchmark.h>
@@ -10,25 +10,10 @@
 namespace kelvaro {
 namespace {
 
-constexpr PixelSize kSize{6000, 4000};
 constexpr double kPixels = 24e6;
 
-// An 8-bit sRGB picture of soft shapes and fine texture, as a camera file decodes.
-Image photo() {
-    static const Image image = [] {
-        auto table = std::make_shared<std::vector<float>>(256);
-        for (int i = 0; i < 256; ++i) {
-            const double v = i / 255.0;
-            (*table)[std::size_t(i)] =
-                float(v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4));
-        }
-        Bitmap bitmap(kSize, 3, SampleType::u8);
-        for (int y = 0; y < kSize.height; ++y)
-            for (int x = 0; x < 3 * kSize.width; ++x)
-                bitmap.row<std::uint8_t>(y)[x] =
-                    std::uint8_t((x / 40 + y / 30 + (x * 7919 ^ y * 104729) % 23) & 0xff);
-        return imageFrom(sourceFrom(std::move(bitmap), {{table, table, table}}));
-    }();
+const Image& photo() {
+    static const Image image = bench::photo(bench::k24MP);
     return image;
 }
 

@@ -179,7 +179,7 @@ std::vector<Sample> samplesFor(const Kernel& kernel, const Comparison& how) {
     }
     if (how.specials && kernel.inputs > 0) {
         std::vector<double> values = {0.0, -0.0, 0.3, -0.4, 1.0, 1e-40, -1e-40, 1e-38, NAN};
-        if (how.infinities) values.push_back(INFINITY);
+        if (how.infinities) values.insert(values.end(), {INFINITY, -INFINITY});
         for (const double r : values)
             for (const double g : values)
                 for (const double b : values)
@@ -196,7 +196,21 @@ std::vector<Sample> samplesFor(const Kernel& kernel, const Comparison& how) {
 
 void compareAllForms(const Kernel& kernel, const std::vector<std::vector<double>>& uniformSets,
                      const Transcription& expected, const Comparison& how) {
-    const std::vector<Sample> samples = samplesFor(kernel, how);
+    // All samples run, so that a pixel which is no number cannot spread; those are judged for which
+    // the comparison holds.
+    Comparison any = how, ordinary = how;
+    any.specials = any.infinities = true;
+    ordinary.specials = false;
+    const std::vector<Sample> samples = samplesFor(kernel, any);
+    const std::size_t firstSpecial = samplesFor(kernel, ordinary).size();
+    const auto isJudged = [&](std::size_t i) {
+        if (i < firstSpecial) return true;
+        bool infinite = false;
+        for (int n = 0; n < kernel.inputs; n++)
+            for (const double v : samples[i].inputs[n])
+                infinite = infinite || std::isinf(v);
+        return how.specials && (how.infinities || !infinite);
+    };
     for (const std::vector<double>& uniforms : uniformSets) {
         ASSERT_EQ(static_cast<int>(uniforms.size()), kernel.uniforms);
         std::ostringstream title;
@@ -219,8 +233,9 @@ void compareAllForms(const Kernel& kernel, const std::vector<std::vector<double>
                 Planes regrouped(kernel, &samples[i + 5], count - 5);
                 regrouped.run(run, samples[i + 5], uniforms);
                 for (std::size_t k = 0; k < count; k++) {
-                    tally.add(samples[i + k], planes.result(k), wanted[i + k], how, kernel.inputs,
-                              uniforms);
+                    if (isJudged(i + k))
+                        tally.add(samples[i + k], planes.result(k), wanted[i + k], how,
+                                  kernel.inputs, uniforms);
                     moved += k >= 5 && !same(planes.result(k), regrouped.result(k - 5));
                 }
             }
@@ -236,6 +251,7 @@ void compareAllForms(const Kernel& kernel, const std::vector<std::vector<double>
 
         Tally tally;
         for (std::size_t i = 0; i < samples.size(); i++) {
+            if (!isJudged(i)) continue;
             KernelPixel pixel{};
             for (int n = 0; n < kernel.inputs; n++)
                 std::copy(samples[i].inputs[n].begin(), samples[i].inputs[n].end(),
