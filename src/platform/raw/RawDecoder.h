@@ -53,6 +53,8 @@ private:
     void describeColour();
     Result<void> checkSize() const;
     Result<void> unpack(const Cancellation* cancellation);
+    bool unpackTiles(const Cancellation* cancellation);
+    bool attachSamples(SensorImage& image);
     void repair();
     void measureSaturation();
     Result<SensorImage> processed(int reduction);
@@ -65,6 +67,7 @@ private:
     std::optional<DngTags> dng_;
     CameraMatrices camera_;
     SensorImage description_;
+    std::vector<std::uint16_t> ownSamples_; // decoded by us; else the library has them
     bool needsProcessing_ = false;
     bool isUnpacked_ = false;
 };

@@ -43,7 +43,7 @@ private:
     std::size_t sampleBytes_;
     Development development_;
     PixelSize tiles_;
-    PixelSize largest_; // tile
+    PixelSize largest_;       // tile
     std::size_t capacity_;    // in tiles
     mutable std::mutex lock_; // guards what follows
     mutable std::condition_variable finished_;
