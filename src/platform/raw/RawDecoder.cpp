@@ -230,6 +230,7 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     isUnpacked_ = true;
     describeLevels(); // some formats measure their levels while unpacking
     repair();
+    measureGreens();
     measureSaturation();
     return {};
 }
@@ -259,6 +260,12 @@ bool RawDecoder::attachSamples(SensorImage& image) {
     return true;
 }
 
+void RawDecoder::measureGreens() {
+    SensorImage image = description_;
+    if (image.layout != SensorLayout::bayer || !attachSamples(image)) return;
+    description_.greenRatio = greenRatio(image, MosaicReader(image));
+}
+
 void RawDecoder::measureSaturation() {
     SensorImage image = description_;
     if (needsProcessing_ || !attachSamples(image)) return;
@@ -277,7 +284,11 @@ void RawDecoder::repair() {
     const SensorRect& active = image.active;
     const BayerSamples bayer{samples + active.top * image.stride + active.left, image.stride,
                              active.width, active.height};
-    if (dng_) repairListed(bayer, dng_->corrections.badPoints);
+    if (dng_) {
+        std::vector<BadPoint> points = dng_->corrections.badPoints;
+        findConstants(bayer, dng_->corrections.badConstants, points);
+        repairListed(bayer, points);
+    }
     const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
     const float range = std::clamp(image.white[1] - black, 0.0f, 65535.0f);
     repairStuck(bayer, std::uint16_t(std::clamp(black, 0.0f, 65535.0f)),

@@ -56,6 +56,7 @@ private:
     bool unpackTiles(const Cancellation* cancellation);
     bool attachSamples(SensorImage& image);
     void repair();
+    void measureGreens();
     void measureSaturation();
     Result<SensorImage> processed(int reduction);
     Failure failure(int code) const;

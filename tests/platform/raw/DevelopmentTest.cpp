@@ -346,5 +346,29 @@ TEST(Development, StreamedPixelsEqualTheKeptOnes) {
     }
 }
 
+// Greens that see more in one kind of row would show as a maze on even surfaces.
+TEST(Development, UnequalGreensAreBroughtTogether) {
+    for (const char* pattern : {"RGGB", "GRBG", "BGGR", "GBRG"}) {
+        SyntheticDng dng;
+        dng.width = 200, dng.height = 160;
+        dng.active = {0, 0, 160, 200};
+        dng.crop = {0, 0, 200, 160};
+        dng.pattern = pattern;
+        const bool hasRedFirst = std::string(pattern).substr(0, 2).find('R') != std::string::npos;
+        dng.scene = [&](int row, int column, int channel) {
+            const double even = 0.2 + 0.001 * column;
+            const bool isRedRow = (row % 2 == 0) == hasRedFirst;
+            return channel != 1 ? even : even * (isRedRow ? 1.03 : 0.97);
+        };
+        const auto path = dng.write("greens.dng");
+        const Raster raster = developed(path, {0, true, 1});
+        for (int y = 20; y < 140; ++y) {
+            for (int x = 20; x < 180; ++x)
+                ASSERT_NEAR(raster.row(1, y)[x], 0.2 + 0.001 * x, 0.0012) << pattern;
+        }
+        std::filesystem::remove(path);
+    }
+}
+
 } // namespace
 } // namespace kelvaro
