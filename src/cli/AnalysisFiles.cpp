@@ -39,8 +39,10 @@ nlohmann::json described(const ImageSource& source, const ToneMaps& maps) {
                               {"z", maps.endpoints->z},
                               {"w", maps.endpoints->w}};
     if (maps.haze) found["airlight"] = maps.airlight;
-    if (source.isRaw())
+    if (source.isRaw()) {
         found["asShot"] = {{"temperature", source.asShotTemperature}, {"tint", source.asShotTint}};
+        found["baselineExposure"] = source.baselineExposureStops;
+    }
     return found;
 }
 

@@ -36,6 +36,7 @@ ImageSource rawSource(std::filesystem::path url, std::string identity, Image lin
     source.linearCapture = std::move(linearCapture);
     source.asShotTemperature = properties.asShotTemperature;
     source.asShotTint = properties.asShotTint;
+    source.baselineExposureStops = properties.baselineExposureStops;
     source.defaultSharpness = properties.defaultSharpness;
     source.supportsSharpness = properties.supportsSharpness;
     return source;

@@ -23,6 +23,7 @@ struct ImageSource {
     PixelRect extent;     // of the photo at full resolution, origin (0, 0)
     double pixelScale = 1;                           // decoded pixels per full-resolution pixel
     double asShotTemperature = 6500, asShotTint = 0; // kelvin; positive towards magenta
+    double baselineExposureStops = 0; // RAW: how far the engine brightened the capture
     double defaultSharpness = 0;
     bool supportsSharpness = false;
 

@@ -91,6 +91,22 @@ bool isAlone(const std::uint16_t* p, std::ptrdiff_t stride, int black, int margi
 
 } // namespace
 
+void findConstants(const BayerSamples& samples, const std::vector<std::uint16_t>& values,
+                   std::vector<BadPoint>& points) {
+    // A constant that a good part of the picture has marks nothing.
+    const std::size_t most = std::size_t(samples.width) * std::size_t(samples.height) / 50;
+    for (const std::uint16_t value : values) {
+        std::vector<BadPoint> found;
+        for (int y = 0; y < samples.height && found.size() <= most; ++y) {
+            const std::uint16_t* row = samples.first + y * samples.stride;
+            for (int x = 0; x < samples.width; ++x) {
+                if (row[x] == value) found.push_back({y, x});
+            }
+        }
+        if (found.size() <= most) points.insert(points.end(), found.begin(), found.end());
+    }
+}
+
 void repairListed(const BayerSamples& samples, const std::vector<BadPoint>& points) {
     if (points.empty()) return;
     std::vector<bool> bad(std::size_t(samples.width) * std::size_t(samples.height));

@@ -14,6 +14,10 @@ struct BayerSamples {
     int width = 0, height = 0;
 };
 
+// Adds the places of samples that have one of the values.
+void findConstants(const BayerSamples& samples, const std::vector<std::uint16_t>& values,
+                   std::vector<BadPoint>& points);
+
 // Each listed photosite becomes the mean of its sound neighbours of the same colour, two steps
 // away.
 void repairListed(const BayerSamples& samples, const std::vector<BadPoint>& points);

@@ -60,6 +60,14 @@ HWY_INLINE V highPass(V a3, V a2, V a1, V b1, V b2, V b3, V middle) {
     return v * v;
 }
 
+void highPassRow(Step s, const float* const (&m)[7], float* out) {
+    forPairs(s, [&](int k) {
+        hn::StoreU(highPass(load(m[0] + k), load(m[1] + k), load(m[2] + k), load(m[4] + k),
+                            load(m[5] + k), load(m[6] + k), load(m[3] + k)),
+                   kTag, out + k);
+    });
+}
+
 // Which way is smoother: squared high-pass values down and across, each summed over three columns.
 void differences(Step s, int row) {
     for (int parity = 0; parity < 2; ++parity) {
@@ -69,16 +77,8 @@ void differences(Step s, int row) {
             m[d + 3] = s.mosaic.tap(row + d, parity, 0);
             n[d + 3] = s.mosaic.tap(row, parity, d);
         }
-        float *down = s.single[0].tap(0, parity, 0), *across = s.single[1].tap(0, parity, 0);
-        forPairs(s, [&](int k) {
-            const V middle = load(m[3] + k);
-            hn::StoreU(highPass(load(m[0] + k), load(m[1] + k), load(m[2] + k), load(m[4] + k),
-                                load(m[5] + k), load(m[6] + k), middle),
-                       kTag, down + k);
-            hn::StoreU(highPass(load(n[0] + k), load(n[1] + k), load(n[2] + k), load(n[4] + k),
-                                load(n[5] + k), load(n[6] + k), middle),
-                       kTag, across + k);
-        });
+        highPassRow(s, m, s.single[0].tap(0, parity, 0));
+        highPassRow(s, n, s.single[1].tap(0, parity, 0));
     }
     for (int parity = 0; parity < 2; ++parity) {
         for (int i = 0; i < 2; ++i) {
@@ -180,16 +180,8 @@ void diagonalDifferences(Step s, int row) {
         a[d + 3] = s.mosaic.tap(row + d, p, d);
         b[d + 3] = s.mosaic.tap(row + d, p, -d);
     }
-    float *outA = s.diagonalP.tap(row, p, 0), *outB = s.diagonalQ.tap(row, p, 0);
-    forPairs(s, [&](int k) {
-        const V middle = load(a[3] + k);
-        hn::StoreU(highPass(load(a[0] + k), load(a[1] + k), load(a[2] + k), load(a[4] + k),
-                            load(a[5] + k), load(a[6] + k), middle),
-                   kTag, outA + k);
-        hn::StoreU(highPass(load(b[0] + k), load(b[1] + k), load(b[2] + k), load(b[4] + k),
-                            load(b[5] + k), load(b[6] + k), middle),
-                   kTag, outB + k);
-    });
+    highPassRow(s, a, s.diagonalP.tap(row, p, 0));
+    highPassRow(s, b, s.diagonalQ.tap(row, p, 0));
 }
 
 void diagonalDirections(Step s, int row) {

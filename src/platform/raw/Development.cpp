@@ -168,8 +168,16 @@ private:
             if (!isMosaic && sensor_.colours == 3) {
                 highlights_.run({rows[0], rows[1], rows[2]}, tile.width, 0, 0, 0);
             }
+            if (!isMosaic && gained_) gain(tile, row, rows);
             colour_.run(rows, tile.width);
         }
+    }
+
+    void gain(const SensorRect& tile, int row, float* const (&rows)[kMaximumChannels]) const {
+        const int y = sensor_.crop.top - sensor_.active.top + reduction_ * (tile.top + row),
+                  x = sensor_.crop.left - sensor_.active.left + reduction_ * tile.left;
+        for (int c = 0; c < std::min(sensor_.colours, kMaximumChannels); ++c)
+            gained_->multiply(y, x, reduction_, tile.width, c, rows[c]);
     }
 
     void demosaic(const SensorRect& tile, Workshop& shop) const {

@@ -9,7 +9,8 @@ namespace kelvaro {
 
 namespace {
 
-constexpr std::uint32_t kFixVignetteRadial = 3, kFixBadPixelsList = 5, kGainMap = 9;
+constexpr std::uint32_t kFixVignetteRadial = 3, kFixBadPixelsConstant = 4, kFixBadPixelsList = 5,
+                        kGainMap = 9;
 constexpr std::size_t kMaximumOpcodes = 64, kMaximumPoints = 1 << 20, kMaximumGrid = 1 << 22;
 
 // Big-endian whatever the file's order; past the end it yields zeros and says so.
@@ -48,8 +49,7 @@ bool isSize(std::uint32_t v) {
 void addGainMap(Numbers n, OpcodeCorrections& corrections) {
     GainMap map;
     const std::uint32_t top = n.u32(), left = n.u32(), bottom = n.u32(), right = n.u32();
-    const std::uint32_t plane = n.u32();
-    n.u32(); // planes
+    const std::uint32_t plane = n.u32(), planes = n.u32();
     const std::uint32_t rowPitch = n.u32(), columnPitch = n.u32(), rows = n.u32(),
                         columns = n.u32();
     map.rowSpacing = n.real();
@@ -57,7 +57,9 @@ void addGainMap(Numbers n, OpcodeCorrections& corrections) {
     map.rowOrigin = n.real();
     map.columnOrigin = n.real();
     const std::uint32_t mapPlanes = n.u32();
-    if (plane != 0 || top >= bottom || left >= right || bottom > 65535 || right > 65535) return;
+    if (plane >= kMaximumChannels || top >= bottom || left >= right || bottom > 65535 ||
+        right > 65535)
+        return;
     if (!isSize(rowPitch) || !isSize(columnPitch) || !isSize(rows) || !isSize(columns) ||
         !isSize(mapPlanes))
         return;
@@ -68,6 +70,8 @@ void addGainMap(Numbers n, OpcodeCorrections& corrections) {
                           std::isfinite(map.columnOrigin);
     if (!isPlaced) return;
     map.area = {int(left), int(top), int(right - left), int(bottom - top)};
+    map.plane = int(plane);
+    map.planes = int(std::clamp<std::uint32_t>(planes, 1, kMaximumChannels));
     map.rowPitch = int(rowPitch);
     map.columnPitch = int(columnPitch);
     map.rows = int(rows);
@@ -151,6 +155,12 @@ void addOpcodes(std::span<const std::byte> list, OpcodeCorrections& corrections)
         const Numbers content(n.take(bytes));
         if (id == kGainMap) addGainMap(content, corrections);
         if (id == kFixVignetteRadial) addRadialGain(content, corrections);
+        if (id == kFixBadPixelsConstant) {
+            Numbers constant = content;
+            const std::uint32_t value = constant.u32();
+            if (bytes >= 8 && value <= 65535)
+                corrections.badConstants.push_back(std::uint16_t(value));
+        }
         if (id == kFixBadPixelsList) addBadPixels(content, corrections);
     }
 }

@@ -1,12 +1,13 @@
 // The corrections that a DNG's opcode lists ask for and a correct picture needs (DNG 1.6, chapter
-// 7): GainMap, FixVignetteRadial and FixBadPixelsList. Counts and sizes are checked against the
-// bytes.
+// 7): GainMap, FixVignetteRadial, FixBadPixelsConstant and FixBadPixelsList. Counts and sizes are
+// checked against the bytes.
 #pragma once
 
 #include "platform/raw/SensorImage.h"
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -14,7 +15,8 @@ namespace kelvaro {
 
 // Gains on a grid over the image, for some of its photosites.
 struct GainMap {
-    SensorRect area; // in the active area
+    SensorRect area;           // in the active area
+    int plane = 0, planes = 1; // channels it acts on
     int rowPitch = 1, columnPitch = 1;
     int rows = 1, columns = 1; // of the grid
     double rowSpacing = 1, columnSpacing = 1, rowOrigin = 0,
@@ -41,6 +43,7 @@ struct OpcodeCorrections {
     std::vector<GainMap> gainMaps;
     std::vector<RadialGain> radialGains;
     std::vector<BadPoint> badPoints;
+    std::vector<std::uint16_t> badConstants; // samples of these values are bad
     bool hasGains() const { return !gainMaps.empty() || !radialGains.empty(); }
 };
 

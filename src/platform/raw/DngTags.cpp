@@ -18,12 +18,15 @@ enum Tag : std::uint16_t {
     orientation = 274,
     samplesPerPixel = 277,
     stripByteCounts = 279,
+    tileWidth = 322,
+    tileLength = 323,
     tileOffsets = 324,
     tileByteCounts = 325,
     cfaRepeatPatternDim = 33421,
     cfaPattern = 33422,
     dngVersion = 50706,
     cfaPlaneColor = 50710,
+    linearizationTable = 50712,
     blackLevelRepeatDim = 50713,
     blackLevel = 50714,
     blackLevelDeltaH = 50715,
@@ -52,6 +55,7 @@ enum Tag : std::uint16_t {
 
 constexpr int kMosaic = 32803, kLinear = 34892;
 constexpr std::size_t kMaximumOpcodeBytes = 16 << 20;
+constexpr std::size_t kMaximumParts = 1 << 18; // strips or tiles
 
 bool areFinite(const std::vector<double>& values) {
     return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
@@ -193,12 +197,35 @@ CameraMatrices readColour(const TiffDirectory& main) {
 
 bool lieOutside(const TiffDirectory& raw, std::uint16_t offsetsTag, std::uint16_t countsTag,
                 std::uint64_t fileBytes) {
-    const auto offsets = raw.numbers(offsetsTag, 1 << 18), counts = raw.numbers(countsTag, 1 << 18);
+    const auto offsets = raw.numbers(offsetsTag, kMaximumParts),
+               counts = raw.numbers(countsTag, kMaximumParts);
     for (std::size_t i = 0; i < offsets.size(); ++i) {
         const double count = i < counts.size() ? counts[i] : 1;
         if (!(offsets[i] + count <= double(fileBytes))) return true;
     }
     return false;
+}
+
+TileGrid readTiles(const TiffDirectory& raw) {
+    TileGrid grid;
+    grid.width = integer(raw, tileWidth, 0);
+    grid.height = integer(raw, tileLength, 0);
+    const auto read = [&](std::uint16_t tag) {
+        std::vector<std::uint64_t> places;
+        for (const double v : raw.numbers(tag, kMaximumParts))
+            places.push_back(v >= 0 && v < 1e15 ? std::uint64_t(v) : 0);
+        return places;
+    };
+    grid.offsets = read(tileOffsets);
+    grid.counts = read(tileByteCounts);
+    return grid;
+}
+
+std::vector<std::uint16_t> readLinearisation(const TiffDirectory& raw) {
+    std::vector<std::uint16_t> table;
+    for (const double v : raw.numbers(linearizationTable, 1 << 16))
+        table.push_back(v >= 0 && v <= 65535 ? std::uint16_t(v) : std::uint16_t(65535));
+    return table;
 }
 
 double stops(const TiffDirectory& main, std::uint16_t tag) {
@@ -233,6 +260,8 @@ std::optional<DngTags> readDngTags(const TiffFile& file, int width, int height,
     tags.samplesPerPixel = std::clamp(integer(*raw, samplesPerPixel, 1), 1, kMaximumChannels);
     tags.photometric = integer(*raw, photometricInterpretation, 0);
     tags.compression = integer(*raw, compression, 1);
+    tags.tiles = readTiles(*raw);
+    tags.linearisation = readLinearisation(*raw);
     tags.activeArea = readActiveArea(*raw, width, height);
     tags.defaultCrop = readDefaultCrop(*raw);
     const SensorRect active = tags.activeArea.value_or(SensorRect{0, 0, width, height});

@@ -6,15 +6,24 @@
 #include "platform/raw/SensorImage.h"
 #include "platform/raw/TiffDirectory.h"
 
+#include <cstdint>
 #include <optional>
 #include <vector>
 
 namespace kelvaro {
 
+// Empty where the picture is stored in strips.
+struct TileGrid {
+    int width = 0, height = 0; // of one tile
+    std::vector<std::uint64_t> offsets, counts;
+};
+
 struct DngTags {
     int width = 0, height = 0, samplesPerPixel = 1;
     int photometric = 0; // 32803 filter mosaic, 34892 linear
     int compression = 1;
+    TileGrid tiles;
+    std::vector<std::uint16_t> linearisation; // of stored samples; empty: none
     std::optional<SensorRect> activeArea;
     std::optional<SensorRect> defaultCrop; // relative to the active area, before any check
     std::optional<BlackLevels> black;      // origin at the active area's corner

@@ -48,6 +48,7 @@ void GainedMosaic::split(int row, int column, int pairs, float* even, float* odd
     for (std::size_t m = 0; m < columns_.size(); ++m) {
         const GainMap& map = corrections_.gainMaps[m];
         const int fromTop = y - map.area.top;
+        if (map.plane != 0) continue;
         if (fromTop < 0 || y >= map.area.bottom() || fromTop % map.rowPitch != 0) continue;
         // The grid at this row; one more column, so that the last one has a right neighbour.
         std::vector<float> gains(std::size_t(map.columns) + 1);
@@ -68,6 +69,31 @@ void GainedMosaic::split(int row, int column, int pairs, float* even, float* odd
             const int x = mirrored(column + i - active_.left, active_.width);
             (i & 1 ? odd : even)[i / 2] *= radial(gain, y, x);
         }
+    }
+}
+
+void GainedMosaic::multiply(int row, int column, int step, int count, int channel,
+                            float* values) const {
+    const int y = mirrored(row, active_.height);
+    for (std::size_t m = 0; m < columns_.size(); ++m) {
+        const GainMap& map = corrections_.gainMaps[m];
+        const bool isMeant = channel >= map.plane && channel < map.plane + map.planes;
+        if (!isMeant || map.rowPitch != 1 || map.columnPitch != 1) continue;
+        if (y < map.area.top || y >= map.area.bottom()) continue;
+        std::vector<float> gains(std::size_t(map.columns) + 1);
+        map.row((y + 0.5) / active_.height, gains.data());
+        gains.back() = gains[gains.size() - 2];
+        for (int i = 0; i < count; ++i) {
+            const int x = mirrored(column + i * step, active_.width);
+            const GridColumn& at = columns_[m][std::size_t(x)];
+            if (at.index < 0) continue;
+            const float* gain = gains.data() + at.index;
+            values[i] *= gain[0] + at.fraction * (gain[1] - gain[0]);
+        }
+    }
+    for (const RadialGain& gain : corrections_.radialGains) {
+        for (int i = 0; i < count; ++i)
+            values[i] *= radial(gain, y, mirrored(column + i * step, active_.width));
     }
 }
 

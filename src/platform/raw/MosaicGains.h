@@ -17,6 +17,10 @@ public:
                  const SplitRows& mosaic);
     void split(int row, int column, int pairs, float* even, float* odd) const override;
 
+    // The same for `count` values of one channel of a sensor that is no Bayer mosaic, after their
+    // demosaic: active row, and columns `step` apart. Maps for some photosites only are left out.
+    void multiply(int row, int column, int step, int count, int channel, float* values) const;
+
 private:
     // Where a column of the active area lies in a map's grid: index −1 where the map has nothing
     // for it.

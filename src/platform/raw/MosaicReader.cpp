@@ -53,9 +53,14 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
                 const int column = sensor.active.left + x;
                 const auto channel = std::size_t(isMosaic ? sensor.filters.at(row, column) : c);
                 const float level = table.at(row, column, c);
+                float balance = float(sensor.colour.balance[channel]);
+                if (channel == 1 && sensor.greenRatio != 1) {
+                    const bool isRedRow = sensor.filters.at(row, column + 1) == 0;
+                    const float root = std::sqrt(sensor.greenRatio);
+                    balance *= isRedRow ? 1 / root : root;
+                }
                 black_.push_back(level);
-                scale_.push_back(float(sensor.colour.balance[channel]) /
-                                 (sensor.white[channel] - level));
+                scale_.push_back(balance / (sensor.white[channel] - level));
             }
         }
     }

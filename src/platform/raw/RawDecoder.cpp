@@ -3,6 +3,7 @@
 #include "platform/raw/BadPhotosites.h"
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
+#include "platform/raw/LosslessTiles.h"
 #include "platform/raw/SensorStatistics.h"
 #include "platform/raw/StandaloneJpeg.h"
 
@@ -216,7 +217,7 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     if (dng_ && dng_->reachesPastEnd) return fail(failure(LIBRAW_IO_ERROR));
     stream_->beginTask(cancellation, kTimeLimit);
     library_->watch(cancellation);
-    const int code = library_->unpack();
+    const int code = unpackTiles(cancellation) ? int(LIBRAW_SUCCESS) : library_->unpack();
     library_->watch(nullptr);
     if (code != LIBRAW_SUCCESS) {
         // What is left of the library's state cannot be unpacked again.
@@ -229,13 +230,45 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     isUnpacked_ = true;
     describeLevels(); // some formats measure their levels while unpacking
     repair();
+    measureGreens();
     measureSaturation();
     return {};
 }
 
+// The one compression that many cameras use and the library decodes tile after tile. What is
+// damaged is left to the library, which mends or refuses it.
+bool RawDecoder::unpackTiles(const Cancellation* cancellation) {
+    if (!dng_ || needsProcessing_ || description_.layout == SensorLayout::fullColour ||
+        dng_->width != description_.width || dng_->height != description_.height)
+        return false;
+    auto samples = decodeLosslessTiles(
+        *dng_,
+        [this](std::uint64_t offset, std::span<std::byte> bytes) {
+            return stream_->readAt(INT64(offset), bytes);
+        },
+        cancellation);
+    if (!samples) return false;
+    ownSamples_ = std::move(*samples);
+    return true;
+}
+
+bool RawDecoder::attachSamples(SensorImage& image) {
+    if (ownSamples_.empty()) return library_->attachSamples(image);
+    image.integers = ownSamples_.data();
+    image.channels = 1;
+    image.stride = image.width;
+    return true;
+}
+
+void RawDecoder::measureGreens() {
+    SensorImage image = description_;
+    if (image.layout != SensorLayout::bayer || !attachSamples(image)) return;
+    description_.greenRatio = greenRatio(image, MosaicReader(image));
+}
+
 void RawDecoder::measureSaturation() {
     SensorImage image = description_;
-    if (needsProcessing_ || !library_->attachSamples(image)) return;
+    if (needsProcessing_ || !attachSamples(image)) return;
     const auto levels = saturationLevels(image, measure(image));
     const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
     for (std::size_t c = 0; c < 3; ++c) {
@@ -246,12 +279,16 @@ void RawDecoder::measureSaturation() {
 
 void RawDecoder::repair() {
     SensorImage image = description_;
-    std::uint16_t* samples = library_->mutableSamples();
-    if (image.layout != SensorLayout::bayer || !samples || !library_->attachSamples(image)) return;
+    std::uint16_t* samples = ownSamples_.empty() ? library_->mutableSamples() : ownSamples_.data();
+    if (image.layout != SensorLayout::bayer || !samples || !attachSamples(image)) return;
     const SensorRect& active = image.active;
     const BayerSamples bayer{samples + active.top * image.stride + active.left, image.stride,
                              active.width, active.height};
-    if (dng_) repairListed(bayer, dng_->corrections.badPoints);
+    if (dng_) {
+        std::vector<BadPoint> points = dng_->corrections.badPoints;
+        findConstants(bayer, dng_->corrections.badConstants, points);
+        repairListed(bayer, points);
+    }
     const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
     const float range = std::clamp(image.white[1] - black, 0.0f, 65535.0f);
     repairStuck(bayer, std::uint16_t(std::clamp(black, 0.0f, 65535.0f)),
@@ -269,7 +306,7 @@ Result<SensorImage> RawDecoder::samples(int reduction, const Cancellation* cance
             return result;
         }
         SensorImage image = description_;
-        if (!library_->attachSamples(image)) return fail(failure(LIBRAW_FILE_UNSUPPORTED));
+        if (!attachSamples(image)) return fail(failure(LIBRAW_FILE_UNSUPPORTED));
         return image;
     } catch (const std::bad_alloc&) {
         return fail(failure(LIBRAW_UNSUFFICIENT_MEMORY));

@@ -53,7 +53,10 @@ private:
     void describeColour();
     Result<void> checkSize() const;
     Result<void> unpack(const Cancellation* cancellation);
+    bool unpackTiles(const Cancellation* cancellation);
+    bool attachSamples(SensorImage& image);
     void repair();
+    void measureGreens();
     void measureSaturation();
     Result<SensorImage> processed(int reduction);
     Failure failure(int code) const;
@@ -65,6 +68,7 @@ private:
     std::optional<DngTags> dng_;
     CameraMatrices camera_;
     SensorImage description_;
+    std::vector<std::uint16_t> ownSamples_; // decoded by us; else the library has them
     bool needsProcessing_ = false;
     bool isUnpacked_ = false;
 };

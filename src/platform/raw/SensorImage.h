@@ -75,6 +75,9 @@ struct SensorImage {
     BlackLevels black;
     std::array<float, kMaximumChannels> white{1, 1, 1, 1}; // samples at which the channels saturate
     CameraColour colour;
+    // How much more the greens in rows of red see than those in rows of blue; both are brought to
+    // their mean. Bayer sensors only.
+    float greenRatio = 1;
     // Balanced values at which the channels of a saturated photosite stand.
     std::array<float, kMaximumChannels> saturation{1, 1, 1, 1};
     const OpcodeCorrections* corrections = nullptr; // of a DNG; owned by the decoder

@@ -1,6 +1,7 @@
 #include "platform/raw/SensorStatistics.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kelvaro {
 
@@ -89,6 +90,47 @@ std::array<float, kMaximumChannels> saturationLevels(const SensorImage& sensor,
         if (isCut) levels[c] = std::min(levels[c], level);
     }
     return levels;
+}
+
+float greenRatio(const SensorImage& sensor, const MosaicReader& reader) {
+    constexpr int kRows = 96;
+    constexpr float kDark = 0.02f, kBright = 0.7f, kSmooth = 0.08f;
+    constexpr float kAgree = 0.005f, kImplausible = 0.1f;
+    const SensorRect& active = sensor.active;
+    const int pairs = active.width / 2 - 1;
+    if (pairs < 8 || active.height < 8) return 1;
+    const BayerPhase phase = reader.phase();
+    std::vector<float> line[3][2];
+    for (auto& row : line) {
+        for (auto& half : row)
+            half.resize(std::size_t(pairs));
+    }
+    std::vector<float> ratios;
+    for (int i = 0; i < kRows; ++i) {
+        // A row of red with the rows of blue above and below it.
+        int row = active.top + 1 + int((i + 0.5) * (active.height - 4) / kRows);
+        row += (row ^ phase.redRow) & 1;
+        for (int k = 0; k < 3; ++k)
+            reader.split(row - 1 + k, active.left, pairs, line[k][0].data(), line[k][1].data());
+        const auto inRed = std::size_t((phase.redColumn + active.left + 1) & 1);
+        const std::size_t inBlue = 1 - inRed;
+        for (std::size_t x = 1; x + 1 < std::size_t(pairs); x += 3) {
+            // The four greens of the blue rows around one of the red row.
+            const std::size_t left = inRed == 0 ? x - 1 : x;
+            const float here = line[1][inRed][x];
+            const float a = line[0][inBlue][left], b = line[0][inBlue][left + 1],
+                        c = line[2][inBlue][left], d = line[2][inBlue][left + 1];
+            const float mean = 0.25f * (a + b + c + d);
+            const float spread = std::max({a, b, c, d}) - std::min({a, b, c, d});
+            if (mean < kDark || mean > kBright || spread > kSmooth * mean) continue;
+            ratios.push_back(here / mean);
+        }
+    }
+    if (ratios.size() < 400) return 1;
+    const auto middle = ratios.begin() + std::ptrdiff_t(ratios.size() / 2);
+    std::nth_element(ratios.begin(), middle, ratios.end());
+    const float off = std::abs(*middle - 1);
+    return off > kAgree && off < kImplausible ? *middle : 1.0f;
 }
 
 float darkNoise(const SensorImage& sensor, const MosaicReader& reader) {

@@ -25,6 +25,11 @@ SensorStatistics measure(const SensorImage& sensor);
 std::array<float, kMaximumChannels> saturationLevels(const SensorImage& sensor,
                                                      const SensorStatistics& statistics);
 
+// SensorImage::greenRatio as it is in the smooth mid-tones of a Bayer sensor: the median over
+// quads, and 1 where the greens agree to half a percent, differ by more than a tenth, or too few
+// can be compared. `sensor` has none yet.
+float greenRatio(const SensorImage& sensor, const MosaicReader& reader);
+
 // Standard deviation of the noise in the darker half, in balanced values, of the noisiest channel:
 // from second differences of neighbours of one colour on a few rows. At most 0.1.
 float darkNoise(const SensorImage& sensor, const MosaicReader& reader);

@@ -1,7 +1,6 @@
 #include "platform/raw/StreamedSource.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace kelvaro {
 
@@ -15,6 +14,14 @@ std::size_t bytesOf(const SensorImage& sensor) {
            (sensor.floats ? sizeof(float) : sizeof(std::uint16_t));
 }
 
+int strideOf(PixelSize tile) {
+    return (tile.width + kRowGroup - 1) / kRowGroup * kRowGroup;
+}
+
+std::size_t tileFloats(PixelSize tile) {
+    return std::size_t(strideOf(tile)) * std::size_t(tile.height) * 3;
+}
+
 } // namespace
 
 StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettings& settings,
@@ -23,6 +30,7 @@ StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettin
       sampleBytes_(bytesOf(sensor)),
       development_(sensor, settings),
       tiles_(development_.tiles()),
+      largest_(development_.tile(0, 0).size()),
       capacity_(kRowsKept * std::size_t(sensor.orientation >= 5 ? tiles_.height : tiles_.width)) {}
 
 PixelRect StreamedSource::extent() const {
@@ -43,6 +51,30 @@ void StreamedSource::forget(int index) const {
     finished_.notify_all();
 }
 
+// The lock is held.
+void StreamedSource::forgetOldest() const {
+    for (auto oldest = kept_.end(); kept_.size() > capacity_ && oldest != kept_.begin();) {
+        --oldest;
+        if (!(*oldest)->isReady) continue;
+        // Nobody can take another reference to it now.
+        if (oldest->use_count() == 1) spare_.push_back(std::move((*oldest)->memory));
+        places_.erase((*oldest)->index);
+        oldest = kept_.erase(oldest);
+    }
+}
+
+AlignedFloats StreamedSource::freshMemory() const {
+    {
+        const std::lock_guard guard(lock_);
+        if (!spare_.empty()) {
+            AlignedFloats memory = std::move(spare_.back());
+            spare_.pop_back();
+            return memory;
+        }
+    }
+    return AlignedFloats(tileFloats(largest_));
+}
+
 std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int row) const {
     const int index = row * tiles_.width + column;
     auto tile = std::make_shared<Tile>();
@@ -51,13 +83,13 @@ std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int
         for (auto place = places_.find(index); place != places_.end();
              place = places_.find(index)) {
             const auto known = *place->second;
-            if (!known->pixels.isEmpty()) {
+            if (known->isReady) {
                 kept_.splice(kept_.begin(), kept_, place->second);
                 return known;
             }
             finished_.wait(guard, [&] {
                 const auto now = places_.find(index);
-                return now == places_.end() || !(*now->second)->pixels.isEmpty();
+                return now == places_.end() || (*now->second)->isReady;
             });
         }
         tile->index = index;
@@ -65,21 +97,21 @@ std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int
         places_[index] = kept_.begin();
     }
     try {
-        Raster pixels(development_.tile(column, row), false);
-        development_.run(column, row, pixels.view());
-        const std::lock_guard guard(lock_);
-        tile->pixels = std::move(pixels);
-        for (auto oldest = kept_.end(); kept_.size() > capacity_ && oldest != kept_.begin();) {
-            --oldest;
-            if ((*oldest)->pixels.isEmpty() || *oldest == tile) continue;
-            places_.erase((*oldest)->index);
-            oldest = kept_.erase(oldest);
-        }
-        finished_.notify_all();
+        tile->memory = freshMemory();
+        TileView& view = tile->pixels;
+        view.rect = development_.tile(column, row);
+        view.stride = strideOf(view.rect.size());
+        for (int plane = 0; plane < 3; ++plane)
+            view.planes[plane] = tile->memory.data() + plane * view.stride * view.rect.height;
+        development_.run(column, row, view);
     } catch (...) {
         forget(index);
         throw;
     }
+    const std::lock_guard guard(lock_);
+    tile->isReady = true;
+    forgetOldest();
+    finished_.notify_all();
     return tile;
 }
 
@@ -90,7 +122,7 @@ void StreamedSource::read(const TileView& wanted) const {
             const PixelRect part = intersection(place, wanted.rect);
             if (part.isEmpty()) continue;
             const auto tile = made(column, row);
-            const ConstTileView from = tile->pixels.view();
+            const ConstTileView from = tile->pixels;
             const int firstFrom = place.y + place.height - (part.y + part.height);
             const int firstTo = wanted.rect.y + wanted.rect.height - (part.y + part.height);
             for (int plane = 0; plane < 3; ++plane) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace kelvaro {
 
@@ -28,21 +29,27 @@ public:
 private:
     struct Tile {
         int index = 0;
-        Raster pixels; // empty while another thread makes it
+        bool isReady = false; // false while another thread makes it
+        AlignedFloats memory;
+        TileView pixels;
     };
     using Kept = std::list<std::shared_ptr<Tile>>; // the latest first
     std::shared_ptr<const Tile> made(int column, int row) const;
     void forget(int index) const;
+    void forgetOldest() const;
+    AlignedFloats freshMemory() const;
 
     std::shared_ptr<const void> samples_;
     std::size_t sampleBytes_;
     Development development_;
     PixelSize tiles_;
+    PixelSize largest_;       // tile
     std::size_t capacity_;    // in tiles
     mutable std::mutex lock_; // guards what follows
     mutable std::condition_variable finished_;
     mutable Kept kept_;
     mutable std::unordered_map<int, Kept::iterator> places_;
+    mutable std::vector<AlignedFloats> spare_; // of forgotten tiles; fresh pages cost more
 };
 
 } // namespace kelvaro

@@ -1,5 +1,6 @@
 #include "platform/raw/BrightnessMatch.h"
 #include "platform/raw/DevelopedPhoto.h"
+#include "platform/raw/WhiteMatch.h"
 
 #include <cmath>
 #include <random>
@@ -38,6 +39,35 @@ TEST(BrightnessMatch, IsSilentWithoutMidTones) {
     EXPECT_FALSE(matchedStops(std::vector<float>(5000, 0.99f), scene(0)));
     EXPECT_FALSE(matchedStops(scene(0), std::vector<float>(5000, 0.0f)));
     EXPECT_FALSE(matchedStops({}, {}));
+}
+
+// A neutral chart of patches, developed under the wrong white: the preview tells the right one.
+TEST(WhiteMatch, FindsTheWhiteOfThePreview) {
+    const PixelSize size{240, 160};
+    const auto chart = [](int x, int y) { return 0.05f + 0.04f * float((x / 20 + y / 20) % 9); };
+    DecodedBitmap preview;
+    preview.pixels = Bitmap(size, 3, SampleType::f32);
+    Raster developed({0, 0, size.width, size.height}, false);
+    CameraColour colour;
+    colour.balance = {2, 1, 1.5, 1};
+    // Camera channels that overlap; rows keep white.
+    colour.toWorking = {{{1.5, -0.4, -0.1, 0}, {-0.2, 1.4, -0.2, 0}, {0, -0.5, 1.5, 0}}};
+    const double cast[3] = {1.3, 1, 0.7}; // camera values of what is white
+    for (int y = 0; y < size.height; ++y) {
+        for (int x = 0; x < size.width; ++x) {
+            for (std::size_t i = 0; i < 3; ++i) {
+                double sum = 0;
+                for (std::size_t c = 0; c < 3; ++c)
+                    sum += colour.toWorking[i][c] * cast[c];
+                preview.pixels.row<float>(y)[std::size_t(x) * 3 + i] = chart(x, y);
+                developed.row(int(i), y)[x] = chart(x, y) * float(sum);
+            }
+        }
+    }
+    const auto neutral = matchedNeutral(developed, colour, preview);
+    ASSERT_TRUE(neutral);
+    for (std::size_t c = 0; c < 3; ++c)
+        EXPECT_NEAR((*neutral)[c], cast[c] / colour.balance[c], 0.01 * cast[c]);
 }
 
 // A reader that always sees the same flat grey.

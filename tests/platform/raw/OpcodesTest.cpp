@@ -159,5 +159,40 @@ TEST(BadPhotosites, StuckOnesGoAndPicturesStay) {
     }
 }
 
+TEST(Opcodes, SamplesOfTheBadValueAreMended) {
+    SyntheticDng dng;
+    dng.scene = [](int row, int column, int) {
+        return row % 11 == 5 && column % 13 == 6 ? 0.0 : 0.4;
+    };
+    Bytes constant;
+    constant.u32(256).u32(0); // the black level is what such photosites hold
+    dng.opcodeList1 = listOf(4, constant);
+    const auto path = dng.write("constant.dng");
+    const Raster raster = developed(path, {0, true, 1});
+    for (int c = 0; c < 3; ++c) {
+        for (int y = 0; y < 48; ++y) {
+            for (int x = 0; x < 64; ++x)
+                ASSERT_NEAR(raster.row(c, y)[x], 0.4, 1e-3) << y << ' ' << x;
+        }
+    }
+    std::filesystem::remove(path);
+}
+
+TEST(Opcodes, GainMapsActOnSensorsWithoutMosaic) {
+    SyntheticDng dng;
+    dng.pattern = "";
+    dng.scene = [](int, int, int) { return 0.2; };
+    dng.opcodeList2 = listOf(9, gainMap(0, 0, 1, {1, 2, 3, 4}));
+    const auto path = dng.write("linear_gain.dng");
+    const Raster raster = developed(path, {0, true, 1});
+    for (const auto& [row, column] : {std::pair{10, 50}, {30, 20}, {40, 60}}) {
+        const double y = (row + 0.5) / 48, x = (column + 0.5) / 64;
+        // The map is for the first of three channels alone.
+        EXPECT_NEAR(raster.row(0, row)[column], 0.2 * ((1 - y) * (1 + x) + y * (3 + x)), 1e-3);
+        EXPECT_NEAR(raster.row(1, row)[column], 0.2, 1e-3);
+    }
+    std::filesystem::remove(path);
+}
+
 } // namespace
 } // namespace kelvaro

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ struct SyntheticDng {
     std::array<int, 4> black{256, 256, 256, 256};
     std::vector<double> rowDeltas; // of the active rows
     int white = 16383;
+    // What the tags claim instead, to be told from what is stored.
+    std::optional<int> claimedWhite;
+    std::optional<std::array<int, 2>> claimedSize; // width, height
     int orientation = 1;
     double exposureStops = 0;
     std::array<double, 3> neutral{1, 1, 1};
@@ -164,8 +168,9 @@ inline std::vector<std::uint8_t> SyntheticDng::bytes() const {
     }
     TiffWriter t;
     t.longs(254, {0});
-    t.longs(256, {width});
-    t.longs(257, {height});
+    const std::array<int, 2> size = claimedSize.value_or(std::array{width, height});
+    t.longs(256, {size[0]});
+    t.longs(257, {size[1]});
     t.shorts(258, std::vector<int>(std::size_t(samples), 16));
     t.shorts(259, {1});
     t.shorts(262, {isLinear ? 34892 : 32803});
@@ -189,7 +194,7 @@ inline std::vector<std::uint8_t> SyntheticDng::bytes() const {
         t.shorts(50714, {black[0], black[0], black[0]});
     }
     if (!rowDeltas.empty()) t.rationals(50716, rowDeltas);
-    t.shorts(50717, std::vector<int>(std::size_t(samples), white));
+    t.shorts(50717, std::vector<int>(std::size_t(samples), claimedWhite.value_or(white)));
     t.longs(50719, {crop[0], crop[1]});
     t.longs(50720, {crop[2], crop[3]});
     t.rationals(50721, {matrix.begin(), matrix.end()});
