@@ -6,6 +6,7 @@
 #include "platform/FileSystem.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 
 namespace kelvaro {
@@ -101,15 +102,15 @@ private:
 
     bool fails() {
         const bool now = ++calls_ == plan_.failAtCall;
-        failed_ = failed_ || now;
+        if (now) failed_ = true;
         return now;
     }
     Failure planned() const { return {plan_.kind, "This call was planned to fail."}; }
 
     FileSystem& real_;
     Plan plan_;
-    int calls_ = 0;
-    bool failed_ = false;
+    std::atomic<int> calls_ = 0;
+    std::atomic<bool> failed_ = false;
 };
 
 } // namespace kelvaro
