@@ -64,7 +64,10 @@ public:
         if (!pending) return fail(std::move(pending).error());
         return std::unique_ptr<PendingFile>(new Pending(*this, std::move(*pending)));
     }
+    // Files of this name stay. Before the calls begin.
+    void refuseRemoval(std::string name) { kept_ = std::move(name); }
     Result<void> remove(const std::filesystem::path& path) override {
+        if (path.filename() == kept_) return fail(FailureKind::unwritable, "It stays.");
         if (fails()) return fail(planned());
         return real_.remove(path);
     }
@@ -109,6 +112,7 @@ private:
 
     FileSystem& real_;
     Plan plan_;
+    std::string kept_;
     std::atomic<int> calls_ = 0;
     std::atomic<bool> failed_ = false;
 };
