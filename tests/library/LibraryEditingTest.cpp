@@ -1,6 +1,7 @@
 // Edits, favourites, absent drives and the journal, paste, Trash, and what another program writes.
 #include "StoreScene.h"
 
+#include "library/FavoritesFile.h"
 #include "recipe/Sidecar.h"
 
 #include <gmock/gmock.h>
@@ -132,6 +133,8 @@ TEST_F(LibraryEditingTest, FavoritesThatCannotBeReadOrWrittenAreTold) {
     writeFile(folder + "/.tarnwell/favorites.json", "[\"2.jpg\"]"); // someone mends it
     store.setFavorite({three}, true);
     scene.settle();
+    scene.watcher.change(folder + "/.tarnwell");
+    scene.settle();
     EXPECT_THAT(*store.unsavedFavorites(), IsEmpty());
     EXPECT_TRUE(store.isFavorite(one) && store.isFavorite(two) && store.isFavorite(three));
 }
@@ -155,7 +158,7 @@ TEST_F(LibraryEditingTest, PasteKeepsTheTargetsCrop) {
     store.copyAdjustments(one);
     store.setAdjustments(two, {.cropTop = 0.2});
     store.pasteAdjustments({two, three});
-    EXPECT_EQ(store.notice().get()->text, "Adjustments pasted to 2");
+    EXPECT_EQ(store.notice().get()->text, pastedNotice(2));
     EXPECT_EQ(*store.edit(two), (Adjustments{.exposure = 1, .cropTop = 0.2}));
     EXPECT_EQ(*store.edit(three), (Adjustments{.exposure = 1}));
     scene.settle();
@@ -196,11 +199,14 @@ TEST_F(LibraryEditingTest, WhatAnotherProgramWritesIsSeen) {
     Sidecar other(scene.disk, scene.random);
     store.setAdjustments(two, bright);
     scene.settle();
+    scene.watcher.change(folder); // the hidden folder is new in it
+    scene.settle();
     ASSERT_TRUE(other.save(one, bright, scene.clock.wallSeconds()));
     ASSERT_TRUE(other.save(two, {}, scene.clock.wallSeconds()));
     ASSERT_TRUE(FavoritesFile(scene.disk).change(folder, {{"3.CR3", true}}));
     scene.watcher.change(folder + "/.tarnwell");
     scene.settle();
+    ASSERT_NE(store.edit(one), nullptr);
     EXPECT_EQ(*store.edit(one), bright);
     EXPECT_EQ(store.edit(two), nullptr);
     EXPECT_TRUE(store.isFavorite(three));
