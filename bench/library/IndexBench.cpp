@@ -34,7 +34,7 @@ struct Tools {
             folder, [](std::string_view name) { return !name.starts_with('.'); });
         std::vector<Photo> photos;
         for (const ListedFile& file : files_.value()) {
-            const auto kind = photoKind(file.name);
+            const auto kind = photoKindOfName(file.name);
             if (kind)
                 photos.push_back(makePhoto(folder.string(), file.name, *kind, file.status.size,
                                            file.status.modified, file.status.created));
@@ -75,7 +75,7 @@ void firstIndexing(benchmark::State& state) {
     }
     state.SetItemsProcessed(read);
 }
-BENCHMARK(firstIndexing)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(firstIndexing)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 // A cache that knows the whole library, filled once.
 const std::filesystem::path& filledCache(Tools& tools) {
@@ -126,7 +126,7 @@ void secondStart(benchmark::State& state) {
         state.counters["groups"] = double(view.groups.size());
     }
 }
-BENCHMARK(secondStart)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(secondStart)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
 
 // One table for all questions.
 PhotoTable& wholeTable() {

@@ -30,9 +30,11 @@ public:
     MetaReader(PropertyReader& properties, MetaCache* cache, const LocalCalendar& calendar)
         : properties_(properties), cache_(cache), calendar_(calendar) {}
 
-    // What the cache knows of a folder's photos and still holds, in their order. Records of files
-    // that are gone are removed from it.
+    // What the cache knows of a folder's photos and still holds, in their order.
     PhotoMetas cached(const FolderListing& listing);
+    // What it knows of files that are no longer in the folder, until they are forgotten.
+    PhotoMetas gone(const FolderListing& listing);
+    void forget(const FolderUrl& folder, std::span<const std::string> fileNames);
 
     // Reads the files of one folder. Each batch is stored in the cache and handed over, one call at
     // a time, on whichever thread finished it. A cancelled run delivers what it has read.

@@ -130,14 +130,28 @@ const PhotoTable::RowData* PhotoTable::data(std::string_view url) const {
 }
 
 void PhotoTable::setMeta(std::span<const std::pair<PhotoUrl, SharedMeta>> metas) {
-    for (const auto& [url, meta] : metas)
-        setMeta(url, meta);
+    const Folder* folder = nullptr; // of the photo before
+    std::size_t next = 0;           // and the place after it: metadata comes in that order
+    for (const auto& [url, meta] : metas) {
+        const bool isNext =
+            folder && next < folder->rows.size() && folder->photos->photos()[next].url == url;
+        if (!isNext) {
+            const auto row = find(url);
+            if (!row) continue;
+            folder = &folders_.find(std::string(folderOf(url)))->second;
+            next = rows_[*row].index;
+        }
+        setMeta(folder->rows[next++], meta);
+    }
 }
 
 void PhotoTable::setMeta(std::string_view url, SharedMeta meta) {
-    const auto row = find(url);
-    if (!row || (meta && !isValid(*meta, *rows_[*row].photo))) return;
-    RowData& data = rows_[*row];
+    if (const auto row = find(url)) setMeta(*row, std::move(meta));
+}
+
+void PhotoTable::setMeta(Row row, SharedMeta meta) {
+    RowData& data = rows_[row];
+    if (meta && !isValid(*meta, *data.photo)) return;
     data.meta = std::move(meta);
     describe(data);
     order_.valuesChanged();

@@ -73,6 +73,7 @@ private:
 
     Row takeRow();
     void freeRow(Row row);
+    void setMeta(Row row, SharedMeta meta);
     void describe(RowData& data);
     std::optional<Row> find(std::string_view url) const;
     const RowData* data(std::string_view url) const;

@@ -6,9 +6,14 @@
 namespace kelvaro {
 
 std::optional<PhotoKind> photoKind(const std::filesystem::path& file) {
-    std::string extension = file.extension().string();
-    if (extension.size() < 2) return std::nullopt;
-    extension.erase(0, 1);
+    return photoKindOfName(file.native());
+}
+
+std::optional<PhotoKind> photoKindOfName(std::string_view fileName) {
+    fileName.remove_prefix(fileName.rfind('/') + 1);
+    const auto dot = fileName.rfind('.');
+    if (dot == std::string_view::npos || dot == 0) return std::nullopt;
+    std::string extension(fileName.substr(dot + 1));
     // Only ASCII letters: the result must not depend on the locale.
     for (char& c : extension)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');

@@ -19,5 +19,7 @@ inline constexpr std::array<std::string_view, 7> kImageExtensions{"jpg", "jpeg",
 
 // None for a file that is no photo.
 std::optional<PhotoKind> photoKind(const std::filesystem::path& file);
+// The same without making a path of the name, for long listings.
+std::optional<PhotoKind> photoKindOfName(std::string_view fileName);
 
 } // namespace kelvaro

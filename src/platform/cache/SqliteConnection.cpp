@@ -11,6 +11,7 @@ constexpr int kPatienceMilliseconds = 2000; // while another program writes
 } // namespace
 
 SqliteStatement::~SqliteStatement() {
+    if (!statement_) return;
     sqlite3_reset(statement_);
     sqlite3_clear_bindings(statement_);
 }
@@ -46,7 +47,7 @@ SqliteConnection::SqliteConnection(const std::string& path) {
                         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
     if (error_ != SQLITE_OK) return;
     sqlite3_busy_timeout(database_, kPatienceMilliseconds);
-    run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA mmap_size = 268435456;");
+    run("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;");
     struct stat file {};
     if (::stat(path.c_str(), &file) != 0) return;
     device_ = file.st_dev;
