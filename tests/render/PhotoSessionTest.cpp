@@ -162,8 +162,8 @@ TEST(PhotoSession, StagesFallTogether) {
         const auto session = stage.session(photo);
         const auto preview = session->preview(request, nullptr);
         ASSERT_TRUE(preview && *preview);
-        const auto half = session->render(request, {1, true}, nullptr);
-        const auto coarse = session->render(request, {3, false}, nullptr);
+        const auto half = session->render(request, {1, 0.5}, nullptr);
+        const auto coarse = session->render(request, {3, 1}, nullptr);
         const auto full = session->render(request, {}, nullptr);
         ASSERT_TRUE(half) << half.error().message;
         ASSERT_TRUE(coarse) << coarse.error().message;
