@@ -76,7 +76,12 @@ double PhotoSession::scaleNeeded(const ViewRequest& request, Pass pass) const {
     const auto facts = state_.with([](State& state) { return state.facts; });
     if (!facts) return 1;
     const double needed = ViewGeometry::of(request, facts->size).neededScale() / pass.coarseness;
-    return pass.halfIsEnough ? std::min(needed, 0.5) : needed;
+    return std::min(needed, pass.enoughScale);
+}
+
+double PhotoSession::decodedScale() const {
+    const auto decode = state_.with([](State& state) { return state.decode; });
+    return decode ? decode->source.pixelScale : 0;
 }
 
 bool PhotoSession::isDecodedFor(const ViewRequest& request, Pass pass) const {

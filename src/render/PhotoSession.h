@@ -51,10 +51,12 @@ public:
 
     // How a view is drawn.
     struct Pass {
-        int coarseness = 1;        // divides the resolution; above 1 the view is of stage `coarse`
-        bool halfIsEnough = false; // half the photo's resolution will do, for a first look
+        int coarseness = 1;     // divides the resolution; above 1 the view is of stage `coarse`
+        double enoughScale = 1; // pixels per photo pixel that will do, for a first look
     };
 
+    // The resolution of the decode that is there: 1 the photo's own, 0 none.
+    double decodedScale() const;
     // Whether the view can be drawn without decoding the photo (again).
     bool isDecodedFor(const ViewRequest& request, Pass pass) const;
     // The view, developed; decodes first where it must. Fails with `cancelled` and with what

@@ -104,6 +104,11 @@ void PhotoSessionCache::shed() {
     parts_.analyses.releaseMemory();
 }
 
+void PhotoSessionCache::forgetAll() {
+    for (const auto& session : byAge())
+        forget(session);
+}
+
 std::size_t PhotoSessionCache::bytes() const {
     std::size_t total = 0;
     for (const auto& session : byAge())

@@ -31,6 +31,9 @@ public:
     // Memory is short: keeps the decodes that somebody uses, without what can be made from them.
     void shed();
 
+    // Lets go of everything; sessions in use live on without being found here.
+    void forgetAll();
+
     std::size_t bytes() const;
     std::size_t count() const;
 

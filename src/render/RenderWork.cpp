@@ -140,10 +140,10 @@ RenderWork::waitForAdmission(std::int64_t bytes, const Cancellation* cancellatio
     return Admission(*this, bytes, std::move(priority));
 }
 
-bool RenderWork::waitForQuiet(const Cancellation* cancellation) {
+bool RenderWork::waitForQuiet(const Cancellation* cancellation, const Priority* priority) {
     std::unique_lock guard(lock_);
     while (!isCancelled(cancellation)) {
-        if (isQuiet()) return true;
+        if (isQuiet() || (priority && priority->isPromoted())) return true;
         waitStep(guard);
     }
     return false;

@@ -85,8 +85,9 @@ public:
     std::optional<Admission> waitForAdmission(std::int64_t bytes, const Cancellation* cancellation,
                                               std::shared_ptr<Priority> priority = nullptr);
     // Waits until nothing interactive runs and the user's hand has rested: what a batch does before
-    // each of its full-size renders. False when it was cancelled.
-    bool waitForQuiet(const Cancellation* cancellation);
+    // each of its full-size renders. At once for what is promoted. False when it was cancelled.
+    // Both may be null.
+    bool waitForQuiet(const Cancellation* cancellation, const Priority* priority = nullptr);
 
     struct State {
         int jobs = 0;           // background renders admitted and not yet finished

@@ -136,7 +136,9 @@ void RenderSession::Work::runRender() {
 void RenderSession::Work::step(const AskedPointer& asked, PhotoSession& session) {
     const Token& photoToken = asked->open->cancellation;
     PhotoSession::Pass pass;
-    pass.halfIsEnough = !session.isDecodedFor(asked->request, {});
+    // What is there will do for now; RAW photos come at half size in a third of the time.
+    const double present = session.decodedScale();
+    pass.enoughScale = present > 0 ? present : session.tellsFactsUndecoded() ? 0.5 : 1;
     if (!session.isDecodedFor(asked->request, pass) && !asked->open->isPreviewed.exchange(true))
         previews_.post([this, open = asked->open] { runPreview(open); });
     // Another recipe does not make the decode worthless: only another photo ends it.

@@ -181,14 +181,19 @@ void ThumbnailLoader::runQuick() {
     if (auto found = key.empty() ? std::nullopt : disk_.find(key))
         return finish(job, std::make_shared<const Bitmap>(std::move(*found)), "disk");
 
+    if (!ThumbnailMaker::isAsShot(job->key.edit)) return develop(job);
     // Whoever moves a slider meanwhile has the machine to himself.
-    if (!job->admission->isPromoted() && !engine_.work().waitForQuiet(&job->cancellation)) return;
+    if (!engine_.work().waitForQuiet(&job->cancellation, job->admission.get())) return;
     auto made = maker_.quick(job->key.photo, job->key.edit, job->key.sizePx, &job->cancellation);
     if (made && *made)
         return finish(job, std::make_shared<const Bitmap>(std::move(**made)), "preview");
     const bool isRaw = photoKind(job->key.photo) == PhotoKind::raw;
     if (!made && (!isRaw || made.error().kind == FailureKind::cancelled))
         return finish(job, fail(std::move(made).error()), "failed");
+    develop(job);
+}
+
+void ThumbnailLoader::develop(const JobPointer& job) {
     waiting_.with([&](Waiting& waiting) {
         if (!job->cancellation.isCancelled()) waiting.developing.push_back(job);
     });

@@ -99,6 +99,7 @@ private:
     void drop(const JobPointer& job, std::uint64_t wish);
     JobPointer next(std::vector<JobPointer> Waiting::*lane);
     void runQuick();
+    void develop(const JobPointer& job);
     void runDeveloping();
     void finish(const JobPointer& job, ThumbnailResult result, const char* origin);
     void arrived(const JobPointer& job, const ThumbnailResult& result);
