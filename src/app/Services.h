@@ -5,6 +5,7 @@
 #include "develop/BrushRaster.h"
 #include "platform/FileSystem.h"
 #include "platform/ImageFiles.h"
+#include "platform/MetadataCopier.h"
 #include "platform/PhotoProperties.h"
 #include "platform/Random.h"
 #include "platform/RawEngine.h"
@@ -21,6 +22,7 @@ struct Services {
     std::unique_ptr<ImageWriter> writer;
     std::unique_ptr<RawEngine> raw;
     std::unique_ptr<PropertyReader> properties;
+    std::unique_ptr<MetadataCopier> metadata;
     std::unique_ptr<Renderer> renderer;
     std::unique_ptr<BrushRaster> brushes;
     const Cancellation& cancellation; // set when the user interrupts the program

@@ -10,6 +10,7 @@ namespace kelvaro {
 
 ExitCode runDevelop(const DevelopRequest& request, Services& services);
 ExitCode runRecipe(const RecipeRequest& request, Services& services);
+ExitCode runExport(const ExportRequest& request, Services& services);
 ExitCode runInfo(const InfoRequest& request, Services& services);
 
 // The edit that lies beside a photo; the unedited record when there is none. Failures name the
