@@ -2,6 +2,7 @@
 
 #include "platform/codecs/CodecImageFiles.h"
 #include "platform/imaging/TiledRenderer.h"
+#include "platform/metadata/ExifMetadataCopier.h"
 #include "platform/metadata/ExifPropertyReader.h"
 #include "platform/raw/CameraRawEngine.h"
 #include "platform/system/IcuCalendar.h"
@@ -19,6 +20,7 @@ Services makeServices(const Cancellation& cancellation) {
                       .writer = makeImageWriter(),
                       .raw = std::make_unique<CameraRawEngine>(makeImageReader()),
                       .properties = std::make_unique<ExifPropertyReader>(),
+                      .metadata = std::make_unique<ExifMetadataCopier>(),
                       .renderer = makeTiledRenderer(),
                       .brushes = std::make_unique<BrushRaster>(),
                       .texts = makeIcuTextRules(),

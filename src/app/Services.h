@@ -7,6 +7,7 @@
 #include "platform/FileSystem.h"
 #include "platform/ImageFiles.h"
 #include "platform/LocalCalendar.h"
+#include "platform/MetadataCopier.h"
 #include "platform/PhotoProperties.h"
 #include "platform/Random.h"
 #include "platform/RawEngine.h"
@@ -24,6 +25,7 @@ struct Services {
     std::unique_ptr<ImageWriter> writer;
     std::unique_ptr<RawEngine> raw;
     std::unique_ptr<PropertyReader> properties;
+    std::unique_ptr<MetadataCopier> metadata;
     std::unique_ptr<Renderer> renderer;
     std::unique_ptr<BrushRaster> brushes;
     std::unique_ptr<TextRules> texts;

@@ -3,6 +3,8 @@
 
 #include "base/Result.h"
 #include "develop/Pipeline.h"
+#include "export/DateStamp.h"
+#include "export/ExportFormat.h"
 #include "library/PhotoQuery.h"
 
 #include <filesystem>
@@ -13,7 +15,7 @@
 namespace kelvaro {
 
 // What the process answers its caller.
-enum class ExitCode { done = 0, someFailed = 1, wrongUse = 2 };
+enum class ExitCode { done = 0, someFailed = 1, wrongUse = 2, stopped = 130 };
 
 struct DevelopRequest {
     std::filesystem::path photo, output;
@@ -53,6 +55,24 @@ struct ListRequest {
     PhotoFilter filter;
     SortOrder order{SortKey::dateTaken, true};
     bool groups = false, json = false;
+};
+
+// Which part of a set of photos to work on, where several machines share it: 1 of 1 is all of it.
+struct Shard {
+    std::size_t number = 1, count = 1;
+};
+
+struct ExportRequest {
+    std::vector<std::filesystem::path> paths; // photos, and folders of photos
+    std::filesystem::path folder;
+    ExportFormat format = ExportFormat::jpeg;
+    double quality = 85;         // 10 … 100
+    std::optional<int> longEdge; // pixels
+    std::optional<double> borderPercent;
+    DateStamp::Style stamp = DateStamp::Style::none;
+    Pipeline::OutputSpace space = Pipeline::OutputSpace::sRGB;
+    bool noMetadata = false, replace = false, noVerify = false, json = false, timings = false;
+    Shard shard;
 };
 
 } // namespace kelvaro

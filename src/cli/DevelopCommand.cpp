@@ -155,8 +155,10 @@ private:
         if (!file) return fail(std::move(file).error());
         {
             const TimedPhase phase(&times_, "encode");
-            auto done = services_.writer->encode(pixels, {format_, request_.quality, profile},
-                                                 **file, cancellation());
+            EncodeSettings settings{format_, request_.quality, profile};
+            if (auto copied = services_.metadata->copy(request_.photo, pixels.size, profile))
+                settings.metadata = std::move(*copied);
+            auto done = services_.writer->encode(pixels, settings, **file, cancellation());
             if (!done) return done;
         }
         const TimedPhase phase(&times_, "flush");

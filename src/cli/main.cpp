@@ -97,6 +97,89 @@ CLI::App* addRecipe(CLI::App& app, RecipeRequest& request) {
     return command;
 }
 
+// "2/8"; the option's own check has made sure that it is one.
+Shard shardFrom(const std::string& text) {
+    const auto slash = text.find('/');
+    return {std::stoul(text.substr(0, slash)), std::stoul(text.substr(slash + 1))};
+}
+
+std::string checkShard(const std::string& text) {
+    const auto slash = text.find('/');
+    const auto isNumber = [](const std::string& part) {
+        return !part.empty() && part.size() <= 9 &&
+               part.find_first_not_of("0123456789") == std::string::npos;
+    };
+    const bool wellFormed = slash != std::string::npos && isNumber(text.substr(0, slash)) &&
+                            isNumber(text.substr(slash + 1));
+    if (!wellFormed) return "write I/N, such as 2/8";
+    const Shard shard = shardFrom(text);
+    return shard.number >= 1 && shard.number <= shard.count ? "" : "I must lie between 1 and N";
+}
+
+void addExportLook(CLI::App* command, ExportRequest& request) {
+    command
+        ->add_option_function<std::string>(
+            "--format", [&](const std::string& name) { request.format = *exportFormat(name); },
+            "jpeg, heic, tiff or png [jpeg]; TIFF and PNG hold 16 bits")
+        ->check(CLI::IsMember({"jpeg", "heic", "tiff", "png"}))
+        ->option_text("NAME");
+    command->add_option("--quality", request.quality, "10 to 100, for JPEG and HEIC")
+        ->check(CLI::Range(10.0, 100.0))
+        ->capture_default_str();
+    command
+        ->add_option("--long-edge", request.longEdge,
+                     "Reduce the longer side, border included, to so many pixels")
+        ->check(CLI::Range(256, 20000));
+    command
+        ->add_option("--border", request.borderPercent,
+                     "A white border, in percent of the longer side")
+        ->check(CLI::Range(1.0, 20.0));
+    command
+        ->add_option_function<std::string>(
+            "--stamp", [&](const std::string& name) { request.stamp = *DateStamp::style(name); },
+            "Imprint the day of capture: dayMonthYear or monthDayYear")
+        ->check(CLI::IsMember({"none", "dayMonthYear", "monthDayYear"}))
+        ->option_text("STYLE");
+    command
+        ->add_option_function<std::string>(
+            "--space",
+            [&](const std::string& name) { request.space = *Pipeline::outputSpace(name); },
+            "The colour space to write: sRGB or displayP3 [sRGB]")
+        ->check(CLI::IsMember({"sRGB", "displayP3"}))
+        ->option_text("NAME");
+}
+
+CLI::App* addExport(CLI::App& app, ExportRequest& request) {
+    CLI::App* command = app.add_subcommand(
+        "export", "Export photos, and the photos of folders, with their recipes into a folder");
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "paths",
+            [&](const std::vector<std::string>& paths) {
+                request.paths.assign(paths.begin(), paths.end());
+            },
+            "Photos, and folders whose photos are meant (not those of folders inside)")
+        ->required();
+    pathOption(command, "--to", "The folder to write to; made where it is missing", [&](auto path) {
+        request.folder = path;
+    })->required();
+    addExportLook(command, request);
+    command->add_flag("--no-metadata", request.noMetadata,
+                      "Leave camera info and location out of the files");
+    command->add_flag("--replace", request.replace,
+                      "Replace files of the same name, except photos that lie beside those given");
+    command->add_flag("--no-verify", request.noVerify,
+                      "Don't read files back before they get their names");
+    command
+        ->add_option_function<std::string>(
+            "--shard", [&](const std::string& text) { request.shard = shardFrom(text); },
+            "Export only the I-th of N parts of the photos, to share them among machines")
+        ->check(CLI::Validator(checkShard, "I/N"));
+    command->add_flag("--json", request.json, "Print one JSON object for each photo");
+    command->add_flag("--timings", request.timings, "Print milliseconds per step");
+    return command;
+}
+
 CLI::App* addInfo(CLI::App& app, PanelRequest& request) {
     CLI::App* command =
         app.add_subcommand("info", "Tell everything that photos record of themselves");
@@ -187,7 +270,7 @@ int run(int argc, char** argv) {
                  "kelvaro-cli"};
     app.set_version_flag("--version", "kelvaro-cli " KELVARO_VERSION);
     app.require_subcommand(1);
-    app.footer("Exit codes: 0 all done, 1 some photos failed, 2 wrong use.");
+    app.footer("Exit codes: 0 all done, 1 some photos failed, 2 wrong use, 130 stopped.");
     DevelopRequest develop;
     RecipeRequest recipe;
     PanelRequest info;
@@ -197,6 +280,8 @@ int run(int argc, char** argv) {
     const CLI::App* recipeCommand = addRecipe(app, recipe);
     const CLI::App* favoriteCommand = addFavorite(app, favorite);
     const CLI::App* listCommand = addList(app, list);
+    ExportRequest exports;
+    const CLI::App* exportCommand = addExport(app, exports);
     addInfo(app, info);
     try {
         app.parse(argc, argv);
@@ -211,6 +296,7 @@ int run(int argc, char** argv) {
     if (recipeCommand->parsed()) return static_cast<int>(runRecipe(recipe, services));
     if (favoriteCommand->parsed()) return static_cast<int>(runFavorite(favorite, services));
     if (listCommand->parsed()) return static_cast<int>(runList(list, services));
+    if (exportCommand->parsed()) return static_cast<int>(runExport(exports, services));
     return static_cast<int>(runInfo(info, services));
 }
 

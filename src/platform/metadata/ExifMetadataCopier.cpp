@@ -154,6 +154,12 @@ void describePicture(Exiv2::ExifData& exif, PixelSize size, OutputSpace space) {
     exif["Exif.Photo.PixelYDimension"] = std::uint32_t(size.height);
     // The standard knows sRGB; everything else is "uncalibrated" and told by the profile.
     exif["Exif.Photo.ColorSpace"] = std::uint16_t(space == OutputSpace::sRGB ? 1 : 0xffff);
+    // The standard asks for these in every file.
+    exif["Exif.Image.YCbCrPositioning"] = std::uint16_t(1); // centred
+    if (exif.findKey(Exiv2::ExifKey("Exif.Image.XResolution")) == exif.end()) {
+        exif["Exif.Image.XResolution"] = exif["Exif.Image.YResolution"] = Exiv2::URational(72, 1);
+        exif["Exif.Image.ResolutionUnit"] = std::uint16_t(2); // inches
+    }
     const Exiv2::ExifKey version("Exif.Photo.ExifVersion");
     if (exif.findKey(version) == exif.end()) exif[version.key()] = "48 50 51 50"; // 0232
 }

@@ -1,0 +1,29 @@
+// What programs that export photos need beside Services. Made and ended on the main thread.
+#pragma once
+
+#include "app/Services.h"
+#include "base/Clock.h"
+#include "export/Exporter.h"
+#include "render/RenderEngine.h"
+
+namespace kelvaro {
+
+// For programs without a window, which have no other renders to share a gate with.
+class ExportServices {
+public:
+    // All must outlive the object.
+    ExportServices(Services& services, const Clock& clock, MainThread& mainThread);
+
+    Exporter& exporter() { return exporter_; }
+
+private:
+    std::unique_ptr<MemoryMonitor> memory_;
+    RenderEngine engine_;
+    Exporter exporter_; // last: it uses the rest
+};
+
+// The parts of an exporter that renders with `renderer` behind the gate `work`.
+ExportParts exportParts(Services& services, Renderer& renderer, RenderWork& work,
+                        const Clock& clock);
+
+} // namespace kelvaro

@@ -1,0 +1,101 @@
+// Files that hold what was rendered pass at every quality; files with a fault in a corner do not.
+#include "export/Verification.h"
+
+#include "fakes/TemporaryFolder.h"
+#include "platform/codecs/CodecImageFiles.h"
+#include "platform/system/PosixFileSystem.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace kelvaro {
+namespace {
+
+enum class Content { smooth, noise, saturated };
+
+Bitmap picture(PixelSize size, SampleType type, Content content) {
+    Bitmap pixels(size, 3, type);
+    std::minstd_rand random(3);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < 3 * size.width; ++x) {
+            const double wave = 0.5 + 0.4 * std::sin(0.05 * x + x % 3) * std::cos(0.07 * y);
+            const double noise = double(random() % 256) / 255;
+            const double value = content == Content::smooth  ? wave
+                                 : content == Content::noise ? noise
+                                                             : double(noise > 0.5);
+            if (type == SampleType::u8)
+                pixels.row<std::uint8_t>(y)[x] = std::uint8_t(value * 255);
+            else
+                pixels.row<std::uint16_t>(y)[x] = std::uint16_t(value * 65535);
+        }
+    return pixels;
+}
+
+DecodedBitmap roundTrip(const Bitmap& pixels, const EncodeSettings& settings) {
+    TemporaryFolder folder;
+    PosixFileSystem files;
+    auto file = files.create(folder / "a").value();
+    EXPECT_TRUE(makeImageWriter()->encode(pixels, settings, *file));
+    EXPECT_TRUE(file->commit());
+    return makeImageReader()->decode(folder / "a").value();
+}
+
+bool isLossy(FileFormat format) {
+    return format == FileFormat::jpeg || format == FileFormat::heic;
+}
+
+TEST(VerificationTest, AcceptsWhatTheCodecsMake) {
+    for (const auto format :
+         {FileFormat::jpeg, FileFormat::heic, FileFormat::tiff, FileFormat::png})
+        for (const auto content : {Content::smooth, Content::noise, Content::saturated})
+            for (const double quality : {0.1, 0.5, 0.85, 1.0}) {
+                if (!isLossy(format) && quality < 1) continue;
+                const auto type = isLossy(format) ? SampleType::u8 : SampleType::u16;
+                const Bitmap pixels = picture({131, 97}, type, content);
+                for (const auto space : {OutputSpace::sRGB, OutputSpace::displayP3}) {
+                    const EncodeSettings settings{format, quality, space};
+                    const auto wrong = mismatch(pixels, settings, roundTrip(pixels, settings));
+                    EXPECT_FALSE(wrong) << *wrong << " format " << int(format) << " content "
+                                        << int(content) << " quality " << quality;
+                }
+            }
+}
+
+TEST(VerificationTest, FindsFaults) {
+    for (const auto format : {FileFormat::jpeg, FileFormat::tiff}) {
+        const auto type = isLossy(format) ? SampleType::u8 : SampleType::u16;
+        const Bitmap pixels = picture({131, 97}, type, Content::smooth);
+        const EncodeSettings settings{format, 0.85, OutputSpace::sRGB};
+        const auto fresh = [&] { return roundTrip(pixels, settings); };
+
+        auto grey = fresh(); // the last rows are missing, as after a broken write
+        for (int y = 80; y < 97; ++y)
+            std::memset(grey.pixels.row<std::byte>(y), 128, grey.pixels.rowBytes());
+        EXPECT_TRUE(mismatch(pixels, settings, grey));
+
+        auto swapped = fresh();
+        for (int i = 0; i < 131; ++i)
+            for (int y = 0; y < 97; ++y) {
+                auto* at =
+                    swapped.pixels.row<std::byte>(y) + 3 * sampleBytes(type) * std::size_t(i);
+                std::swap_ranges(at, at + sampleBytes(type), at + 2 * sampleBytes(type));
+            }
+        EXPECT_TRUE(mismatch(pixels, settings, swapped));
+
+        EXPECT_TRUE(mismatch(picture({131, 96}, type, Content::smooth), settings, fresh()));
+        auto other = fresh();
+        other.profileName = "Display P3";
+        EXPECT_TRUE(mismatch(pixels, settings, other));
+        if (!isLossy(format)) {
+            auto onebit = fresh();
+            onebit.pixels.row<std::uint16_t>(96)[392] ^= 1;
+            EXPECT_TRUE(mismatch(pixels, settings, onebit));
+        }
+    }
+}
+
+} // namespace
+} // namespace kelvaro
