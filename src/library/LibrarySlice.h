@@ -1,5 +1,6 @@
 // What one view shows of the library: a state value that is read again after changes of the store,
-// at most once for each turn of the main thread, and is published only when it differs. Main thread.
+// at most once for each turn of the main thread, and is published only when it differs. Main
+// thread.
 #pragma once
 
 #include "base/MainThread.h"

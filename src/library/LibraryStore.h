@@ -69,7 +69,7 @@ struct InfoRequest {
 
 struct ExportRequest {
     std::vector<PhotoUrl> photos; // in the grid's order
-    std::uint64_t token = 0;           // tells two equal requests apart
+    std::uint64_t token = 0;      // tells two equal requests apart
     bool operator==(const ExportRequest&) const = default;
 };
 
@@ -102,10 +102,10 @@ public:
     // --- Folders ---
     using FolderSet = std::set<FolderUrl>;
     const Published<std::vector<FolderUrl>>& folders() const; // as they were added
-    const Published<FolderSet>& missingFolders() const;                   // could not be listed
-    const Published<FolderSet>& indexingFolders() const;                  // scan queued or running
-    const Published<FolderSet>& unsavedFavorites() const; // favourites not written yet
-    const Published<FolderSet>& unsavedEdits() const;     // edits not written yet
+    const Published<FolderSet>& missingFolders() const;       // could not be listed
+    const Published<FolderSet>& indexingFolders() const;      // scan queued or running
+    const Published<FolderSet>& unsavedFavorites() const;     // favourites not written yet
+    const Published<FolderSet>& unsavedEdits() const;         // edits not written yet
     // The photos of a folder, in the order of their file names' bytes; null when none were found
     // yet. The block never changes; a later scan may put another in its place.
     FolderPhotos photos(const FolderUrl& folder) const;
@@ -171,7 +171,7 @@ public:
     const Published<std::optional<ExportRequest>>& exportRequest() const;
 
     void setSelection(PhotoSet selection); // prepares the first photo for the editor
-    void selectAll();                         // all visible photos
+    void selectAll();                      // all visible photos
     void setScrollTarget(std::optional<PhotoUrl> target);
     void requestInfo(std::optional<PhotoUrl> photo);
     void requestExport(); // of the open photo or the selection; nothing when there is none
@@ -179,7 +179,7 @@ public:
 
     // --- Editing ---
     const Published<std::optional<PhotoUrl>>& openPhoto() const; // in the editor
-    LibraryEditor* editor() const;                                    // null while none is open
+    LibraryEditor* editor() const;                               // null while none is open
     bool isEditing() const { return openPhoto().get().has_value(); }
     const Published<std::optional<Adjustments>>& clipboard() const;
 

@@ -76,7 +76,8 @@ std::string favoritesNotSaved(const std::vector<FolderUrl>& folders) {
     return "Favorites haven't been saved:\n" + names(folders);
 }
 
-Alert unsavedQuestion(const std::vector<FolderUrl>& edits, const std::vector<FolderUrl>& favorites) {
+Alert unsavedQuestion(const std::vector<FolderUrl>& edits,
+                      const std::vector<FolderUrl>& favorites) {
     std::string text;
     if (!edits.empty()) text = "Edits haven't been saved:\n" + names(edits);
     if (!edits.empty() && !favorites.empty()) text += "\n\n";

@@ -28,8 +28,8 @@ struct FileStatus {
     Kind kind = Kind::file;
     std::int64_t size = 0; // bytes
     FileTime modified;
-    FileTime created{};          // the birth time, else the earlier of modification and change
-    std::uint64_t identity = 0;  // the file's number on its disk; a replaced file has another
+    FileTime created{};         // the birth time, else the earlier of modification and change
+    std::uint64_t identity = 0; // the file's number on its disk; a replaced file has another
     bool operator==(const FileStatus&) const = default;
 };
 

@@ -8,7 +8,8 @@
 
 namespace kelvaro {
 
-// Of `name` in the open folder `folder` (AT_FDCWD for a path), following links; none with errno set.
+// Of `name` in the open folder `folder` (AT_FDCWD for a path), following links; none with errno
+// set.
 std::optional<FileStatus> readStatus(int folder, const char* name);
 
 FileStatus::Kind kindOfMode(mode_t mode);

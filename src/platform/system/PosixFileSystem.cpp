@@ -42,7 +42,8 @@ FileStatus::Kind kindOf(const dirent& entry, int folder) {
 // taken for what the folder says, or for a file where it says nothing.
 FileStatus::Kind statuslessKind(const dirent& entry) {
     const bool mayBeFile = entry.d_type == DT_REG || entry.d_type == DT_UNKNOWN;
-    if (entry.d_type == DT_LNK) return errno == ELOOP ? FileStatus::Kind::other : FileStatus::Kind::file;
+    if (entry.d_type == DT_LNK)
+        return errno == ELOOP ? FileStatus::Kind::other : FileStatus::Kind::file;
     if (mayBeFile) return FileStatus::Kind::file;
     return entry.d_type == DT_DIR ? FileStatus::Kind::folder : FileStatus::Kind::other;
 }

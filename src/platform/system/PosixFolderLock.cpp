@@ -26,8 +26,8 @@ private:
 Result<std::unique_ptr<FolderLock>> lockFolderPosix(const std::filesystem::path& folder,
                                                     double patienceSeconds) {
     using Steady = std::chrono::steady_clock;
-    Descriptor open(uninterrupted(
-        [&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    Descriptor open(
+        uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (!open) return fail(systemFailure(FileAction::writing, folder, errno));
     const auto limit = Steady::now() + std::chrono::duration<double>(patienceSeconds);
     // A blocking lock could not be given up: the holder may be a stopped process.
