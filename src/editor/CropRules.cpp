@@ -23,6 +23,15 @@ double largestShare(Fits fits) {
     return low;
 }
 
+// Crops hold at least this share of each side, whatever their fractions say.
+constexpr double leastKept = 0.02;
+
+bool isStorable(const Box& box, PixelSize photo) {
+    constexpr double rounding = 1e-9;
+    return box.width >= (leastKept - rounding) * photo.width &&
+           box.height >= (leastKept - rounding) * photo.height;
+}
+
 Box scaledAboutCentre(const Box& box, Point centre, double scale) {
     return Box::around(centre, box.width * scale, box.height * scale);
 }
@@ -67,29 +76,37 @@ bool fitsTurned(const Box& box, PixelSize photo, double turn) {
 }
 
 Box fittedTowards(const Box& start, const Box& requested, PixelSize photo, double turn) {
-    if (fitsTurned(requested, photo, turn)) return requested;
-    const double share = largestShare(
-        [&](double t) { return fitsTurned(interpolated(start, requested, t), photo, turn); });
+    const auto accepted = [&](const Box& box) {
+        return fitsTurned(box, photo, turn) && isStorable(box, photo);
+    };
+    if (accepted(requested)) return requested;
+    const double share =
+        largestShare([&](double t) { return accepted(interpolated(start, requested, t)); });
     return interpolated(start, requested, share);
 }
 
 Box shrunkToFit(const Box& box, PixelSize photo, double turn) {
     if (fitsTurned(box, photo, turn)) return box;
-    const auto fitsAt = [&](Point centre) {
-        return [&, centre](double scale) {
-            return fitsTurned(scaledAboutCentre(box, centre, scale), photo, turn);
-        };
+    const Point middle{photo.width / 2.0, photo.height / 2.0};
+    const auto shrunkAt = [&](Point centre) {
+        const auto at = [&](double scale) { return scaledAboutCentre(box, centre, scale); };
+        return at(largestShare([&](double t) { return fitsTurned(at(t), photo, turn); }));
     };
     const double least = leastCropShare * std::max(photo.width, photo.height);
-    const double scale = largestShare(fitsAt(box.centre()));
-    if (scale * std::max(box.width, box.height) >= least) {
-        return scaledAboutCentre(box, box.centre(), scale);
-    }
-    // The same shape in the middle of the photo always fits; stay as near to where it was as can
-    // be.
-    const Point middle{photo.width / 2.0, photo.height / 2.0};
-    const Box safe = scaledAboutCentre(box, middle, largestShare(fitsAt(middle)));
-    return fittedTowards(safe, box, photo, turn);
+    const auto isEnough = [&](const Box& candidate) {
+        return std::max(candidate.width, candidate.height) >= least && isStorable(candidate, photo);
+    };
+    const Box shrunk = shrunkAt(box.centre());
+    if (isEnough(shrunk)) return shrunk;
+    // The same shape in the middle of the photo fits best; stay as near to where it was as can be.
+    const Box inside = shrunkAt(middle);
+    if (isEnough(inside)) return fittedTowards(inside, box, photo, turn);
+    // Too thin for that on a photo that is itself a strip: the shape has to give.
+    const double width = leastKept * photo.width, height = leastKept * photo.height;
+    return fittedTowards(
+        Box::around(middle, width, height),
+        Box::around(box.centre(), std::max(box.width, width), std::max(box.height, height)), photo,
+        turn);
 }
 
 Box largestBox(double ratio, Point centre, PixelSize photo, double turn) {

