@@ -140,6 +140,12 @@ std::vector<std::filesystem::path> EditSaver::unsavedPhotos() const {
     return photos;
 }
 
+std::optional<SharedEdit> EditSaver::unsavedEdit(const std::filesystem::path& photo) const {
+    const auto found = records_.find(photo);
+    if (found == records_.end() || found->second.isSaved()) return std::nullopt;
+    return found->second.latest();
+}
+
 std::string EditSaver::problem(const std::filesystem::path& photo) const {
     const auto found = records_.find(photo);
     return found != records_.end() && found->second.failure ? found->second.failure->message : "";

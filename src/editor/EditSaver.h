@@ -42,6 +42,8 @@ public:
     bool isSaved(const std::filesystem::path& photo) const;
     bool isAllSaved() const;
     std::vector<std::filesystem::path> unsavedPhotos() const;
+    // The photo's edit that is not on the disk yet; none when it is.
+    std::optional<SharedEdit> unsavedEdit(const std::filesystem::path& photo) const;
     // Why the photo's last write failed; empty when it did not.
     std::string problem(const std::filesystem::path& photo) const;
     // Calls back once the photo is saved or its write has failed; now, where that is so already.

@@ -18,13 +18,16 @@ void EditorModel::open(EditedPhoto photo, const Adjustments& stored, std::string
     readOnlyReason_ = std::move(readOnlyReason);
     presence_ = PhotoPresence::here;
     edit_ = stored;
-    const SharedEdit start = SharedEdit::of(edit_, SharedEdit());
+    const SharedEdit onDisk = SharedEdit::of(edit_, SharedEdit());
+    // What could not be saved yet is what the user left.
+    const SharedEdit start = saver_.unsavedEdit(photo_.location).value_or(onDisk);
+    edit_ = start.value();
     const auto [at, isNew] = histories_.try_emplace(photo_.location, start);
     history_ = &at->second;
     // The library or another program may have changed it since it was last open.
     if (!isNew && history_->current() != start) history_->push(start, "Change Elsewhere");
     if (!isReadOnly()) {
-        saver_.opened(photo_.location, start);
+        saver_.opened(photo_.location, onDisk);
         saver_.setLive(photo_.location,
                        [this] { return SharedEdit::of(edit_, history_->current()); });
     }

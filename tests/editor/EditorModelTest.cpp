@@ -174,6 +174,7 @@ TEST(EditorModel, WaitsForAnUnpluggedDriveAndTellsOfReplacedPhotos) {
     editor.model.leave();
     EXPECT_EQ(editor.saver.unsavedPhotos().size(), 1u);
     editor.model.open(editor.photo, {}); // the library still has what the disk had
+    EXPECT_EQ(editor.model.edit().exposure, 1);
     editor.model.setPresence(PhotoPresence::unplugged);
     editor.model.setPresence(PhotoPresence::here);
     ASSERT_EQ(editor.store.waiting.size(), 1u);
