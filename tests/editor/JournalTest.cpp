@@ -1,0 +1,230 @@
+#include "base/MainLoop.h"
+#include "editor/EditFingerprint.h"
+#include "editor/EditorModel.h"
+#include "editor/JournalCoding.h"
+#include "editor/JournalRecovery.h"
+#include "editor/MaskList.h"
+#include "editor/SidecarEditStore.h"
+#include "fakes/FailingFileSystem.h"
+#include "fakes/ManualClock.h"
+#include "fakes/SeededRandom.h"
+#include "fakes/TemporaryFolder.h"
+#include "platform/system/PosixAppendFiles.h"
+#include "platform/system/PosixFileSystem.h"
+#include "recipe/RecipeCoding.h"
+
+#include <gtest/gtest.h>
+
+namespace kelvaro {
+namespace {
+
+Adjustments exposed(double stops) {
+    Adjustments edit;
+    edit.exposure = stops;
+    return edit;
+}
+
+TEST(JournalCoding, ReadsTheLastOfEachPhotoAndPassesOverATornTail) {
+    SeededRandom random;
+    Adjustments painted = exposed(2);
+    addMask(painted, MaskComponent::Kind::linear, {600, 400}, random);
+    const std::string odd = "/a b/%41\xff\n\"photo\".jpg";
+    const std::string whole = encodedRecord({"/a.jpg", exposed(1), {7}, 1}) +
+                              encodedRecord({odd, painted, {1, 0xFFFFFFFFFFFFFFFF}, 2.5}) +
+                              encodedRecord({"/b.jpg", exposed(3), {}, 3}) +
+                              encodedRecord({"/a.jpg", exposed(1.5), {8}, 4}) +
+                              encodedRecord({"/b.jpg", std::nullopt, {}, 5});
+    const auto records = unsavedRecords(whole, random);
+    ASSERT_EQ(records.size(), 2u);
+    EXPECT_EQ(records[0].photo, odd);
+    EXPECT_EQ(records[0].edit, painted);
+    EXPECT_EQ(records[0].known, (std::vector<std::uint64_t>{1, 0xFFFFFFFFFFFFFFFF}));
+    EXPECT_EQ(records[0].time, 2.5);
+    EXPECT_EQ(records[1].edit, exposed(1.5));
+
+    const std::string next = encodedRecord({"/a.jpg", exposed(2), {8}, 6});
+    for (std::size_t cut = 0; cut < next.size(); cut += 7) {
+        EXPECT_EQ(unsavedRecords(whole + next.substr(0, cut), random)[1].edit, exposed(1.5));
+        std::string damaged = whole + next;
+        damaged[whole.size() + cut] ^= 1;
+        const auto read = unsavedRecords(damaged, random);
+        ASSERT_EQ(read.size(), 2u);
+        EXPECT_EQ(read[1].edit, exposed(1.5)) << cut;
+    }
+    EXPECT_TRUE(unsavedRecords("", random).empty());
+    EXPECT_TRUE(unsavedRecords("kelvaro-edit ffffffffffffffff 00000000\n", random).empty());
+}
+
+// A disk, the queue of its sidecars, and sessions on it that end well or in a crash.
+class JournalTest : public testing::Test {
+protected:
+    JournalTest() { writeFile(photo, "pixels"); }
+
+    RecoveryReport recover() { return recoverSessions(files, appendFiles, random, support); }
+    Adjustments onDisk() {
+        Sidecar sidecar(files, random);
+        const auto stored = sidecar.loadPhoto(photo);
+        EXPECT_TRUE(stored);
+        return stored && *stored ? (*stored)->adjustments : Adjustments();
+    }
+    void write(const Adjustments& edit, double editedAt) {
+        Sidecar sidecar(files, random);
+        EXPECT_TRUE(sidecar.save(photo, edit, editedAt));
+    }
+    // What a crashed session left behind.
+    void leaveJournal(const Adjustments& edit, const Adjustments& known, double time) {
+        writeFile(newJournalPath(support, random),
+                  encodedRecord({photo, edit, {editFingerprint(known)}, time}));
+    }
+    std::set<std::string> journals() const { return namesIn(support / "sessions"); }
+
+    TemporaryFolder folder;
+    const std::filesystem::path photo = folder / "photos/a.jpg", support = folder / "support";
+    PosixFileSystem files;
+    PosixAppendFiles appendFiles;
+    SeededRandom random;
+    MainLoop main;
+    ManualClock clock;
+};
+
+// The parts of a running program.
+struct Session {
+    Session(FileSystem& files, AppendFiles& appendFiles, RandomSource& random, MainLoop& main,
+            const Clock& clock, const std::filesystem::path& support)
+        : store(files, random, queue, main),
+          journal(files, appendFiles, main, newJournalPath(support, random), 0),
+          saver(store, &journal, clock, {[] {}, [this](std::string t) { notices.push_back(t); }}),
+          model(saver, {[] {}, [](const std::string&) {}, [] {}}) {}
+
+    std::vector<std::string> notices;
+    SerialQueue queue{"kelvaro.sidecars"};
+    SidecarEditStore store;
+    SessionJournal journal;
+    EditSaver saver;
+    EditorModel model;
+};
+
+TEST_F(JournalTest, HoldsADragAndIsGoneOnceItIsSaved) {
+    auto session = std::make_unique<Session>(files, appendFiles, random, main, clock, support);
+    session->model.open({photo, {600, 400}}, {});
+    session->model.beginChange("Exposure");
+    session->model.change("Exposure", [](Adjustments& edit) { edit.exposure = 1.25; });
+    session->journal.flush();
+    ASSERT_EQ(journals().size(), 1u);
+    const auto name = support / "sessions" / *journals().begin();
+    const auto records = unsavedRecords(readFile(name), random);
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].edit, exposed(1.25));
+    EXPECT_EQ(records[0].known, std::vector{editFingerprint({})});
+
+    EXPECT_TRUE(recover().restored.empty()); // a running session's is left alone
+    EXPECT_EQ(journals().size(), 1u);
+
+    session->model.endChange();
+    EXPECT_TRUE(main.runUntil([&] { return session->saver.isAllSaved(); }, 20));
+    session->journal.flush();
+    EXPECT_TRUE(journals().empty());
+    EXPECT_EQ(onDisk(), exposed(1.25));
+    session.reset();
+    main.runPosted();
+    EXPECT_TRUE(journals().empty());
+}
+
+TEST_F(JournalTest, ReplaysWhatTheSessionKnew) {
+    const struct {
+        Adjustments known;                // what the session thought was in the sidecar
+        std::optional<Adjustments> found; // what is there
+        double foundAt;
+        Adjustments expected;
+        std::size_t restored, kept;
+    } cases[] = {
+        {{}, {}, 0, exposed(2), 1, 0},
+        {exposed(1), exposed(1), 500, exposed(2), 1, 0}, // its own write, dated later
+        {{}, exposed(2), 50, exposed(2), 0, 0},          // saved, and the journal not yet gone
+        {{}, exposed(-1), 50, exposed(2), 1, 1},         // somebody else's, older
+        {{}, exposed(-1), 150, exposed(-1), 0, 1},       // somebody else's, younger
+    };
+    for (const auto& c : cases) {
+        std::filesystem::remove_all(photo.parent_path() / ".tarnwell");
+        if (c.found) write(*c.found, c.foundAt);
+        leaveJournal(exposed(2), c.known, 100);
+        const RecoveryReport report = recover();
+        EXPECT_EQ(onDisk(), c.expected);
+        EXPECT_EQ(report.restored.size(), c.restored);
+        EXPECT_EQ(report.keptBeside.size(), c.kept);
+        EXPECT_TRUE(journals().empty());
+        EXPECT_EQ(namesIn(photo.parent_path() / ".tarnwell").count("a.jpg.json.other-1"), c.kept);
+        EXPECT_EQ(report.notice().empty(), c.restored + c.kept == 0);
+    }
+}
+
+TEST_F(JournalTest, WaitsForADriveAndKeepsANewerEdit) {
+    std::filesystem::rename(photo.parent_path(), folder / "unplugged");
+    leaveJournal(exposed(2), {}, 100);
+    EXPECT_EQ(recover().waiting.size(), 1u);
+    EXPECT_EQ(journals().size(), 1u);
+    std::filesystem::rename(folder / "unplugged", photo.parent_path());
+    EXPECT_EQ(recover().notice(),
+              "Kelvaro ended unexpectedly. The latest changes to a.jpg were restored.");
+    EXPECT_EQ(onDisk(), exposed(2));
+
+    const auto sidecar = photo.parent_path() / ".tarnwell/a.jpg.json";
+    writeFile(sidecar, R"({"processVersion": 13})");
+    leaveJournal(exposed(3), {}, 100);
+    EXPECT_EQ(recover().keptBeside.size(), 1u);
+    EXPECT_EQ(readFile(sidecar), R"({"processVersion": 13})");
+}
+
+// Whichever call of a replay fails, nothing is lost: the next one ends well.
+TEST_F(JournalTest, AReplayMayItselfBeCutOff) {
+    for (int call = 1;; ++call) {
+        std::filesystem::remove_all(photo.parent_path() / ".tarnwell");
+        std::filesystem::remove_all(support);
+        write(exposed(-1), 50);
+        leaveJournal(exposed(2), {}, 100);
+        FailingFileSystem failing(files, {call, FailureKind::diskFull});
+        recoverSessions(failing, appendFiles, random, support);
+        recover();
+        EXPECT_EQ(onDisk(), exposed(2)) << call;
+        EXPECT_GE(namesIn(photo.parent_path() / ".tarnwell").count("a.jpg.json.other-1"), 1u);
+        EXPECT_TRUE(journals().empty()) << call;
+        if (!failing.hasFailed()) break;
+    }
+}
+
+TEST_F(JournalTest, ADiskThatRefusesIsToldOnceAndWorkGoesOn) {
+    writeFile(support, "a file where the folder should be");
+    Session session(files, appendFiles, random, main, clock, support);
+    session.model.open({photo, {600, 400}}, {});
+    for (int i = 1; i <= 5; ++i) {
+        session.model.beginChange("Exposure");
+        session.model.change("Exposure", [&](Adjustments& edit) { edit.exposure = i * 0.5; });
+        session.journal.flush();
+        main.runPosted();
+    }
+    session.model.endChange();
+    EXPECT_TRUE(main.runUntil([&] { return session.saver.isAllSaved(); }, 20));
+    EXPECT_EQ(onDisk(), exposed(2.5));
+    ASSERT_EQ(session.notices.size(), 1u);
+    EXPECT_TRUE(session.notices[0].starts_with("Changes can't be protected against a crash now: "));
+}
+
+TEST_F(JournalTest, SavingKeepsWhatAnotherProgramWrote) {
+    Session session(files, appendFiles, random, main, clock, support);
+    session.model.open({photo, {600, 400}}, {});
+    write(exposed(-2), 10); // meanwhile
+    session.model.change("Exposure", [](Adjustments& edit) { edit.exposure = 1; });
+    EXPECT_TRUE(main.runUntil([&] { return session.saver.isAllSaved(); }, 20));
+    EXPECT_EQ(onDisk(), exposed(1));
+    ASSERT_EQ(session.notices.size(), 1u);
+    EXPECT_EQ(session.notices[0], "a.jpg was also edited elsewhere. That version is kept as "
+                                  "“a.jpg.json.other-1”.");
+    const auto other = readFile(photo.parent_path() / ".tarnwell/a.jpg.json.other-1");
+    EXPECT_EQ(*decodeAdjustments(other, random), exposed(-2));
+    session.model.change("Exposure", [](Adjustments& edit) { edit.exposure = 2; });
+    EXPECT_TRUE(main.runUntil([&] { return session.saver.isAllSaved(); }, 20));
+    EXPECT_EQ(session.notices.size(), 1u); // our own write is no other program's
+}
+
+} // namespace
+} // namespace kelvaro

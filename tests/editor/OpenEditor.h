@@ -1,0 +1,31 @@
+// An editor with a photo of 1000 × 600 open, without a window or a disk.
+#pragma once
+
+#include "editor/EditorModel.h"
+#include "editor/FakeEditStore.h"
+#include "fakes/ManualClock.h"
+
+namespace kelvaro::test {
+
+struct OpenEditor {
+    explicit OpenEditor(const Adjustments& stored = {}) { model.open(photo, stored); }
+
+    EditedPhoto photo{"/photos/a.jpg", {1000, 600}, false, 5000, 0};
+    FakeEditStore store;
+    ManualClock clock;
+    std::vector<std::string> notices;
+    EditSaver saver{store,
+                    nullptr,
+                    clock,
+                    {[] {}, [this](std::string text) { notices.push_back(std::move(text)); }}};
+    int reloads = 0;
+    EditorModel model{saver,
+                      {[] {}, [this](std::string text) { notices.push_back(std::move(text)); },
+                       [this] { ++reloads; }}};
+};
+
+inline void setExposure(EditorModel& model, double stops) {
+    model.change("Exposure", [stops](Adjustments& edit) { edit.exposure = stops; });
+}
+
+} // namespace kelvaro::test
