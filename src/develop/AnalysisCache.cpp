@@ -1,6 +1,7 @@
 #include "develop/AnalysisCache.h"
 
 #include "develop/AnalysisFile.h"
+#include "platform/CacheFolder.h"
 
 #include <fmt/format.h>
 
@@ -11,8 +12,6 @@ namespace kelvaro {
 namespace {
 
 constexpr std::string_view kEnding = ".analysis";
-constexpr std::string_view kTemporaryMark = ".analysis.kelvaro-"; // inside hidden, unfinished files
-constexpr double kTemporarySeconds = 24 * 3600; // then nobody is writing it any more
 
 std::string keyOf(const ImageSource& source) {
     std::string key = source.isRaw() ? "raw\n" : "bitmap\n";
@@ -161,40 +160,8 @@ void AnalysisCache::write(const std::string& key, const ToneMeasurement& measure
     const auto analysis = stored(measurement, key.starts_with("raw\n"), renderer_);
     if (!analysis || !files_.createFolder(folder_)) return;
     const auto bytes = encodedAnalysis(*analysis, version_, key);
-    if (writeAtomically(files_, folder_ / fileName(key), bytes)) trimFolder();
-}
-
-// Removes what died unfinished, then the files that were written longest ago, down to the limit.
-void AnalysisCache::trimFolder() {
-    const auto names = files_.list(folder_);
-    if (!names) return;
-    struct Written {
-        std::filesystem::path path;
-        FileStatus status;
-    };
-    std::vector<Written> finished, unfinished;
-    for (const FolderEntry& entry : *names) {
-        const bool temporary =
-            entry.name.starts_with('.') && entry.name.find(kTemporaryMark) != std::string::npos;
-        if (!temporary && !entry.name.ends_with(kEnding)) continue;
-        const auto status = files_.status(folder_ / entry.name);
-        if (status && status->kind == FileStatus::Kind::file)
-            (temporary ? unfinished : finished).push_back({folder_ / entry.name, *status});
-    }
-    const auto newer = [](const Written& a, const Written& b) {
-        return a.status.modified.nanoseconds > b.status.modified.nanoseconds;
-    };
-    std::sort(finished.begin(), finished.end(), newer);
-    if (finished.empty()) return;
-    const double now = finished.front().status.modified.seconds();
-    for (const Written& file : unfinished)
-        if (now - file.status.modified.seconds() > kTemporarySeconds)
-            static_cast<void>(files_.remove(file.path));
-    std::int64_t bytes = 0;
-    for (const Written& file : finished) {
-        bytes += file.status.size;
-        if (bytes > limits_.diskBytes) static_cast<void>(files_.remove(file.path));
-    }
+    if (writeAtomically(files_, folder_ / fileName(key), bytes))
+        trimCacheFolder(files_, folder_, kEnding, limits_.diskBytes);
 }
 
 } // namespace kelvaro

@@ -62,7 +62,6 @@ private:
     void keepInMemory(const std::string& key, const ToneMeasurement& measurement);
     std::optional<ToneMeasurement> onDisk(const std::string& key, bool isRaw);
     void write(const std::string& key, const ToneMeasurement& measurement);
-    void trimFolder();
 
     FileSystem& files_;
     const std::filesystem::path folder_;

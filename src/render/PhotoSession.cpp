@@ -104,6 +104,13 @@ Result<RenderedView> PhotoSession::render(const ViewRequest& request, Pass pass,
     return view;
 }
 
+Result<void> PhotoSession::load(const ViewRequest& request, Pass pass,
+                                const Cancellation* cancellation) {
+    auto decode = decodeFor(request, pass, cancellation);
+    if (!decode) return fail(std::move(decode).error());
+    return {};
+}
+
 Result<void> PhotoSession::prepare(const ViewRequest& request, const Cancellation* cancellation) {
     auto decode = decodeFor(request, {}, cancellation);
     if (!decode) return fail(std::move(decode).error());

@@ -39,6 +39,8 @@ public:
     const std::filesystem::path& photo() const { return photo_; }
     const std::string& identity() const { return identity_; }
 
+    // Whether `facts` needs no decoding.
+    bool tellsFactsUndecoded() const { return isRaw_; }
     // What the file says of itself; for other than RAW files this may decode it, reduced.
     Result<PhotoFacts> facts(const Cancellation* cancellation);
 
@@ -59,7 +61,9 @@ public:
     // decoders fail with; a render that returns nothing is RenderEngine::renderFailedText.
     Result<RenderedView> render(const ViewRequest& request, Pass pass,
                                 const Cancellation* cancellation);
-    // Makes ready what `render` will need, without drawing: decode, analysis, reduction.
+    // Decodes the photo as far as the view needs, and no more; at once where that is done.
+    Result<void> load(const ViewRequest& request, Pass pass, const Cancellation* cancellation);
+    // Makes ready all that `render` will need, without drawing: decode, analysis, reduction.
     Result<void> prepare(const ViewRequest& request, const Cancellation* cancellation);
 
     // Lets go of what can be made again from the decode; of the decode as well where `all` is set.

@@ -7,6 +7,15 @@
 
 namespace kelvaro {
 
+namespace {
+
+// Whether somebody holds the session beside the cache and the list that it was found in.
+bool isUsed(const std::shared_ptr<PhotoSession>& session) {
+    return session.use_count() > 2;
+}
+
+} // namespace
+
 PhotoSessionCache::PhotoSessionCache(RenderEngine& engine, PhotoSession::Parts parts,
                                      std::size_t limitBytes)
     : engine_(engine),
@@ -18,29 +27,43 @@ PhotoSessionCache::PhotoSessionCache(RenderEngine& engine, PhotoSession::Parts p
 
 Result<std::shared_ptr<PhotoSession>>
 PhotoSessionCache::session(const std::filesystem::path& photo) {
-    if (!photoKind(photo))
-        return fail(FailureKind::unsupported,
-                    "“" + photo.filename().string() + "” isn't a photo that Kelvaro knows.");
-    auto identity = photoIdentity(parts_.files, photo);
-    if (!identity) return fail(std::move(identity).error());
+    auto fresh = separate(photo);
+    if (!fresh) return fresh;
     std::shared_ptr<PhotoSession> replaced; // let go outside the lock
     return state_.with([&](State& state) {
         const std::uint64_t now = ++state.clock;
         for (Entry& entry : state.entries)
             if (entry.session->photo() == photo) {
                 entry.lastUse = now;
-                if (entry.session->identity() == *identity) return entry.session;
-                replaced = std::exchange(entry.session, made(photo, *identity));
+                if (entry.session->identity() == (*fresh)->identity()) return entry.session;
+                replaced = std::exchange(entry.session, *fresh);
                 return entry.session;
             }
-        state.entries.push_back({made(photo, *identity), now});
+        state.entries.push_back({*fresh, now});
         return state.entries.back().session;
     });
 }
 
-std::shared_ptr<PhotoSession> PhotoSessionCache::made(const std::filesystem::path& photo,
-                                                      const std::string& identity) {
-    return std::make_shared<PhotoSession>(engine_, parts_, photo, identity);
+std::shared_ptr<PhotoSession>
+PhotoSessionCache::presentAsItIs(const std::filesystem::path& photo) const {
+    const auto identity = photoIdentity(parts_.files, photo);
+    if (!identity) return nullptr;
+    return state_.with([&](State& state) -> std::shared_ptr<PhotoSession> {
+        for (const Entry& entry : state.entries)
+            if (entry.session->photo() == photo && entry.session->identity() == *identity)
+                return entry.session;
+        return nullptr;
+    });
+}
+
+Result<std::shared_ptr<PhotoSession>>
+PhotoSessionCache::separate(const std::filesystem::path& photo) const {
+    if (!photoKind(photo))
+        return fail(FailureKind::unsupported,
+                    "“" + photo.filename().string() + "” isn't a photo that Kelvaro knows.");
+    auto identity = photoIdentity(parts_.files, photo);
+    if (!identity) return fail(std::move(identity).error());
+    return std::make_shared<PhotoSession>(engine_, parts_, photo, std::move(*identity));
 }
 
 std::vector<std::shared_ptr<PhotoSession>> PhotoSessionCache::byAge() const {
@@ -64,6 +87,7 @@ void PhotoSessionCache::trim() {
     std::size_t total = bytes();
     auto sessions = byAge();
     for (std::size_t i = 0; i + 1 < sessions.size() && total > limitBytes_; ++i) {
+        if (isUsed(sessions[i])) continue;
         const std::size_t freed = sessions[i]->bytes();
         forget(sessions[i]);
         total -= std::min(total, freed);
@@ -71,12 +95,18 @@ void PhotoSessionCache::trim() {
 }
 
 void PhotoSessionCache::shed() {
-    auto sessions = byAge();
-    for (std::size_t i = 0; i + 1 < sessions.size(); ++i)
-        forget(sessions[i]);
-    if (!sessions.empty()) sessions.back()->shed(false);
+    for (const auto& session : byAge())
+        if (isUsed(session))
+            session->shed(false);
+        else
+            forget(session);
     parts_.brushes.clear();
     parts_.analyses.releaseMemory();
+}
+
+void PhotoSessionCache::forgetAll() {
+    for (const auto& session : byAge())
+        forget(session);
 }
 
 std::size_t PhotoSessionCache::bytes() const {

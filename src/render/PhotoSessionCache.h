@@ -19,13 +19,20 @@ public:
     // and the analyses in memory on the engine's notification that memory is short.
     PhotoSessionCache(RenderEngine& engine, PhotoSession::Parts parts, std::size_t limitBytes);
 
+    // The session of the file as it is now where there is one already, else null.
+    std::shared_ptr<PhotoSession> presentAsItIs(const std::filesystem::path& photo) const;
+    // A session of the file that is not kept here.
+    Result<std::shared_ptr<PhotoSession>> separate(const std::filesystem::path& photo) const;
     // The session of the file as it is now; a file that changed since gets a new one. Blocks on the
     // disk: not on the main thread.
     Result<std::shared_ptr<PhotoSession>> session(const std::filesystem::path& photo);
-    // Lets go of what is over the limit. Called by sessions that grew.
+    // Lets go of what is over the limit, except for the last one and those in use.
     void trim();
-    // Memory is short: keeps the last photo's decode, without what can be made from it.
+    // Memory is short: keeps the decodes that somebody uses, without what can be made from them.
     void shed();
+
+    // Lets go of everything; sessions in use live on without being found here.
+    void forgetAll();
 
     std::size_t bytes() const;
     std::size_t count() const;
@@ -40,8 +47,6 @@ private:
         std::uint64_t clock = 0;
     };
 
-    std::shared_ptr<PhotoSession> made(const std::filesystem::path& photo,
-                                       const std::string& identity);
     std::vector<std::shared_ptr<PhotoSession>> byAge() const; // least recently used first
     void forget(const std::shared_ptr<PhotoSession>& session);
 

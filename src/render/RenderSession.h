@@ -7,7 +7,6 @@
 //     canvas.render(request, [](const Result<RenderedView>& view) { … draw … });
 #pragma once
 
-#include "base/SerialQueue.h"
 #include "render/Histogram.h"
 #include "render/PhotoSessionCache.h"
 #include "render/RenderEngine.h"
@@ -16,6 +15,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace kelvaro {
 
@@ -52,6 +52,9 @@ public:
         PixelSize fit; // device pixels
     };
     void prepare(std::vector<Neighbour> neighbours);
+
+    // Blocks until everything asked for so far has been rendered and handed to the main thread.
+    void waitUntilIdle();
 
 private:
     class Work;

@@ -1,16 +1,17 @@
 // Thumbnails on the disk: one JPEG each, in sRGB with its profile, named after a hash of what the
-// picture was made from. Bounded; the least recently used go first. Everything that goes wrong is
+// picture was made from. Bounded; those written longest ago go first. Everything that goes wrong is
 // silent: the thumbnail is made again. Files appear whole or not at all, and several programs may
 // share the folder. Thread-safe.
 #pragma once
 
-#include "base/Locked.h"
 #include "base/SerialQueue.h"
 #include "platform/FileSystem.h"
 #include "platform/ImageFiles.h"
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,13 +35,17 @@ public:
     static std::string fileName(std::string_view key);
 
 private:
+    void write(const std::string& name, const Bitmap& thumbnail);
+
     FileSystem& files_;
     ImageReader& reader_;
     ImageWriter& writer_;
     const std::filesystem::path folder_;
     const std::int64_t limitBytes_;
-    Locked<std::int64_t> writtenBytes_; // since the folder was trimmed
-    SerialQueue writing_;               // last: its jobs use the rest
+    std::atomic<int> waiting_ = 0;  // thumbnails on the queue
+    std::int64_t writtenBytes_ = 0; // since the folder was trimmed; writing queue
+    bool isTrimmed_ = false;        // writing queue
+    SerialQueue writing_;           // last: its jobs use the rest
 };
 
 } // namespace kelvaro

@@ -1,15 +1,9 @@
 // Makes thumbnails from photo files: from the picture that a camera embedded in a RAW file, from a
-// reduced decode, or developed at small scale. Blocking; any thread.
+// reduced decode, or developed at small scale. Upright, cropped like the edit, 8-bit sRGB.
+// Blocking; any thread.
 #pragma once
 
-#include "base/Cancellation.h"
-#include "develop/AnalysisCache.h"
-#include "develop/BrushRaster.h"
-#include "platform/FileSystem.h"
-#include "platform/ImageFiles.h"
-#include "platform/RawEngine.h"
-#include "platform/Renderer.h"
-#include "recipe/Adjustments.h"
+#include "render/PhotoSessionCache.h"
 
 #include <filesystem>
 #include <optional>
@@ -18,30 +12,26 @@ namespace kelvaro {
 
 class ThumbnailMaker {
 public:
-    // All must outlive the maker.
-    struct Parts {
-        FileSystem& files;
-        ImageReader& reader;
-        RawEngine& raw;
-        Renderer& renderer;
-        BrushRaster& brushes;
-        AnalysisCache& analyses;
-    };
-    explicit ThumbnailMaker(Parts parts) : parts_(parts) {}
+    // All must outlive the maker. A photo that `sessions` has decoded is not decoded again.
+    ThumbnailMaker(RenderEngine& engine, PhotoSession::Parts parts, PhotoSessionCache& sessions)
+        : engine_(engine), parts_(parts), sessions_(sessions) {}
 
-    // The photo as its camera shows it: an embedded preview or the decoded picture, upright, in
-    // sRGB, `sidePx` on its longer side or less. None for a RAW file without a preview of half that
-    // size.
-    Result<std::optional<Bitmap>> quick(const std::filesystem::path& photo, int sidePx,
-                                        const Cancellation* cancellation) const;
-    // The same developed with `edit`, cropped and straightened.
+    // Whether the photo with this edit looks like the picture that its camera made of it, but for
+    // the crop, so that `quick` may serve.
+    static bool isAsShot(const Adjustments& edit);
+
+    // From the camera's own picture, `sidePx` on the longer side or less. None where there is none
+    // of at least half that size, or the edit changes more than the crop of it.
+    Result<std::optional<Bitmap>> quick(const std::filesystem::path& photo, const Adjustments& edit,
+                                        int sidePx, const Cancellation* cancellation) const;
+    // The photo developed.
     Result<Bitmap> developed(const std::filesystem::path& photo, const Adjustments& edit,
                              int sidePx, const Cancellation* cancellation) const;
-    // Bytes of memory that `developed` will take, for admission; a guess from the file's header.
-    std::int64_t estimateBytes(const std::filesystem::path& photo) const;
 
 private:
-    Parts parts_;
+    RenderEngine& engine_;
+    const PhotoSession::Parts parts_;
+    PhotoSessionCache& sessions_;
 };
 
 } // namespace kelvaro

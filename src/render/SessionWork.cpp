@@ -1,0 +1,269 @@
+#include "render/SessionWork.h"
+
+#include "base/Require.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace kelvaro {
+
+namespace {
+
+constexpr double kFrameSeconds = 0.03; // what a frame of a gesture may take
+constexpr int kCoarsest = 4;
+constexpr int kHistogramSide = 768; // of the picture that is counted where the view is a part
+
+bool hasOverlay(const ViewRequest& request) {
+    return request.clipping || request.maskOverlay.mask || request.maskOverlay.all;
+}
+
+bool coversPicture(const RenderedView& view) {
+    return view.rect.x <= 0 && view.rect.y <= 0 && view.rect.right() >= view.pictureSize.width &&
+           view.rect.top() >= view.pictureSize.height;
+}
+
+} // namespace
+
+RenderSession::Work::~Work() {
+    close();
+    preparing_->cancel();
+}
+
+void RenderSession::Work::open(const std::filesystem::path& photo, OpenedCallback opened) {
+    KELVARO_REQUIRE(engine_.mainThread().isCurrent());
+    close();
+    const auto open = std::make_shared<Open>();
+    open->photo = photo;
+    front_->opened = std::move(opened);
+    front_->open = open;
+    rendering_.post([this, open] { runOpen(open); });
+}
+
+void RenderSession::Work::close() {
+    if (front_->open) front_->open->cancellation->cancel();
+    if (front_->newest) {
+        front_->newest->cancellation->cancel();
+        front_->newest->refinement->cancel();
+    }
+    front_->open = nullptr;
+    front_->opened = nullptr;
+    front_->newest = nullptr;
+    front_->callbacks.clear();
+    newest_.with([](AskedPointer& newest) { newest = nullptr; });
+    waiting_.with([](AskedPointer& waiting) { waiting = nullptr; });
+}
+
+void RenderSession::Work::render(ViewRequest request, ViewCallback callback) {
+    KELVARO_REQUIRE(engine_.mainThread().isCurrent() && front_->open);
+    if (request.interactive) engine_.work().noteInput();
+    const auto asked = std::make_shared<Asked>();
+    asked->open = front_->open;
+    asked->request = std::move(request);
+    asked->number = ++front_->lastNumber;
+    front_->callbacks[asked->number] = std::move(callback);
+    asked->when = engine_.clock().monotonicSeconds();
+    const AskedPointer before = std::exchange(front_->newest, asked);
+    newest_.with([&](AskedPointer& newest) { newest = asked; });
+    waiting_.with([&](AskedPointer& waiting) { waiting = asked; });
+    // A frame of a gesture is short and worth showing; anything else would only be in the way.
+    if (before) before->refinement->cancel();
+    if (before && !before->request.interactive) {
+        before->cancellation->cancel();
+        front_->callbacks.erase(before->number);
+    }
+    rendering_.post([this] { runRender(); });
+}
+
+void RenderSession::Work::setHistogramCallback(HistogramCallback callback) {
+    wantsHistogram_ = bool(callback);
+    front_->histogram = std::move(callback);
+}
+
+void RenderSession::Work::prepare(std::vector<Neighbour> neighbours) {
+    preparing_->cancel();
+    preparing_ = std::make_shared<Cancellation>();
+    if (neighbours.empty()) return;
+    warmup_.post([this, neighbours = std::move(neighbours), cancellation = preparing_] {
+        runPrepare(neighbours, cancellation);
+    });
+}
+
+void RenderSession::Work::waitUntilIdle() {
+    for (SerialQueue* queue : {&rendering_, &refinement_, &warmup_, &histograms_, &previews_})
+        queue->waitUntilIdle();
+}
+
+Result<std::shared_ptr<PhotoSession>> RenderSession::Work::sessionOf(const OpenPointer& open) {
+    if (auto session = open->session.copy()) return session;
+    auto session = sessions_.session(open->photo);
+    if (session) open->session.with([&](auto& kept) { kept = *session; });
+    return session;
+}
+
+void RenderSession::Work::tellOpened(const OpenPointer& open, Result<PhotoFacts> facts) {
+    if (open->isTold.exchange(true)) return;
+    engine_.mainThread().post([front = std::weak_ptr(front_), open, facts = std::move(facts)] {
+        const auto alive = front.lock();
+        if (!alive || alive->open != open) return;
+        if (const auto opened = std::exchange(alive->opened, nullptr)) opened(facts);
+    });
+}
+
+void RenderSession::Work::runOpen(const OpenPointer& open) {
+    auto session = sessionOf(open);
+    if (!session) return tellOpened(open, fail(std::move(session).error()));
+    // What is known without decoding is told at once; else the first view decodes what it needs,
+    // and the facts come with it.
+    const bool isWaited = waiting_.with(
+        [&](const AskedPointer& waiting) { return waiting && waiting->open == open; });
+    if (isWaited && !(*session)->tellsFactsUndecoded()) return;
+    tellOpened(open, (*session)->facts(open->cancellation.get()));
+}
+
+void RenderSession::Work::runRender() {
+    const AskedPointer asked =
+        waiting_.with([](AskedPointer& waiting) { return std::exchange(waiting, nullptr); });
+    if (!asked) return; // a later request took this one's place, and has been drawn
+    auto session = sessionOf(asked->open);
+    if (!session) return deliver(asked, fail(std::move(session).error()));
+    const RenderWork::Interactive urgent(engine_.work());
+    step(asked, **session);
+    sessions_.trim();
+}
+
+// Draws what can be drawn soon, and leaves the rest to the refinement.
+void RenderSession::Work::step(const AskedPointer& asked, PhotoSession& session) {
+    const Token& photoToken = asked->open->cancellation;
+    PhotoSession::Pass pass;
+    pass.halfIsEnough = !session.isDecodedFor(asked->request, {});
+    if (!session.isDecodedFor(asked->request, pass) && !asked->open->isPreviewed.exchange(true))
+        previews_.post([this, open = asked->open] { runPreview(open); });
+    // Another recipe does not make the decode worthless: only another photo ends it.
+    if (auto loaded = session.load(asked->request, pass, photoToken.get()); !loaded) {
+        tellOpened(asked->open, fail(loaded.error()));
+        return deliver(asked, fail(std::move(loaded).error()));
+    }
+    tellOpened(asked->open, session.facts(photoToken.get()));
+    if (asked->request.interactive) pass.coarseness = coarsenessFor(*asked, session);
+    auto view = timedRender(asked, session, pass, asked->cancellation);
+    const bool isFinal = !view || view->isFinal;
+    deliver(asked, std::move(view));
+    if (!isFinal && isNewest(asked)) refinement_.post([this, asked] { runRefine(asked); });
+}
+
+void RenderSession::Work::runRefine(const AskedPointer& asked) {
+    if (!isNewest(asked)) return;
+    const auto session = asked->open->session.copy();
+    const RenderWork::Interactive urgent(engine_.work());
+    if (auto loaded = session->load(asked->request, {}, asked->open->cancellation.get()); !loaded)
+        return deliver(asked, fail(std::move(loaded).error()));
+    if (isNewest(asked)) deliver(asked, timedRender(asked, *session, {}, asked->refinement));
+    sessions_.trim();
+}
+
+Result<RenderedView> RenderSession::Work::timedRender(const AskedPointer& asked,
+                                                      PhotoSession& session,
+                                                      PhotoSession::Pass pass,
+                                                      const Token& cancellation) {
+    const double begin = engine_.clock().monotonicSeconds();
+    auto view = session.render(asked->request, pass, cancellation.get());
+    if (!view) return view;
+    const double seconds = engine_.clock().monotonicSeconds() - begin;
+    view->frame = engine_.perf().encoded(seconds * 1000, asked->when);
+    const PixelSize size = view->pixels->size;
+    const double pixels = std::max(1.0, double(size.width) * size.height);
+    const double before = secondsPerPixel_;
+    secondsPerPixel_ = before > 0 ? (before + seconds / pixels) / 2 : seconds / pixels;
+    return view;
+}
+
+// As coarse as it must be for the frame to be in time, judged by the frames before.
+int RenderSession::Work::coarsenessFor(const Asked& asked, PhotoSession& session) {
+    const auto facts = session.facts(nullptr);
+    if (!facts) return 1;
+    const PixelRect rect = ViewGeometry::of(asked.request, facts->size).rect;
+    const double seconds = secondsPerPixel_ * double(rect.width) * rect.height;
+    int coarseness = 1;
+    while (coarseness < kCoarsest && seconds > kFrameSeconds * coarseness * coarseness)
+        ++coarseness;
+    return coarseness;
+}
+
+void RenderSession::Work::runPreview(const OpenPointer& open) {
+    const AskedPointer asked = newest_.copy();
+    if (!asked || asked->open != open) return;
+    const auto session = open->session.copy();
+    // Without one, or with a broken one, the photo itself is under way.
+    auto view = session->preview(asked->request, asked->cancellation.get());
+    if (view && *view) deliver(asked, std::move(**view));
+}
+
+void RenderSession::Work::deliver(const AskedPointer& asked, Result<RenderedView> view) {
+    if (!view && view.error().kind == FailureKind::cancelled) return;
+    if (view && wantsHistogram_ && view->stage != ViewStage::preview) countView(asked, *view);
+    engine_.mainThread().post([front = std::weak_ptr(front_), asked, view = std::move(view)] {
+        if (const auto alive = front.lock()) arrive(*alive, asked, view);
+    });
+}
+
+void RenderSession::Work::arrive(Front& front, const AskedPointer& asked,
+                                 const Result<RenderedView>& view) {
+    const auto callback = front.callbacks.find(asked->number);
+    if (asked->open != front.open || callback == front.callbacks.end()) return;
+    const bool isPreview = view && view->stage == ViewStage::preview;
+    if (isPreview && asked->open->isShown) return; // it came too late
+    if (!isPreview) asked->open->isShown = true;
+    // Frames of a gesture that are older than this one need not come any more.
+    front.callbacks.erase(front.callbacks.begin(), callback);
+    ViewCallback(callback->second)(view);
+}
+
+void RenderSession::Work::countView(const AskedPointer& asked, const RenderedView& view) {
+    const bool isWhole = coversPicture(view) && !hasOverlay(asked->request);
+    if (view.stage == ViewStage::coarse && !isWhole) return; // the refinement will be counted
+    counting_.with([&](std::optional<Counting>& next) { next = Counting{asked, view}; });
+    histograms_.post([this] { runHistogram(); });
+}
+
+void RenderSession::Work::runHistogram() {
+    auto next = counting_.with(
+        [](std::optional<Counting>& waiting) { return std::exchange(waiting, std::nullopt); });
+    if (!next) return;
+    const AskedPointer& asked = next->asked;
+    if (!coversPicture(next->view) || hasOverlay(asked->request)) {
+        ViewRequest whole = asked->request;
+        whole.rect.reset();
+        whole.clipping = false;
+        whole.maskOverlay = {};
+        whole.fit = PixelSize{kHistogramSide, kHistogramSide};
+        auto view = asked->open->session.copy()->render(whole, {}, asked->refinement.get());
+        if (!view) return;
+        next->view = std::move(*view);
+    }
+    const Histogram histogram = histogramOf(*next->view.pixels, next->view.space);
+    engine_.mainThread().post([front = std::weak_ptr(front_), open = asked->open, histogram] {
+        const auto alive = front.lock();
+        if (alive && alive->open == open && alive->histogram) alive->histogram(histogram);
+    });
+}
+
+void RenderSession::Work::runPrepare(const std::vector<Neighbour>& neighbours,
+                                     const Token& cancellation) {
+    for (const Neighbour& neighbour : neighbours) {
+        if (cancellation->isCancelled()) return;
+        auto session = sessions_.session(neighbour.photo);
+        if (!session) continue; // it says why when it is opened
+        const auto admission =
+            engine_.work().waitForAdmission((*session)->estimateBytes(), cancellation.get());
+        if (!admission) return;
+        ViewRequest request;
+        request.edit = neighbour.edit;
+        request.fit = neighbour.fit;
+        // A failure is told when the photo is opened.
+        (void)(*session)->prepare(request, cancellation.get()).has_value();
+        sessions_.trim();
+    }
+}
+
+} // namespace kelvaro

@@ -1,0 +1,69 @@
+#include "render/ThumbnailMaker.h"
+
+#include "platform/PhotoKinds.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kelvaro {
+
+namespace {
+
+ViewRequest requestFor(const Adjustments& edit, int sidePx) {
+    ViewRequest request;
+    request.edit = edit;
+    request.fit = PixelSize{sidePx, sidePx};
+    return request;
+}
+
+// The view's pixels as a bitmap of their own.
+Bitmap takenFrom(const RenderedView& view) {
+    const Bitmap& pixels = *view.pixels;
+    Bitmap copy(pixels.size, pixels.channels, pixels.type);
+    std::memcpy(copy.samples.get(), pixels.samples.get(), pixels.bytes());
+    return copy;
+}
+
+} // namespace
+
+bool ThumbnailMaker::isAsShot(const Adjustments& edit) {
+    Adjustments rest = edit;
+    rest.cropLeft = rest.cropRight = rest.cropTop = rest.cropBottom = rest.straighten = 0;
+    return !isEdited(rest);
+}
+
+Result<std::optional<Bitmap>> ThumbnailMaker::quick(const std::filesystem::path& photo,
+                                                    const Adjustments& edit, int sidePx,
+                                                    const Cancellation* cancellation) const {
+    using None = std::optional<Bitmap>;
+    if (!isAsShot(edit)) return None();
+    if (photoKind(photo) != PhotoKind::raw) {
+        auto decoded = developed(photo, edit, sidePx, cancellation);
+        if (!decoded) return fail(std::move(decoded).error());
+        return None(std::move(*decoded));
+    }
+    const PhotoSession session(engine_, parts_, photo, {});
+    auto view = session.preview(requestFor(edit, sidePx), cancellation);
+    if (!view) return fail(std::move(view).error());
+    if (!*view) return None();
+    const PixelSize got = (*view)->pixels->size, wanted = (*view)->pictureSize;
+    if (2 * std::max(got.width, got.height) < std::max(wanted.width, wanted.height)) return None();
+    return None(takenFrom(**view));
+}
+
+Result<Bitmap> ThumbnailMaker::developed(const std::filesystem::path& photo,
+                                         const Adjustments& edit, int sidePx,
+                                         const Cancellation* cancellation) const {
+    const ViewRequest request = requestFor(edit, sidePx);
+    auto session = sessions_.presentAsItIs(photo);
+    if (!session || !session->isDecodedFor(request, {})) {
+        auto made = sessions_.separate(photo);
+        if (!made) return fail(std::move(made).error());
+        session = std::move(*made);
+    }
+    auto view = session->render(request, {}, cancellation);
+    if (!view) return fail(std::move(view).error());
+    return takenFrom(*view);
+}
+
+} // namespace kelvaro
