@@ -12,6 +12,7 @@ enum class FailureKind {
     unreadable,   // it is there, but the system will not let us read it
     unwritable,   // the target cannot be written
     diskFull,     // the device has no room left
+    alreadyThere, // something stands where a new file was to go
     malformed,    // the content is not what its kind demands
     unsupported,  // sound content of a kind that we cannot handle
     tooLarge,     // honest or not, the content claims more than we are willing to hold

@@ -67,6 +67,14 @@ public:
     virtual Result<void> commit() = 0;
 };
 
+struct PendingOptions {
+    // The temporary file's name; one made from the target's where it is empty.
+    std::string temporaryName;
+    // Fails with FailureKind::alreadyThere, in `commit` at the latest, where anything stands under
+    // the target's name. Otherwise whatever is there is replaced.
+    bool mustBeNew = false;
+};
+
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
@@ -93,6 +101,16 @@ public:
     virtual Result<void> createFolder(const std::filesystem::path& folder) = 0;
     // Begins an atomic write of `target`, whose folder must exist.
     virtual Result<std::unique_ptr<PendingFile>> create(const std::filesystem::path& target) = 0;
+    // The same, with a say in how. While it is open, the temporary file is marked as being written.
+    virtual Result<std::unique_ptr<PendingFile>> createWith(const std::filesystem::path& target,
+                                                            const PendingOptions& options) = 0;
+    // Removes a temporary file that a program which ended in the middle has left; true when it did.
+    // One that is still being written, by any process, stays. On a disk that cannot tell, a file
+    // counts as left when it was last written before `before`.
+    virtual Result<bool> removeAbandoned(const std::filesystem::path& temporary,
+                                         FileTime before) = 0;
+    // Like `status`, but of a symbolic link itself, which is Kind::other.
+    virtual Result<FileStatus> linkStatus(const std::filesystem::path& path) = 0;
     // Removes a file and flushes its folder; a missing file is FailureKind::notFound.
     virtual Result<void> remove(const std::filesystem::path& path) = 0;
 };

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kelvaro {
 
@@ -52,11 +53,22 @@ enum class FileFormat { jpeg, heic, tiff, png };
 // "jpg", "jpeg", "heic", "heif", "tif", "tiff", "png", in any case, with or without the dot.
 std::optional<FileFormat> formatOfExtension(const std::string& extension);
 
+// Properties as the formats embed them; empty parts are left out.
+struct EmbeddedMetadata {
+    // A little-endian TIFF structure with its first directory at byte 8, as EXIF 2.32 has it: at
+    // most 65,527 bytes.
+    std::vector<std::byte> exif;
+    std::vector<std::byte> iptc; // IPTC-IIM records
+    std::string xmp;             // the same as `iptc`, for formats that have no place for records
+    bool operator==(const EmbeddedMetadata&) const = default;
+};
+
 struct EncodeSettings {
     FileFormat format = FileFormat::jpeg;
     double quality = 0.9; // 0 … 1, for JPEG and HEIC
     OutputSpace space =
         OutputSpace::sRGB; // tells which profile to embed; the samples are in it already
+    EmbeddedMetadata metadata = {};
 };
 
 class ImageWriter {

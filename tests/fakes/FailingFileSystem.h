@@ -58,10 +58,22 @@ public:
         return real_.createFolder(folder);
     }
     Result<std::unique_ptr<PendingFile>> create(const std::filesystem::path& target) override {
+        return createWith(target, {});
+    }
+    Result<std::unique_ptr<PendingFile>> createWith(const std::filesystem::path& target,
+                                                    const PendingOptions& options) override {
         if (fails()) return fail(planned());
-        auto pending = real_.create(target);
+        auto pending = real_.createWith(target, options);
         if (!pending) return fail(std::move(pending).error());
         return std::unique_ptr<PendingFile>(new Pending(*this, std::move(*pending)));
+    }
+    Result<bool> removeAbandoned(const std::filesystem::path& temporary, FileTime before) override {
+        if (fails()) return fail(planned());
+        return real_.removeAbandoned(temporary, before);
+    }
+    Result<FileStatus> linkStatus(const std::filesystem::path& path) override {
+        if (fails()) return fail(planned());
+        return real_.linkStatus(path);
     }
     Result<void> remove(const std::filesystem::path& path) override {
         if (fails()) return fail(planned());

@@ -96,6 +96,18 @@ heif_error store(heif_context*, const void* bytes, std::size_t count, void* sink
                : heif_error{heif_error_Encoding_error, heif_suberror_Cannot_write_output_data, ""};
 }
 
+bool addMetadata(heif_context* context, const heif_image_handle* picture,
+                 const EmbeddedMetadata& metadata) {
+    const auto& [exif, iptc, xmp] = metadata;
+    if (!exif.empty() &&
+        heif_context_add_exif_metadata(context, picture, exif.data(), int(exif.size())).code !=
+            heif_error_Ok)
+        return false;
+    return xmp.empty() ||
+           heif_context_add_XMP_metadata(context, picture, xmp.data(), int(xmp.size())).code ==
+               heif_error_Ok;
+}
+
 } // namespace
 
 Result<void> encodeHeif(const EncodeJob& job) {
@@ -112,9 +124,13 @@ Result<void> encodeHeif(const EncodeJob& job) {
     {
         const auto image = imageOf(job, *nclx);
         if (!image) return fail(job.outOfMemory());
+        heif_image_handle* raw = nullptr;
         const auto error = heif_context_encode_image(context.get(), image.get(), encoder.get(),
-                                                     options.get(), nullptr);
-        if (error.code != heif_error_Ok) return fail(job.afterLibraryError());
+                                                     options.get(), &raw);
+        const HeifPointer<heif_image_handle> picture(raw);
+        if (error.code != heif_error_Ok ||
+            !addMetadata(context.get(), picture.get(), job.settings.metadata))
+            return fail(job.afterLibraryError());
     }
     if (job.isCancelled()) return fail(job.cancelled());
     heif_writer writer{1, store};

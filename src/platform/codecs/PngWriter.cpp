@@ -1,5 +1,6 @@
 // PNG: the frame through libpng, the pixels through PngBands on all cores.
 #include "platform/codecs/EncodeJob.h"
+#include "platform/codecs/MetadataFrames.h"
 #include "platform/codecs/OutputProfile.h"
 #include "platform/codecs/PngBands.h"
 #include "platform/codecs/PngErrors.h"
@@ -35,11 +36,26 @@ struct PngOutput {
     png_infop info = nullptr;
 };
 
+// Inside a guarded call.
+void addText(PngOutput& output, int compression, const char* key, const std::string& text) {
+    if (text.empty()) return;
+    png_text chunk{};
+    chunk.compression = compression;
+    chunk.key = const_cast<char*>(key); // the library copies both
+    chunk.text = const_cast<char*>(text.c_str());
+    chunk.text_length = text.size();
+    if (compression > 0) chunk.itxt_length = text.size();
+    png_set_text(output.png, output.info, &chunk, 1);
+}
+
 bool writeHead(PngOutput& output) {
     const Bitmap& pixels = output.job.pixels;
     const auto space = output.job.settings.space;
     const auto& profile = outputProfile(space);
-    return guarded(output.errors, [&output, &pixels, &profile, space] {
+    const auto& metadata = output.job.settings.metadata;
+    std::string iptc;
+    if (!metadata.iptc.empty()) iptc = rawProfileText("iptc", photoshopResource(metadata.iptc));
+    return guarded(output.errors, [&output, &pixels, &profile, &metadata, &iptc, space] {
         png_set_write_fn(output.png, &output, PngOutput::write, [](png_structp) {});
         png_set_user_limits(output.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
         png_set_IHDR(output.png, output.info, png_uint_32(pixels.size.width),
@@ -49,6 +65,12 @@ bool writeHead(PngOutput& output) {
         png_set_iCCP(output.png, output.info, outputProfileName(space), PNG_COMPRESSION_TYPE_BASE,
                      reinterpret_cast<png_const_bytep>(profile.data()),
                      png_uint_32(profile.size()));
+        if (!metadata.exif.empty()) // the library reads it only
+            png_set_eXIf_1(
+                output.png, output.info, png_uint_32(metadata.exif.size()),
+                reinterpret_cast<png_bytep>(const_cast<std::byte*>(metadata.exif.data())));
+        addText(output, PNG_TEXT_COMPRESSION_zTXt, "Raw profile type iptc", iptc);
+        addText(output, PNG_ITXT_COMPRESSION_NONE, "XML:com.adobe.xmp", metadata.xmp);
         png_write_info(output.png, output.info);
     });
 }

@@ -2,12 +2,11 @@
 
 #include "platform/metadata/ColourFacts.h"
 #include "platform/metadata/ExifDictionaries.h"
+#include "platform/metadata/ExifLibrary.h"
 #include "platform/metadata/HeaderSize.h"
 #include "platform/metadata/HeifContainer.h"
 
 #include <exiv2/exiv2.hpp>
-
-#include <mutex>
 
 namespace kelvaro {
 
@@ -15,31 +14,6 @@ namespace {
 
 // Files above are no photos; the library maps the file, it does not read it whole.
 constexpr std::uintmax_t kMaximumBytes = std::uintmax_t(4) << 30;
-
-void lockXmp(void* lock, bool isLocking) {
-    auto& mutex = *static_cast<std::recursive_mutex*>(lock);
-    isLocking ? mutex.lock() : mutex.unlock();
-}
-
-void startLibrary() {
-    static std::recursive_mutex xmpLock;
-    static std::once_flag once;
-    std::call_once(once, [] {
-        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
-        Exiv2::XmpParser::initialize(lockXmp, &xmpLock);
-        Exiv2::enableBMFF(true);
-    });
-}
-
-// The same for every thread: parts that fail leave the rest standing.
-template<class F>
-void guarded(F&& part) {
-    try {
-        part();
-    } catch (const std::exception&) {
-    } catch (...) {
-    }
-}
 
 std::optional<long> firstNumber(const Exiv2::ExifData& data, const std::string& key,
                                 long index = 0) {
@@ -166,7 +140,7 @@ void readColourOfImage(const std::filesystem::path& path, PhotoColour& colour) {
 } // namespace
 
 ExifPropertyReader::ExifPropertyReader() {
-    startLibrary();
+    startExifLibrary();
 }
 
 Result<PhotoProperties> ExifPropertyReader::read(const std::filesystem::path& path) {

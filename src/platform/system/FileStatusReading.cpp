@@ -25,11 +25,11 @@ FileStatus::Kind kindOfMode(mode_t mode) {
     return FileStatus::Kind::other;
 }
 
-std::optional<FileStatus> readStatus(int folder, const char* name) {
+std::optional<FileStatus> readStatus(int folder, const char* name, int flags) {
     constexpr unsigned wanted =
         STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_CTIME | STATX_BTIME | STATX_INO;
     struct statx found {};
-    if (::statx(folder, name, AT_NO_AUTOMOUNT, wanted, &found) != 0) return std::nullopt;
+    if (::statx(folder, name, AT_NO_AUTOMOUNT | flags, wanted, &found) != 0) return std::nullopt;
     FileStatus status{kindOfMode(found.stx_mode), static_cast<std::int64_t>(found.stx_size),
                       timeOf(found.stx_mtime)};
     const std::int64_t changed = timeOf(found.stx_ctime).nanoseconds;

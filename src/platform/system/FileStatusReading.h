@@ -8,9 +8,9 @@
 
 namespace kelvaro {
 
-// Of `name` in the open folder `folder` (AT_FDCWD for a path), following links; none with errno
-// set.
-std::optional<FileStatus> readStatus(int folder, const char* name);
+// Of `name` in the open folder `folder` (AT_FDCWD for a path), following links unless the flags, as
+// statx takes them, say otherwise; none with errno set.
+std::optional<FileStatus> readStatus(int folder, const char* name, int flags = 0);
 
 FileStatus::Kind kindOfMode(mode_t mode);
 

@@ -188,7 +188,38 @@ Result<void> PosixFileSystem::createFolder(const fs::path& folder) {
 }
 
 Result<std::unique_ptr<PendingFile>> PosixFileSystem::create(const fs::path& target) {
-    return PosixPendingFile::begin(target);
+    return PosixPendingFile::begin(target, {});
+}
+
+Result<std::unique_ptr<PendingFile>> PosixFileSystem::createWith(const fs::path& target,
+                                                                 const PendingOptions& options) {
+    return PosixPendingFile::begin(target, options);
+}
+
+Result<FileStatus> PosixFileSystem::linkStatus(const fs::path& path) {
+    const auto found = readStatus(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW);
+    if (!found) return fail(systemFailure(FileAction::reading, path, errno));
+    return *found;
+}
+
+Result<bool> PosixFileSystem::removeAbandoned(const fs::path& temporary, FileTime before) {
+    const Descriptor file(uninterrupted([&] {
+        return ::open(temporary.c_str(), O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
+    }));
+    const auto found = file ? readStatus(file.number(), "", AT_EMPTY_PATH) : std::nullopt;
+    if (!found) return fail(systemFailure(FileAction::removing, temporary, errno));
+    if (found->kind != FileStatus::Kind::file) return false;
+    switch (markAsWritten(file)) {
+    case WriterMark::othersHoldIt:
+        return false;
+    case WriterMark::unknown:
+        if (found->modified.nanoseconds >= before.nanoseconds) return false;
+        break;
+    case WriterMark::ours:
+        break;
+    }
+    if (auto removed = remove(temporary); !removed) return fail(std::move(removed).error());
+    return true;
 }
 
 Result<void> PosixFileSystem::remove(const fs::path& path) {

@@ -24,6 +24,10 @@ public:
     Result<void> createFolder(const std::filesystem::path& folder) override;
     // An existing target hands its permissions on; a symbolic link is replaced, not followed.
     Result<std::unique_ptr<PendingFile>> create(const std::filesystem::path& target) override;
+    Result<std::unique_ptr<PendingFile>> createWith(const std::filesystem::path& target,
+                                                    const PendingOptions& options) override;
+    Result<bool> removeAbandoned(const std::filesystem::path& temporary, FileTime before) override;
+    Result<FileStatus> linkStatus(const std::filesystem::path& path) override;
     Result<void> remove(const std::filesystem::path& path) override;
 };
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <limits>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace kelvaro {
@@ -50,18 +51,43 @@ bool flushFolder(const Descriptor& folder) {
            errno == ENOTSUP;
 }
 
-Result<std::unique_ptr<PendingFile>> PosixPendingFile::begin(const std::filesystem::path& target) {
+WriterMark markAsWritten(const Descriptor& file) {
+    if (uninterrupted([&] { return ::flock(file.number(), LOCK_EX | LOCK_NB); }) == 0)
+        return WriterMark::ours;
+    return errno == EWOULDBLOCK ? WriterMark::othersHoldIt : WriterMark::unknown;
+}
+
+bool renameToNew(const Descriptor& folder, const std::string& from, const std::string& to) {
+    const int at = folder.number();
+    if (::renameat2(at, from.c_str(), at, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    // A second name never replaces anything either, where a disk has such names.
+    if (::linkat(at, from.c_str(), at, to.c_str(), 0) == 0)
+        return ::unlinkat(at, from.c_str(), 0) == 0;
+    if (errno == EEXIST) return false;
+    struct stat found {};
+    if (::fstatat(at, to.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return ::renameat(at, from.c_str(), at, to.c_str()) == 0;
+}
+
+Result<std::unique_ptr<PendingFile>> PosixPendingFile::begin(const std::filesystem::path& target,
+                                                             const PendingOptions& options) {
     const auto folderPath = target.has_parent_path() ? target.parent_path() : ".";
     Descriptor folder(uninterrupted(
         [&] { return ::open(folderPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (!folder) return fail(systemFailure(FileAction::writing, target, errno));
-    std::unique_ptr<PosixPendingFile> pending(new PosixPendingFile(target, std::move(folder)));
+    std::unique_ptr<PosixPendingFile> pending(
+        new PosixPendingFile(target, options, std::move(folder)));
     if (auto opened = pending->openTemporary(); !opened) return fail(std::move(opened).error());
     return std::unique_ptr<PendingFile>(std::move(pending));
 }
 
-PosixPendingFile::PosixPendingFile(std::filesystem::path target, Descriptor folder)
-    : target_(std::move(target)), folder_(std::move(folder)) {}
+PosixPendingFile::PosixPendingFile(std::filesystem::path target, PendingOptions options,
+                                   Descriptor folder)
+    : target_(std::move(target)), options_(std::move(options)), folder_(std::move(folder)) {}
 
 PosixPendingFile::~PosixPendingFile() {
     file_.close();
@@ -75,19 +101,18 @@ Result<void> PosixPendingFile::openTemporary() {
     if (name.size() > longest) return failed(ENAMETOOLONG);
 
     struct stat existing {};
-    const bool exists = ::fstatat(folder_.number(), name.c_str(), &existing, 0) == 0;
+    const int flags = options_.mustBeNew ? AT_SYMLINK_NOFOLLOW : 0;
+    const bool exists = ::fstatat(folder_.number(), name.c_str(), &existing, flags) == 0;
+    if (exists && options_.mustBeNew) return failed(EEXIST);
     if (exists && S_ISDIR(existing.st_mode)) return failed(EISDIR);
     const bool keepsPermissions = exists && S_ISREG(existing.st_mode);
     const mode_t permissions = existing.st_mode & permissionBits;
 
     for (int attempt = 0; attempt < attempts && !file_; ++attempt) {
-        const std::string candidate = temporaryName(name, randomSuffix(), longest);
-        file_ = Descriptor(uninterrupted([&] {
-            return ::openat(folder_.number(), candidate.c_str(),
-                            O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                            keepsPermissions ? permissions : 0666);
-        }));
-        if (file_)
+        const std::string candidate = options_.temporaryName.empty()
+                                          ? temporaryName(name, randomSuffix(), longest)
+                                          : options_.temporaryName;
+        if (openMarked(candidate, keepsPermissions ? permissions : 0666))
             temporaryName_ = candidate;
         else if (errno != EEXIST)
             return failed(errno);
@@ -97,6 +122,25 @@ Result<void> PosixPendingFile::openTemporary() {
     // none.
     if (keepsPermissions) static_cast<void>(::fchmod(file_.number(), permissions));
     return {};
+}
+
+// A file that another process took for abandoned, in the moment before it was marked, is on its way
+// out: then another one is made.
+bool PosixPendingFile::openMarked(const std::string& candidate, unsigned permissions) {
+    Descriptor file(uninterrupted([&] {
+        return ::openat(folder_.number(), candidate.c_str(),
+                        O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, permissions);
+    }));
+    if (!file) return false;
+    struct stat found {};
+    const bool isTaken = markAsWritten(file) == WriterMark::othersHoldIt ||
+                         (::fstat(file.number(), &found) == 0 && found.st_nlink == 0);
+    if (isTaken) {
+        errno = EEXIST;
+        return false;
+    }
+    file_ = std::move(file);
+    return true;
 }
 
 // The temporary file goes at once: whoever keeps a failed write around keeps no room on the disk.
@@ -144,14 +188,20 @@ Result<std::size_t> PosixPendingFile::readAt(std::int64_t offset, std::span<std:
 Result<void> PosixPendingFile::commit() {
     if (!file_) return failed(EBADF);
     if (uninterrupted([&] { return ::fsync(file_.number()); }) != 0) return failed(errno);
+    // The duplicate keeps the mark until the file has its name.
+    const Descriptor marked(::fcntl(file_.number(), F_DUPFD_CLOEXEC, 0));
     if (!file_.close()) return failed(errno);
-    const std::string name = target_.filename().string();
-    if (::renameat(folder_.number(), temporaryName_.c_str(), folder_.number(), name.c_str()) != 0) {
-        return failed(errno);
-    }
+    if (!moveIntoPlace()) return failed(errno);
     temporaryName_.clear();
     if (!flushFolder(folder_)) return failed(errno);
     return {};
+}
+
+bool PosixPendingFile::moveIntoPlace() {
+    const std::string name = target_.filename().string();
+    if (options_.mustBeNew) return renameToNew(folder_, temporaryName_, name);
+    return ::renameat(folder_.number(), temporaryName_.c_str(), folder_.number(), name.c_str()) ==
+           0;
 }
 
 } // namespace kelvaro

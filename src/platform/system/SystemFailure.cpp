@@ -30,6 +30,7 @@ FailureKind kindOf(FileAction action, int errorNumber) {
                              (action == FileAction::reading || action == FileAction::removing);
     if (errorNumber == ENOENT || cannotExist) return FailureKind::notFound;
     if (errorNumber == ENOSPC || errorNumber == EDQUOT) return FailureKind::diskFull;
+    if (errorNumber == EEXIST) return FailureKind::alreadyThere;
     if (errorNumber == ENOMEM) return FailureKind::outOfMemory;
     const bool reads = action == FileAction::reading || action == FileAction::listing;
     return reads ? FailureKind::unreadable : FailureKind::unwritable;
@@ -48,6 +49,8 @@ std::string reasonText(FileAction action, int errorNumber) {
         return "the disk is full";
     case EDQUOT:
         return "the disk quota is used up";
+    case EEXIST:
+        return "something of that name is there already";
     case ENAMETOOLONG:
         return "its name is too long";
     case ENOTDIR:
