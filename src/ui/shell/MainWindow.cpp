@@ -194,6 +194,11 @@ void MainWindow::showEvent(QShowEvent* event) {
         QMetaObject::invokeMethod(this, [this] { introduce(); }, Qt::QueuedConnection);
 }
 
+void MainWindow::setScreenProfile(const QColorSpace& profile) {
+    pictures_.setScreenProfile(profile);
+    viewer_->canvas().setScreenProfile(profile);
+}
+
 void MainWindow::introduce() {
     showIntroduction(parts_.appearance, this, [this] { addFolder(); },
                      [this] { parts_.settings.set(settingsKey::introductionSeen, true); });

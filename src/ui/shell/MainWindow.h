@@ -31,7 +31,6 @@ struct WindowParts {
     PhotoSessionCache& sessions;
     ThumbnailLoader& thumbnails;
     Exporter& exporter;
-    PropertyReader& properties;
     SettingsStore& settings;
     const UserFolders& folders;
     Desktop& desktop;
@@ -46,6 +45,8 @@ public:
     explicit MainWindow(WindowParts parts);
     ~MainWindow() override;
 
+    // Pictures are drawn in the screen's colours; an invalid profile stands for sRGB.
+    void setScreenProfile(const QColorSpace& profile);
     CommandActions& commands() const { return *commands_; }
     LibraryPage& libraryPage() const { return *library_; }
     ViewerPage& viewer() const { return *viewer_; }
