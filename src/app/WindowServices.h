@@ -8,6 +8,7 @@
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
+#include "platform/MetadataCopier.h"
 #include "platform/SettingsStore.h"
 
 namespace kelvaro {
@@ -34,6 +35,7 @@ private:
     std::unique_ptr<Trash> trash_;
     std::unique_ptr<FolderWatcher> watcher_;
     std::unique_ptr<DriveTable> drives_;
+    std::unique_ptr<MetadataCopier> metadata_;
     std::unique_ptr<MetaCache> metaCache_;
     std::unique_ptr<RenderServices> render_;
     std::unique_ptr<LibraryStore> library_;

@@ -41,6 +41,11 @@ struct PanelRequest {
     bool json = false;
 };
 
+struct FavoriteRequest {
+    std::vector<std::filesystem::path> photos;
+    bool off = false;
+};
+
 struct ListRequest {
     std::vector<std::filesystem::path> folders;
     std::string query;

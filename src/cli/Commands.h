@@ -11,6 +11,7 @@ namespace kelvaro {
 ExitCode runDevelop(const DevelopRequest& request, Services& services);
 ExitCode runRecipe(const RecipeRequest& request, Services& services);
 ExitCode runInfo(const PanelRequest& request, Services& services);
+ExitCode runFavorite(const FavoriteRequest& request, Services& services);
 ExitCode runList(const ListRequest& request, Services& services);
 
 // The edit that lies beside a photo; the unedited record when there is none. Failures name the

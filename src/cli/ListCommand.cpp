@@ -1,78 +1,17 @@
 #include "cli/Commands.h"
+#include "cli/FolderTable.h"
 #include "cli/PhotoJson.h"
-
-#include "base/Utf8.h"
-#include "library/FolderScan.h"
-#include "library/PhotoTable.h"
 
 #include <fmt/format.h>
 
 #include <cmath>
-#include <thread>
+#include <span>
 
 namespace kelvaro {
 
 namespace {
 
-namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
-
-// The folders of one command line, read into a table.
-class Listing {
-public:
-    explicit Listing(Services& services)
-        : services_(services),
-          metas_(*services.properties, nullptr, *services.calendar),
-          table(*services.texts, *services.calendar) {}
-
-    Result<void> add(const fs::path& folder);
-
-private:
-    void addMarks(const ScanResult& scan);
-
-    Services& services_;
-    MetaReader metas_;
-    const std::atomic<std::uint64_t> noWrites_{0};
-
-public:
-    PhotoTable table;
-    std::vector<std::string> problems; // one line each
-};
-
-Result<void> Listing::add(const fs::path& folder) {
-    const auto resolved = services_.files->resolved(folder);
-    if (!resolved) return fail(resolved.error());
-    if (table.folder(resolved->string())) return {}; // named twice
-    const FolderScan scanner(
-        {*services_.files, *services_.random, *services_.texts, metas_, nullptr, noWrites_});
-    const ScanResult scan = scanner.run({.folder = resolved->string(), .memory = nullptr});
-    if (scan.isMissing)
-        return fail(FailureKind::unreadable,
-                    fmt::format("The folder “{}” can't be listed.", asUtf8(folder.string())));
-    const FolderPhotos photos = scan.memory->photos;
-    table.setFolder(photos);
-    addMarks(scan);
-    MetaReader::Plan plan;
-    plan.threads = int(std::max(1u, std::thread::hardware_concurrency()));
-    metas_.read(scan.folder, photos->photos(), plan, services_.cancellation,
-                [this](const PhotoMetas& metas) { table.setMeta(metas); });
-    if (services_.cancellation.isCancelled())
-        return fail(FailureKind::cancelled, "The listing was interrupted.");
-    return {};
-}
-
-void Listing::addMarks(const ScanResult& scan) {
-    const auto url = [&](const std::string& name) { return scan.folder + "/" + name; };
-    for (const auto& [name, edit] : scan.edits) {
-        const double seconds = edit->editedAt;
-        table.setEdit(url(name), true,
-                      seconds == 0 ? std::nullopt
-                                   : std::optional(FileTime{std::llround(seconds * 1e9)}));
-    }
-    for (const std::string& name : scan.favorites)
-        table.setFavorite(url(name), true);
-    problems.insert(problems.end(), scan.problems.begin(), scan.problems.end());
-}
 
 Json toJson(const Photo& photo, const PhotoTable& table) {
     Json object{{"path", photo.url},
@@ -134,30 +73,20 @@ EmptyReasons reasonsFor(PhotoTable& table, const ViewRequest& request) {
 } // namespace
 
 ExitCode runList(const ListRequest& request, Services& services) {
-    ExitCode code = ExitCode::done;
-    Listing listing(services);
-    for (const fs::path& folder : request.folders) {
-        const auto added = listing.add(folder);
-        if (added) continue;
-        report(added.error());
-        code = ExitCode::someFailed;
-    }
-    for (const std::string& problem : listing.problems) {
-        report({FailureKind::unreadable, problem});
-        code = ExitCode::someFailed;
-    }
+    FolderTable folders(services);
+    const ExitCode code = folders.addAll(request.folders) ? ExitCode::done : ExitCode::someFailed;
     ViewRequest view{.scope = {request.scope, {}}};
     view.searchText = request.query;
     view.filter = request.filter;
     view.order = request.order;
     view.now = {std::llround(services.clock->wallSeconds()) * 1'000'000'000};
-    const LibraryView found = listing.table.query(view);
+    const LibraryView found = folders.table().query(view);
     if (request.json)
-        printJson(found, listing.table, request.groups);
+        printJson(found, folders.table(), request.groups);
     else
         printText(found, request.groups);
     if (found.photos.empty() && !request.json)
-        fmt::print(stderr, "{}\n", emptyState(view, reasonsFor(listing.table, view)).text);
+        fmt::print(stderr, "{}\n", emptyState(view, reasonsFor(folders.table(), view)).text);
     return code;
 }
 

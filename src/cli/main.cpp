@@ -112,6 +112,20 @@ CLI::App* addInfo(CLI::App& app, PanelRequest& request) {
     return command;
 }
 
+CLI::App* addFavorite(CLI::App& app, FavoriteRequest& request) {
+    CLI::App* command = app.add_subcommand("favorite", "Make photos favorites");
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "photos",
+            [&](const std::vector<std::string>& paths) {
+                request.photos.assign(paths.begin(), paths.end());
+            },
+            "The photos")
+        ->required();
+    command->add_flag("--off", request.off, "Remove them from the favorites instead");
+    return command;
+}
+
 // Values that are set as they are typed.
 template<class T>
 CLI::Option* setOption(CLI::App* command, const std::string& name, std::set<T>& values,
@@ -178,8 +192,10 @@ int run(int argc, char** argv) {
     RecipeRequest recipe;
     PanelRequest info;
     ListRequest list;
+    FavoriteRequest favorite;
     const CLI::App* developCommand = addDevelop(app, develop);
     const CLI::App* recipeCommand = addRecipe(app, recipe);
+    const CLI::App* favoriteCommand = addFavorite(app, favorite);
     const CLI::App* listCommand = addList(app, list);
     addInfo(app, info);
     try {
@@ -193,6 +209,7 @@ int run(int argc, char** argv) {
     Services services = makeServices(interruption);
     if (developCommand->parsed()) return static_cast<int>(runDevelop(develop, services));
     if (recipeCommand->parsed()) return static_cast<int>(runRecipe(recipe, services));
+    if (favoriteCommand->parsed()) return static_cast<int>(runFavorite(favorite, services));
     if (listCommand->parsed()) return static_cast<int>(runList(list, services));
     return static_cast<int>(runInfo(info, services));
 }

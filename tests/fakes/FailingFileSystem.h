@@ -6,6 +6,7 @@
 #include "platform/FileSystem.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 
 namespace kelvaro {
@@ -75,7 +76,10 @@ public:
         if (fails()) return fail(planned());
         return real_.linkStatus(path);
     }
+    // Files of this name stay. Before the calls begin.
+    void refuseRemoval(std::string name) { kept_ = std::move(name); }
     Result<void> remove(const std::filesystem::path& path) override {
+        if (path.filename() == kept_) return fail(FailureKind::unwritable, "It stays.");
         if (fails()) return fail(planned());
         return real_.remove(path);
     }
@@ -113,15 +117,16 @@ private:
 
     bool fails() {
         const bool now = ++calls_ == plan_.failAtCall;
-        failed_ = failed_ || now;
+        if (now) failed_ = true;
         return now;
     }
     Failure planned() const { return {plan_.kind, "This call was planned to fail."}; }
 
     FileSystem& real_;
     Plan plan_;
-    int calls_ = 0;
-    bool failed_ = false;
+    std::string kept_;
+    std::atomic<int> calls_ = 0;
+    std::atomic<bool> failed_ = false;
 };
 
 } // namespace kelvaro

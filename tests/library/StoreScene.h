@@ -25,7 +25,7 @@ public:
     Result<PhotoProperties> read(const std::filesystem::path&) override {
         return PhotoProperties{};
     }
-    Result<PhotoColour> readColour(const std::filesystem::path&) override { return PhotoColour{}; }
+    PhotoColour readColour(const std::filesystem::path&) override { return {}; }
 };
 
 class StoreScene {
@@ -43,25 +43,24 @@ public:
     ManualDrives drives;
     UserFolders folders{root.path(), root / "pictures", root / "settings", root / "support",
                         root / "caches"};
-    IcuCalendar calendar{"Europe/Berlin"};
-    IcuTextRules texts{"en_GB"};
+    std::unique_ptr<LocalCalendar> calendar = makeIcuCalendar("Europe/Berlin");
+    std::unique_ptr<TextRules> texts = makeIcuTextRules("en_GB");
     std::unique_ptr<LibraryStore> store;
 
     LibraryStore& open() {
         store.reset();
-        store = std::make_unique<LibraryStore>(
-            LibraryServices{.files = files,
-                            .settings = settings,
-                            .folders = folders,
-                            .clock = clock,
-                            .main = main,
-                            .random = random,
-                            .properties = properties,
-                            .texts = texts,
-                            .calendar = calendar,
-                            .trash = trash,
-                            .watcher = &watcher,
-                            .drives = &drives});
+        store = std::make_unique<LibraryStore>(LibraryServices{.files = files,
+                                                               .settings = settings,
+                                                               .folders = folders,
+                                                               .clock = clock,
+                                                               .main = main,
+                                                               .random = random,
+                                                               .properties = properties,
+                                                               .texts = *texts,
+                                                               .calendar = *calendar,
+                                                               .trash = trash,
+                                                               .watcher = &watcher,
+                                                               .drives = &drives});
         settle();
         return *store;
     }
