@@ -21,7 +21,7 @@ pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-i18n icu-uc)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Svg Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Svg Test Widgets)
 
 if(KELVARO_TESTS)
     find_package(GTest REQUIRED)
