@@ -1,5 +1,6 @@
 #include "ui/controls/Overlay.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QEvent>
 #include <QKeyEvent>
@@ -103,7 +104,13 @@ void Overlay::mousePressEvent(QMouseEvent* event) {
 }
 
 void Overlay::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape) dismiss();
+    const bool enters = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (event->key() == Qt::Key_Escape) {
+        dismiss();
+    } else if (auto* button = qobject_cast<QAbstractButton*>(QApplication::focusWidget());
+               enters && button) {
+        button->click();
+    }
     event->accept(); // nothing below the layer hears the keyboard
 }
 

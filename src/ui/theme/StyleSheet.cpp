@@ -80,6 +80,22 @@ QScrollBar::handle:horizontal { min-width: 32px; }
 QScrollBar::handle:hover { background: @scrollHover; }
 QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
 QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
+QSlider { min-height: 22px; background: transparent; }
+QSlider::groove:horizontal { height: 2px; background: @scroll; border-radius: 1px; }
+QSlider::sub-page:horizontal { background: @knob; border-radius: 1px; }
+QSlider::handle:horizontal { width: 12px; height: 12px; margin: -5px 0; border-radius: 6px;
+    background: @knob; }
+QSlider::handle:horizontal:hover { background: @text; }
+QSlider::handle:horizontal:focus { background: @accent; }
+QSlider::sub-page:horizontal:focus { background: @accent; }
+QSlider::handle:horizontal:disabled, QSlider::sub-page:horizontal:disabled { background: @disabled; }
+QCheckBox { spacing: 8px; color: @text; padding: 2px 0; }
+QCheckBox::indicator { width: 14px; height: 14px; border: 1px solid @scrollHover; border-radius: 4px;
+    background: @control; }
+QCheckBox::indicator:hover { border-color: @secondary; }
+QCheckBox::indicator:focus { border-color: @accent; }
+QCheckBox::indicator:checked { background: @primary; border-color: @primary;
+    image: url(:/kelvaro/check.svg); }
 QSplitter::handle { background: @line; }
 QProgressBar { background: @line; border: none; border-radius: 2px; max-height: 4px; min-height: 4px; }
 QProgressBar::chunk { background: @accent; border-radius: 2px; }
@@ -104,6 +120,7 @@ QString styleSheetOf(const Theme& theme) {
         {"@primaryHover", theme.primary.lighter(theme.dark ? 104 : 106).name()},
         {"@primary", theme.primary.name()},
         {"@onPrimary", theme.onPrimary.name()},
+        {"@knob", faint(0.72)},
         {"@scrollHover", faint(0.42)},
         {"@scroll", faint(0.24)},
         {"@secondary", theme.secondary.name()},

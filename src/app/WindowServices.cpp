@@ -1,0 +1,64 @@
+#include "app/WindowServices.h"
+
+#include "platform/cache/SqliteMetaCache.h"
+#include "platform/metadata/ExifMetadataCopier.h"
+#include "platform/system/CrashReporter.h"
+#include "platform/system/FreedesktopDesktop.h"
+#include "platform/system/FreedesktopTrash.h"
+#include "platform/system/InotifyWatcher.h"
+#include "platform/system/MountTable.h"
+#include "platform/system/UserEnvironment.h"
+
+namespace kelvaro {
+
+WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
+                               const Cancellation& cancellation)
+    : services_(makeServices(cancellation)),
+      folders_(userFolders(processEnvironment())),
+      settings_(openSettings(*services_.files, processEnvironment())),
+      desktop_(makeDesktop()),
+      trash_(std::make_unique<FreedesktopTrash>(folders_.home / ".local/share/Trash",
+                                                *services_.clock, *services_.calendar)),
+      watcher_(std::make_unique<InotifyWatcher>()),
+      drives_(std::make_unique<MountTable>()),
+      metadata_(std::make_unique<ExifMetadataCopier>()),
+      metaCache_(std::make_unique<SqliteMetaCache>(folders_.caches / "metadata.sqlite")) {
+    render_ = std::make_unique<RenderServices>(
+        services_, *services_.clock, main, folders_,
+        RenderLogs{options.logsRenderTimes, options.logsThumbnailTimes});
+    library_ = std::make_unique<LibraryStore>(LibraryServices{.files = *services_.files,
+                                                              .settings = *settings_,
+                                                              .folders = folders_,
+                                                              .clock = *services_.clock,
+                                                              .main = main,
+                                                              .random = *services_.random,
+                                                              .properties = *services_.properties,
+                                                              .texts = *services_.texts,
+                                                              .calendar = *services_.calendar,
+                                                              .trash = *trash_,
+                                                              .watcher = watcher_.get(),
+                                                              .drives = drives_.get(),
+                                                              .metaCache = metaCache_.get()});
+    RenderEngine& engine = render_->engine();
+    exporter_ = std::make_unique<Exporter>(
+        ExportParts{.files = *services_.files,
+                    .random = *services_.random,
+                    .reader = *services_.reader,
+                    .writer = *services_.writer,
+                    .raw = *services_.raw,
+                    .properties = *services_.properties,
+                    .metadata = *metadata_,
+                    .renderer = engine.exportRenderer(),
+                    .brushes = *services_.brushes,
+                    .work = engine.work(),
+                    .clock = *services_.clock},
+        main);
+}
+
+WindowServices::~WindowServices() = default;
+
+void reportCrashes(const UserFolders& folders, const std::string& version) {
+    reportCrashesTo(folders.support / "crash-reports", "Kelvaro " + version);
+}
+
+} // namespace kelvaro

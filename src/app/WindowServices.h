@@ -1,0 +1,48 @@
+// Everything below the window, put together once at start-up on the main thread and ended there: the
+// platform's objects, the renderer, the library and the exporter.
+#pragma once
+
+#include "app/LaunchOptions.h"
+#include "app/RenderServices.h"
+#include "app/Services.h"
+#include "export/Exporter.h"
+#include "library/LibraryStore.h"
+#include "platform/Desktop.h"
+#include "platform/MetadataCopier.h"
+#include "platform/SettingsStore.h"
+
+namespace kelvaro {
+
+class WindowServices {
+public:
+    // All must outlive the object.
+    WindowServices(MainThread& main, const LaunchOptions& options, const Cancellation& cancellation);
+    ~WindowServices();
+
+    Services& services() { return services_; }
+    RenderServices& render() { return *render_; }
+    LibraryStore& library() { return *library_; }
+    Exporter& exporter() { return *exporter_; }
+    SettingsStore& settings() { return *settings_; }
+    const UserFolders& folders() const { return folders_; }
+    Desktop& desktop() { return *desktop_; }
+
+private:
+    Services services_;
+    UserFolders folders_;
+    std::unique_ptr<SettingsStore> settings_;
+    std::unique_ptr<Desktop> desktop_;
+    std::unique_ptr<Trash> trash_;
+    std::unique_ptr<FolderWatcher> watcher_;
+    std::unique_ptr<DriveTable> drives_;
+    std::unique_ptr<MetadataCopier> metadata_;
+    std::unique_ptr<MetaCache> metaCache_;
+    std::unique_ptr<RenderServices> render_;
+    std::unique_ptr<LibraryStore> library_;
+    std::unique_ptr<Exporter> exporter_;
+};
+
+// From now on a fault leaves a report in the folder that the help menu opens.
+void reportCrashes(const UserFolders& folders, const std::string& version);
+
+} // namespace kelvaro

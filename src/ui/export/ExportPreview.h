@@ -1,0 +1,37 @@
+// The first photo of an export as it will come out: with its border and date imprint, on the canvas
+// colour.
+#pragma once
+
+#include "export/ExportSettings.h"
+#include "ui/theme/Appearance.h"
+
+#include <QImage>
+#include <QWidget>
+
+#include <chrono>
+
+namespace kelvaro {
+
+class ExportPreview final : public QWidget {
+public:
+    explicit ExportPreview(const Appearance& appearance, QWidget* parent = nullptr);
+
+    void setPhoto(const QImage& photo);
+    void setDay(std::chrono::year_month_day day);
+    void show(const ExportSettings& settings);
+    using QWidget::show;
+    QSize sizeHint() const override { return {280, 280}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QImage stamped(const QImage& photo) const;
+
+    const Appearance& appearance_;
+    QImage photo_;
+    std::chrono::year_month_day day_{};
+    ExportSettings settings_;
+};
+
+} // namespace kelvaro

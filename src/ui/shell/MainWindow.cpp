@@ -1,0 +1,227 @@
+#include "ui/shell/MainWindow.h"
+
+#include "app/SettingsKeys.h"
+#include "ui/Texts.h"
+#include "ui/shell/ProgramIcon.h"
+#include "ui/shell/Sheets.h"
+#include "ui/shell/SheetPrompts.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QScreen>
+
+namespace kelvaro {
+namespace {
+
+constexpr QSize firstSize(1280, 800);
+constexpr int noticeBottomPx = 24;
+
+unsigned circumstancesOf(const CommandState& state, const EditorTools& tools) {
+    using namespace circumstance;
+    unsigned now = state.isEditing ? editor : library;
+    const auto add = [&now](bool holds, unsigned bit) { now |= holds ? bit : 0; };
+    add(state.hasTarget(), photo);
+    add(state.isEditing || state.selectedCount == 1, onePhoto);
+    add(state.hasClipboard || tools.hasClipboard, copiedRecipe);
+    add(state.selectionIsEdited, editedPhoto);
+    add(state.hasVisiblePhotos, visiblePhotos);
+    return now;
+}
+
+} // namespace
+
+MainWindow::MainWindow(WindowParts parts)
+    : parts_(std::move(parts)), pictures_(parts_.appearance, parts_.thumbnails),
+      commands_(new CommandActions(this)), pages_(new QStackedWidget(this)),
+      notice_(new Pill(parts_.appearance, "noticePill", this, noticeBottomPx)),
+      indexing_(new Pill(parts_.appearance, "indexingPill", this, noticeBottomPx)) {
+    setObjectName("window");
+    setWindowTitle("Kelvaro");
+    setWindowIcon(programIcon());
+    setMinimumSize(720, 480);
+    if (!parts_.prompts) parts_.prompts = std::make_unique<SheetPrompts>(parts_.appearance, this);
+    setCentralWidget(pages_);
+    applyAppearance();
+    makePages();
+    commands_->fill(menuBar());
+    bindFileCommands();
+    bindEditCommands();
+    bindViewCommands();
+    bindHelpCommands();
+    observeStore();
+    qApp->installEventFilter(this);
+    restoreGeometryKept();
+}
+
+MainWindow::~MainWindow() {
+    qApp->removeEventFilter(this);
+    subscriptions_.clear();
+}
+
+void MainWindow::makePages() {
+    library_ = new LibraryPage(parts_.appearance, parts_.library, pictures_, *commands_, this);
+    viewer_ = new ViewerPage(parts_.appearance, parts_.library, parts_.engine, parts_.sessions,
+                             parts_.thumbnails, *commands_, this);
+    pages_->addWidget(library_);
+    pages_->addWidget(viewer_);
+    const auto rows = [this](const PhotoInfo& info) {
+        return infoRows(info, parts_.texts, parts_.calendar);
+    };
+    libraryInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, library_);
+    viewerInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, viewer_);
+    library_->setSidePanel(libraryInfo_);
+    viewer_->setSidePanel(viewerInfo_);
+    library_->onAddFolder = [this] { addFolder(); };
+    library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
+    library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
+    library_->setShowsSidebar(parts_.settings.get<bool>(settingsKey::showsSidebar).value_or(true));
+    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings, this);
+    exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
+    exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this);
+    exportSheet_->onChanged = [this](const ExportSettings& now) { now.save(parts_.settings); };
+    exportSheet_->onExport = [this](const ExportSettings& now) { startExport(now); };
+    exportSheet_->onClosed = [this] {
+        previewTicket_ = {};
+        parts_.library.endExportRequest();
+    };
+}
+
+// --- State ---
+
+void MainWindow::observeStore() {
+    LibraryStore& lib = parts_.library;
+    const auto watch = [this](const auto& subject, auto show) {
+        subscriptions_.push_back(subject.observe(show));
+        show();
+    };
+    watch(lib.rootState(), [this] { showRoot(); });
+    watch(lib.commandState(), [this] { showCommands(); });
+    watch(lib.editorTools(), [this] { showCommands(); });
+    watch(lib.indexingFolders(), [this] { showIndexing(); });
+    watch(lib.notice(), [this] {
+        if (const auto& notice = parts_.library.notice().get())
+            notice_->showNotice(words(notice->text));
+    });
+    watch(lib.exportRequest(), [this] {
+        if (parts_.library.exportRequest().get()) beginExport();
+    });
+    watch(parts_.exporter.notice(), [this] {
+        const auto& notice = parts_.exporter.notice().get();
+        if (notice.shown) notice_->showNotice(words(notice.text));
+    });
+    parts_.desktop.onPreferencesChanged([this] { applyAppearance(); });
+}
+
+void MainWindow::applyAppearance() {
+    const DesktopPreferences system = parts_.desktop.preferences();
+    const AppearanceMode mode = parts_.library.appearance().get();
+    const bool dark =
+        mode == AppearanceMode::system ? system.prefersDark : mode == AppearanceMode::dark;
+    parts_.appearance.apply(dark, !system.reducesMotion);
+}
+
+void MainWindow::showRoot() {
+    const RootState& state = parts_.library.rootState().state();
+    setWindowTitle(state.windowTitle.empty() ? QString("Kelvaro")
+                                             : fromUtf8(state.windowTitle) + " — Kelvaro");
+    const bool dark = state.appearance == AppearanceMode::dark ||
+                      (state.appearance == AppearanceMode::system &&
+                       parts_.desktop.preferences().prefersDark);
+    if (dark != parts_.appearance.theme().dark) applyAppearance();
+    QWidget* page = state.isEditing ? static_cast<QWidget*>(viewer_) : library_;
+    if (pages_->currentWidget() != page) {
+        pages_->setCurrentWidget(page);
+        state.isEditing ? viewer_->setFocus() : library_->grid().setFocus();
+    }
+    if (!state.errorMessage || *state.errorMessage == shownError_) return;
+    // One at a time: the store keeps the message until it has been read.
+    shownError_ = *state.errorMessage;
+    parts_.prompts->ask({"error", "", shownError_, {"OK"}}, [this](std::size_t) {
+        shownError_.clear();
+        parts_.library.clearError();
+    });
+}
+
+void MainWindow::showCommands() {
+    const CommandState& state = parts_.library.commandState().state();
+    commands_->setCircumstances(circumstancesOf(state, parts_.library.editorTools().state()));
+    const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
+                                            : state.selectionIsAllFavorite;
+    commands_->setOn(CommandId::favorite, isFavorite);
+    commands_->setOn(CommandId::togglePhotoBar, state.showsFilmstrip);
+    commands_->setOn(CommandId::toggleSidebar, library_->showsSidebar());
+}
+
+void MainWindow::showIndexing() {
+    const auto& folders = parts_.library.indexingFolders().get();
+    if (folders.empty()) return indexing_->leave();
+    // A quick look at unchanged folders says nothing.
+    if (parts_.library.photoCount() > 0 && folders.size() < 2) return;
+    indexing_->showProgress(counted(static_cast<qint64>(folders.size()), "Looking through 1 folder…",
+                                    "Looking through %1 folders…"),
+                            std::nullopt);
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    // While a sheet or popover is open its window's commands rest.
+    const bool layers = event->type() == QEvent::Show || event->type() == QEvent::Hide;
+    if (layers && dynamic_cast<Overlay*>(watched)) {
+        bool open = false;
+        for (const QWidget* child : findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+            open = open || (dynamic_cast<const Overlay*>(child) && child->isVisible() &&
+                            (child != watched || event->type() == QEvent::Show));
+        commands_->setSuspended(open);
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+// --- Window ---
+
+void MainWindow::restoreGeometryKept() {
+    resize(firstSize);
+    if (const auto kept = parts_.settings.get<std::string>(settingsKey::windowGeometry))
+        restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*kept)));
+    const QSize room = screen() ? screen()->availableGeometry().size() : size();
+    resize(size().boundedTo(room));
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (introduced_ || parts_.settings.get<bool>(settingsKey::introductionSeen).value_or(false)) return;
+    introduced_ = true;
+    if (parts_.library.folders().get().empty())
+        QMetaObject::invokeMethod(this, [this] { introduce(); }, Qt::QueuedConnection);
+}
+
+void MainWindow::setScreenProfile(const QColorSpace& profile) {
+    pictures_.setScreenProfile(profile);
+    viewer_->canvas().setScreenProfile(profile);
+}
+
+void MainWindow::introduce() {
+    showIntroduction(parts_.appearance, this, [this] { addFolder(); },
+                     [this] { parts_.settings.set(settingsKey::introductionSeen, true); });
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    parts_.settings.set(settingsKey::windowGeometry, saveGeometry().toBase64().toStdString());
+    parts_.library.closeEditor();
+    const auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();
+    if (!alert) {
+        event->accept();
+        QApplication::quit();
+        return;
+    }
+    event->ignore();
+    // The harmless answer stands last.
+    parts_.prompts->ask({"quit", alert->title, alert->text, {alert->confirm, alert->cancel}},
+                        [this](std::size_t answer) {
+                            if (answer != 0) return;
+                            parts_.library.discardUnsaved();
+                            quits_ = true;
+                            close();
+                        });
+}
+
+} // namespace kelvaro

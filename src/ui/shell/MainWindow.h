@@ -1,0 +1,104 @@
+// The window: menu bar, the library and the open photo, notices and questions over them. Puts the
+// views together and gives every command its operation. Main thread.
+#pragma once
+
+#include "export/Exporter.h"
+#include "library/LibraryStore.h"
+#include "platform/Desktop.h"
+#include "render/PhotoSessionCache.h"
+#include "render/RenderEngine.h"
+#include "render/ThumbnailLoader.h"
+#include "ui/export/ExportSheet.h"
+#include "ui/export/ExportStatus.h"
+#include "ui/library/InfoPanel.h"
+#include "ui/library/LibraryPage.h"
+#include "ui/shell/CommandActions.h"
+#include "ui/shell/Pill.h"
+#include "ui/shell/Prompts.h"
+#include "ui/shell/SettingsSheet.h"
+#include "ui/viewer/ViewerPage.h"
+
+#include <QMainWindow>
+#include <QStackedWidget>
+
+namespace kelvaro {
+
+// What the window works with; everything outlives it.
+struct WindowParts {
+    Appearance& appearance;
+    LibraryStore& library;
+    RenderEngine& engine;
+    PhotoSessionCache& sessions;
+    ThumbnailLoader& thumbnails;
+    Exporter& exporter;
+    SettingsStore& settings;
+    const UserFolders& folders;
+    Desktop& desktop;
+    const TextRules& texts;
+    const LocalCalendar& calendar;
+    std::string version;
+    std::unique_ptr<Prompts> prompts = nullptr; // sheets when null
+};
+
+class MainWindow final : public QMainWindow {
+public:
+    explicit MainWindow(WindowParts parts);
+    ~MainWindow() override;
+
+    // Pictures are drawn in the screen's colours; an invalid profile stands for sRGB.
+    void setScreenProfile(const QColorSpace& profile);
+    CommandActions& commands() const { return *commands_; }
+    LibraryPage& libraryPage() const { return *library_; }
+    ViewerPage& viewer() const { return *viewer_; }
+    ExportSheet& exportSheet() const { return *exportSheet_; }
+    SettingsSheet& settingsSheet() const { return *settings_; }
+    QString noticeText() const { return notice_->text(); }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void makePages();
+    void bindFileCommands();
+    void bindEditCommands();
+    void bindViewCommands();
+    void bindHelpCommands();
+    void observeStore();
+    void applyAppearance();
+    void showRoot();
+    void showCommands();
+    void showIndexing();
+    void addFolder();
+    void addGivenFolder(const std::filesystem::path& folder);
+    void moveToTrash();
+    void offerDeletion(const std::vector<PhotoUrl>& refused);
+    void revert();
+    void beginExport();
+    void startExport(const ExportSettings& settings);
+    void toggleInfo();
+    void introduce();
+    void restoreGeometryKept();
+    ProtectedPaths protectedPaths() const;
+    double largestMegapixels(const std::vector<PhotoUrl>& photos) const;
+
+    WindowParts parts_;
+    CellPictures pictures_;
+    CommandActions* commands_;
+    QStackedWidget* pages_;
+    LibraryPage* library_ = nullptr;
+    ViewerPage* viewer_ = nullptr;
+    InfoPanel *libraryInfo_ = nullptr, *viewerInfo_ = nullptr;
+    SettingsSheet* settings_ = nullptr;
+    ExportSheet* exportSheet_ = nullptr;
+    ExportStatus* exportStatus_ = nullptr;
+    Pill *notice_, *indexing_;
+    ThumbnailLoader::Ticket previewTicket_;
+    std::vector<PhotoUrl> exporting_;
+    bool quits_ = false, introduced_ = false;
+    std::string shownError_;
+    std::vector<Subscription> subscriptions_;
+};
+
+} // namespace kelvaro

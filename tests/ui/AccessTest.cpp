@@ -1,0 +1,95 @@
+// Everything that can be used says what it is, can be reached by Tab and is explained.
+#include "app/PlatformWords.h"
+#include "ui/WindowScene.h"
+
+#include <QAbstractButton>
+#include <QAbstractSlider>
+#include <QAbstractSpinBox>
+#include <QComboBox>
+#include <QScrollBar>
+
+namespace kelvaro {
+namespace {
+
+bool isInteractive(const QWidget* widget) {
+    if (qobject_cast<const QScrollBar*>(widget)) return false;
+    // Parts of Qt's own widgets.
+    if (widget->objectName().startsWith("qt_")) return false;
+    return qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QLineEdit*>(widget) ||
+           qobject_cast<const QAbstractSlider*>(widget) || qobject_cast<const QComboBox*>(widget) ||
+           qobject_cast<const QAbstractSpinBox*>(widget) ||
+           dynamic_cast<const GridView*>(widget) || dynamic_cast<const Sidebar*>(widget);
+}
+
+QStringList faults(const QWidget* widget) {
+    QStringList found;
+    if (widget->objectName().isEmpty()) found << "no object name";
+    if (widget->accessibleName().isEmpty()) found << "no accessible name";
+    if (!(widget->focusPolicy() & Qt::TabFocus)) found << "no Tab";
+    if (widget->toolTip().isEmpty() && widget->accessibleDescription().isEmpty()) found << "no help";
+    return found;
+}
+
+QStringList faultsBelow(const QWidget* root) {
+    QStringList lines;
+    for (const QWidget* widget : root->findChildren<QWidget*>()) {
+        // What an outer control is made of is reached through that control.
+        bool isPart = false;
+        for (const QWidget* up = widget->parentWidget(); up && up != root; up = up->parentWidget())
+            isPart = isPart || qobject_cast<const QAbstractSpinBox*>(up) ||
+                     qobject_cast<const QComboBox*>(up);
+        if (isPart || !isInteractive(widget)) continue;
+        const QStringList found = faults(widget);
+        if (!found.isEmpty())
+            lines << QString("%1 '%2': %3").arg(widget->metaObject()->className(),
+                                                widget->objectName(), found.join(", "));
+    }
+    return lines;
+}
+
+class Access : public testing::Test, public WindowScene {};
+
+TEST_F(Access, EveryControlHasNameTabAndHelp) {
+    settings.set("folders", std::vector<std::string>{photos("Trip", 4).string()});
+    open(true);
+    for (const CommandId id : {CommandId::about, CommandId::introduction, CommandId::settings})
+        window->commands().action(id)->trigger();
+    library->selectAll();
+    library->requestInfo(library->view().get()->photos.front()->url);
+    library->requestExport();
+    settle();
+    EXPECT_EQ(faultsBelow(window.get()).join("\n").toStdString(), "");
+}
+
+// Keys of the window must leave a text field its own.
+TEST_F(Access, NoKeyTakesOneFromTextFields) {
+    open();
+    const std::initializer_list<QKeySequence::StandardKey> fieldKeys{
+        QKeySequence::Copy,         QKeySequence::Cut,           QKeySequence::Paste,
+        QKeySequence::MoveToNextChar, QKeySequence::MoveToPreviousChar, QKeySequence::MoveToNextWord,
+        QKeySequence::MoveToStartOfLine, QKeySequence::MoveToEndOfLine, QKeySequence::DeleteEndOfWord,
+        QKeySequence::DeleteStartOfWord, QKeySequence::SelectNextChar, QKeySequence::SelectEndOfLine};
+    for (const QAction* action : window->actions()) {
+        for (const auto standard : fieldKeys) {
+            for (const QKeySequence& key : QKeySequence::keyBindings(standard))
+                EXPECT_NE(action->shortcut(), key) << action->objectName().toStdString();
+        }
+    }
+}
+
+TEST_F(Access, TextHasContrast) {
+    for (const Theme& theme : {Theme::forDark(), Theme::forLight()}) {
+        for (const QColor& ground : {theme.window, theme.panel, theme.control, theme.canvas, theme.cell,
+                                     blended(theme.selectedRow, theme.panel),
+                                     blended(theme.hover, theme.control)}) {
+            for (const QColor& ink : {theme.text, theme.secondary})
+                EXPECT_GE(contrastRatio(ink, ground), 4.5) << ink.name().toStdString() << " on "
+                                                           << ground.name().toStdString();
+        }
+        EXPECT_GE(contrastRatio(theme.onPrimary, theme.primary), 4.5);
+        EXPECT_GE(contrastRatio(theme.warning, theme.panel), 4.5);
+    }
+}
+
+} // namespace
+} // namespace kelvaro

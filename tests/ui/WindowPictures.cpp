@@ -1,0 +1,153 @@
+// Draws the states of the window into PNG files, for people to look at and for the documents:
+//     window_pictures PHOTOS... OUTPUT     folders of photos, then the folder to write into
+// KELVARO_WINDOW_SIZE=1920x1080, KELVARO_LIGHT=1 and QT_SCALE_FACTOR=2 make the other variants.
+#include "ui/WindowScene.h"
+
+#include "ui/shell/Sheets.h"
+
+#include <QDir>
+#include <QPushButton>
+
+#include <cstdio>
+
+namespace kelvaro {
+namespace {
+
+class Pictures : public WindowScene {
+public:
+    Pictures(const QStringList& folders, QString output) : output_(std::move(output)) {
+        QDir().mkpath(output_);
+        std::vector<std::string> paths;
+        for (const QString& folder : folders)
+            paths.push_back(QDir(folder).canonicalPath().toStdString());
+        folders_ = paths;
+        desktop.wanted = {.prefersDark = !qEnvironmentVariableIsSet("KELVARO_LIGHT"),
+                          .reducesMotion = true};
+    }
+
+    void draw() {
+        settings.remove("introductionSeen");
+        openSized();
+        take("first-launch");
+        window.reset();
+        exporter.reset();
+        library.reset();
+        settings.set("introductionSeen", true);
+        std::vector<std::string> all = folders_;
+        all.push_back("/media/me/Card A");
+        settings.set("folders", all);
+        openSized();
+        drawLibrary();
+        drawSheets();
+        drawViewer();
+    }
+
+private:
+    void openSized() {
+        open(true);
+        const QStringList size =
+            qEnvironmentVariable("KELVARO_WINDOW_SIZE", "1280x800").split('x');
+        window->resize(size.at(0).toInt(), size.at(1).toInt());
+        wait();
+    }
+    // Until thumbnails have come and nothing moves.
+    void wait() {
+        settle();
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < 2500)
+            QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+    }
+    void take(const QString& name) {
+        wait();
+        window->grab().save(output_ + "/" + name + ".png");
+        std::printf("%s\n", qPrintable(name));
+    }
+    void drawLibrary() {
+        take("grid");
+        const auto& photos = library->view().get()->photos;
+        library->setFavorite({photos[1]->url, photos[4]->url}, true);
+        Adjustments edit;
+        edit.exposure = 0.4;
+        edit.contrast = 20;
+        library->setAdjustments(photos[2]->url, edit);
+        library->setSelection({photos[1]->url, photos[2]->url, photos[3]->url});
+        library->setThumbSize(280);
+        take("grid-large");
+        library->setThumbSize(80);
+        take("grid-small");
+        library->setThumbSize(160);
+        library->setSelection({photos[0]->url});
+        library->requestInfo(photos[0]->url);
+        take("info");
+        library->requestInfo(std::nullopt);
+        library->setSearchText("raw");
+        take("search");
+        library->setSearchText("submarine");
+        take("search-nothing");
+        library->setSearchText("");
+        QTest::mouseClick(window->libraryPage().toolbar().filterButton(), Qt::LeftButton);
+        take("filter");
+        QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : window.get(),
+                        Qt::Key_Escape);
+        library->setScope({Scope::Kind::folder, "/media/me/Card A"});
+        take("missing-drive");
+        library->setScope({Scope::Kind::all, {}});
+        wait();
+    }
+    void drawSheets() {
+        const auto& photos = library->view().get()->photos;
+        PhotoSet chosen;
+        for (std::size_t at = 0; at < std::min<std::size_t>(12, photos.size()); ++at)
+            chosen.insert(photos[at]->url);
+        library->setSelection(chosen);
+        window->commands().action(CommandId::moveToTrash)->trigger();
+        take("trash-question");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        window->commands().action(CommandId::settings)->trigger();
+        take("settings");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        window->commands().action(CommandId::about)->trigger();
+        take("about");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        ExportSettings wanted = ExportSettings::load(settings, folders);
+        wanted.border = true;
+        wanted.borderPercent = 3;
+        wanted.dateStamp = DateStamp::Style::dayMonthYear;
+        wanted.resize = true;
+        wanted.save(settings);
+        library->requestExport();
+        take("export-sheet");
+        find<QPushButton>("startExport")->click();
+        until([&] { return exporter->state().get().done >= 2 || !exporter->state().get().running; });
+        window->grab().save(output_ + "/export-running.png");
+        until([&] { return !exporter->state().get().running; });
+        take("export-done");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    }
+    void drawViewer() {
+        library->openEditor(PhotoUrl(library->view().get()->photos[2]->url));
+        wait();
+        take("photo");
+    }
+
+    QString output_;
+    std::vector<std::string> folders_;
+};
+
+} // namespace
+} // namespace kelvaro
+
+int main(int argc, char** argv) {
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM") && !qEnvironmentVariableIsSet("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    QStringList arguments = QApplication::arguments().mid(1);
+    if (arguments.size() < 2) {
+        std::fputs("usage: window_pictures PHOTOS... OUTPUT\n", stderr);
+        return 2;
+    }
+    const QString output = arguments.takeLast();
+    kelvaro::Pictures(arguments, output).draw();
+    return 0;
+}
