@@ -108,8 +108,8 @@ void fill(PhotoTable& table, Tools& tools, const std::filesystem::path& cacheFil
     });
 }
 
-ViewRequest request(const char* searchText = "") {
-    ViewRequest request;
+LibraryQuery request(const char* searchText = "") {
+    LibraryQuery request;
     request.searchText = searchText;
     request.now = FileTime{1'760'000'000'000'000'000};
     return request;
@@ -153,7 +153,7 @@ BENCHMARK_CAPTURE(keystroke, unknown, "zzyzx")->Unit(benchmark::kMillisecond);
 
 void sortChange(benchmark::State& state, SortKey from, SortKey to) {
     PhotoTable& table = wholeTable();
-    ViewRequest before = request(), after = request();
+    LibraryQuery before = request(), after = request();
     before.order.key = from;
     after.order.key = to;
     for (auto _ : state) {

@@ -61,9 +61,9 @@ void printText(const LibraryView& view, bool hasGroups) {
     });
 }
 
-EmptyReasons reasonsFor(PhotoTable& table, const ViewRequest& request) {
+EmptyReasons reasonsFor(PhotoTable& table, const LibraryQuery& request) {
     EmptyReasons reasons{.hasFolders = true};
-    ViewRequest all;
+    LibraryQuery all;
     all.scope = request.scope;
     const bool hasAny = !table.query(all).photos.empty();
     reasons.hasEdited = reasons.hasFavorites = hasAny;
@@ -75,7 +75,7 @@ EmptyReasons reasonsFor(PhotoTable& table, const ViewRequest& request) {
 ExitCode runList(const ListRequest& request, Services& services) {
     FolderTable folders(services);
     const ExitCode code = folders.addAll(request.folders) ? ExitCode::done : ExitCode::someFailed;
-    ViewRequest view{.scope = {request.scope, {}}};
+    LibraryQuery view{.scope = {request.scope, {}}};
     view.searchText = request.query;
     view.filter = request.filter;
     view.order = request.order;

@@ -9,8 +9,8 @@ FileTime LibraryStore::Parts::now() const {
     return timeFromSeconds(services.clock.wallSeconds());
 }
 
-ViewRequest LibraryStore::Parts::viewRequest() const {
-    ViewRequest request{.scope = *scope,
+LibraryQuery LibraryStore::Parts::viewRequest() const {
+    LibraryQuery request{.scope = *scope,
                         .searchText = *searchText,
                         .filter = *filter,
                         .order = *sortOrder,

@@ -47,7 +47,7 @@ SortOrder sortOrderFrom(std::string_view storedText) {
     return known ? SortOrder{*known, ascending->get<bool>()} : SortOrder{};
 }
 
-EmptyState emptyState(const ViewRequest& request, const EmptyReasons& reasons) {
+EmptyState emptyState(const LibraryQuery& request, const EmptyReasons& reasons) {
     if (!reasons.hasFolders)
         return {"Add a folder of photos to get started", "Add a folder of photos"};
     const Scope::Kind scope = request.scope.kind;

@@ -61,7 +61,7 @@ struct PhotoGroup {
     bool operator==(const PhotoGroup&) const = default;
 };
 
-struct ViewRequest {
+struct LibraryQuery {
     Scope scope;
     std::string searchText;
     PhotoFilter filter;
@@ -98,7 +98,7 @@ struct EmptyReasons {
     bool isFolderUnavailable = false; // the scope's folder
     bool hasFavorites = false, hasEdited = false;
 };
-EmptyState emptyState(const ViewRequest& request, const EmptyReasons& reasons);
+EmptyState emptyState(const LibraryQuery& request, const EmptyReasons& reasons);
 
 namespace texts {
 inline constexpr std::string_view searchPlaceholder =

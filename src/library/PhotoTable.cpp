@@ -198,7 +198,7 @@ std::string PhotoTable::searchText(std::string_view url) const {
     return text;
 }
 
-PhotoTable::Flags PhotoTable::inScope(const ViewRequest& request) const {
+PhotoTable::Flags PhotoTable::inScope(const LibraryQuery& request) const {
     Flags flags(rows_.size());
     const Scope& scope = request.scope;
     for (const auto& [name, folder] : folders_) {
@@ -271,7 +271,7 @@ std::vector<Row> PhotoTable::ordered(const SortOrder& order) {
 
 // The days in the direction of the order, photos without an edit date last; within a day the order
 // stays.
-void PhotoTable::orderByEditDay(std::vector<Row>& rows, const ViewRequest& request) const {
+void PhotoTable::orderByEditDay(std::vector<Row>& rows, const LibraryQuery& request) const {
     std::vector<std::pair<std::int64_t, Row>> days;
     days.reserve(rows.size());
     constexpr std::int64_t unknown = std::numeric_limits<std::int64_t>::max();
@@ -291,7 +291,7 @@ void PhotoTable::orderByEditDay(std::vector<Row>& rows, const ViewRequest& reque
 }
 
 std::vector<PhotoGroup> PhotoTable::groups(const std::vector<Row>& rows,
-                                           const ViewRequest& request) {
+                                           const LibraryQuery& request) {
     std::vector<PhotoGroup> groups;
     const bool byEdit = request.scope.kind == Scope::Kind::edited;
     std::optional<DayGroups::Period> period;
@@ -322,7 +322,7 @@ void PhotoTable::keepAlive(LibraryView& view, const std::vector<Row>& rows) cons
     }
 }
 
-LibraryView PhotoTable::query(const ViewRequest& request) {
+LibraryView PhotoTable::query(const LibraryQuery& request) {
     Flags flags = inScope(request);
     applyFilter(request.filter, flags);
     applySearch(request.searchText, flags);
@@ -338,7 +338,7 @@ LibraryView PhotoTable::query(const ViewRequest& request) {
     return view;
 }
 
-FilterOptions PhotoTable::filterOptions(const ViewRequest& request) const {
+FilterOptions PhotoTable::filterOptions(const LibraryQuery& request) const {
     const Flags flags = inScope(request);
     Flags cameras(filterTexts_.size()), lenses(filterTexts_.size());
     std::unordered_set<double> focalLengths;

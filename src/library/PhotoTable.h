@@ -49,9 +49,9 @@ public:
     // All words of the photo, folded and joined by single blanks; empty when not in the table.
     std::string searchText(std::string_view url) const;
 
-    LibraryView query(const ViewRequest& request);
+    LibraryView query(const LibraryQuery& request);
     // Of all photos in scope, whatever the search text and the filter.
-    FilterOptions filterOptions(const ViewRequest& request) const;
+    FilterOptions filterOptions(const LibraryQuery& request) const;
 
 private:
     struct RowData {
@@ -79,12 +79,12 @@ private:
     const RowData* data(std::string_view url) const;
     std::int64_t orderKey(const RowData& data, SortKey key) const;
 
-    Flags inScope(const ViewRequest& request) const;
+    Flags inScope(const LibraryQuery& request) const;
     void applyFilter(const PhotoFilter& filter, Flags& flags) const;
     void applySearch(const std::string& searchText, Flags& flags) const;
     std::vector<Row> ordered(const SortOrder& order);
-    void orderByEditDay(std::vector<Row>& rows, const ViewRequest& request) const;
-    std::vector<PhotoGroup> groups(const std::vector<Row>& rows, const ViewRequest& request);
+    void orderByEditDay(std::vector<Row>& rows, const LibraryQuery& request) const;
+    std::vector<PhotoGroup> groups(const std::vector<Row>& rows, const LibraryQuery& request);
     void keepAlive(LibraryView& view, const std::vector<Row>& rows) const;
 
     const TextRules& rules_;

@@ -40,7 +40,7 @@ void ViewQueue::change(Source source, std::function<void(PhotoTable&)> job) {
     });
 }
 
-std::uint64_t ViewQueue::show(ViewRequest request, Selection selection) {
+std::uint64_t ViewQueue::show(LibraryQuery request, Selection selection) {
     const std::uint64_t number = question_.with([&](Question& question) {
         question.request = std::move(request);
         question.selection = std::make_shared<const Selection>(std::move(selection));

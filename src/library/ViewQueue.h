@@ -42,7 +42,7 @@ public:
     void setStreaming(bool streaming) { isStreaming_ = streaming; }
     bool isStreaming() const { return isStreaming_; }
     // Asks another question; returns its number.
-    std::uint64_t show(ViewRequest request, std::unordered_set<PhotoUrl> selection);
+    std::uint64_t show(LibraryQuery request, std::unordered_set<PhotoUrl> selection);
     // Lets go of something large elsewhere than on the main thread.
     template<class T>
     void dispose(T thing) {
@@ -52,7 +52,7 @@ public:
 
 private:
     struct Question {
-        ViewRequest request;
+        LibraryQuery request;
         std::shared_ptr<const std::unordered_set<PhotoUrl>> selection;
         std::uint64_t number = 0;
     };

@@ -50,7 +50,7 @@ struct Library {
         meta.mtime = photo.modified;
         table.setMeta(url, std::make_shared<const PhotoMeta>(std::move(meta)));
     }
-    std::vector<std::string> names(const ViewRequest& request) {
+    std::vector<std::string> names(const LibraryQuery& request) {
         std::vector<std::string> found;
         for (const Photo* photo : table.query(request).photos)
             found.emplace_back(fileNameOf(photo->url));
@@ -58,7 +58,7 @@ struct Library {
     }
     // Whether the only photo "/p/…" of the table is found.
     bool finds(const std::string& query) {
-        ViewRequest request;
+        LibraryQuery request;
         request.searchText = query;
         return !table.query(request).photos.empty();
     }

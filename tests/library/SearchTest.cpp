@@ -141,7 +141,7 @@ TEST(Search, AgreesWithLookingThroughWholeTexts) {
             if (std::all_of(query.tokens().begin(), query.tokens().end(), matches))
                 expected.insert(photo.url);
         }
-        ViewRequest request;
+        LibraryQuery request;
         request.searchText = text;
         for (const Photo* photo : library.table.query(request).photos)
             found.insert(photo->url);

@@ -11,13 +11,13 @@ namespace {
 
 using namespace test;
 
-ViewRequest by(SortKey key, bool ascending = true) {
-    ViewRequest request;
+LibraryQuery by(SortKey key, bool ascending = true) {
+    LibraryQuery request;
     request.order = {key, ascending};
     return request;
 }
 
-std::vector<PhotoGroup> groupsOf(Library& library, const ViewRequest& request) {
+std::vector<PhotoGroup> groupsOf(Library& library, const LibraryQuery& request) {
     return library.table.query(request).groups;
 }
 
@@ -87,10 +87,10 @@ TEST(View, DaysAreThoseOfTheUsersPlace) {
                                                    {1, "Friday, 8 March 2024"},
                                                    {3, "Saturday, 9 March 2024"}}));
     EXPECT_EQ(groupsOf(german, order)[1].title, "Freitag, 8. März 2024");
-    ViewRequest months = order;
+    LibraryQuery months = order;
     months.monthGroups = true;
     EXPECT_EQ(groupsOf(utcLibrary, months), (Groups{{0, "July 1969"}, {1, "March 2024"}}));
-    ViewRequest today = by(SortKey::dateTaken, false);
+    LibraryQuery today = by(SortKey::dateTaken, false);
     today.now = utc(2024, 3, 9, 23);
     EXPECT_EQ(groupsOf(utcLibrary, today),
               (Groups{{0, "Today"}, {1, "Yesterday"}, {3, "Sunday, 20 July 1969"}}));
@@ -124,7 +124,7 @@ TEST(View, EditedPhotosAreGroupedByTheirLatestEdit) {
     library.table.setEdit("/p/b.jpg", true, utc(2024, 5, 1));
     library.table.setEdit("/p/c.jpg", true, utc(2024, 5, 1, 20));
     library.table.setEdit("/p/d.jpg", true, {});
-    ViewRequest request = by(SortKey::dateTaken, false);
+    LibraryQuery request = by(SortKey::dateTaken, false);
     request.scope.kind = Scope::Kind::edited;
     EXPECT_EQ(library.names(request), (Names{"a.jpg", "b.jpg", "c.jpg", "d.jpg"}));
     using Groups = std::vector<PhotoGroup>;
@@ -168,15 +168,15 @@ TEST(View, FiltersJoinWithinAGroupAndAcross) {
          {"a.jpg", "b.jpg", "c.dng", "d.dng", "e.png"}},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) {
-        ViewRequest request = by(SortKey::name);
+        LibraryQuery request = by(SortKey::name);
         request.filter = cases[i].filter;
         EXPECT_EQ(library.names(request), cases[i].expected) << "case " << i;
     }
-    ViewRequest favorites;
+    LibraryQuery favorites;
     favorites.scope.kind = Scope::Kind::favorites;
     library.table.setFavorite("/p/c.dng", true);
     EXPECT_EQ(
-        library.table.filterOptions(ViewRequest()),
+        library.table.filterOptions(LibraryQuery()),
         (FilterOptions{
             {"One", "Two"}, {"Long", "Wide"}, {24, 35, 200}, {PhotoKind::raw, PhotoKind::image}}));
     EXPECT_EQ(library.table.filterOptions(favorites),
@@ -188,7 +188,7 @@ TEST(View, ScopesAndFoldersThatAreAway) {
     library.setFolder("/a", {photoAt("/a/1.jpg")});
     library.setFolder("/a/b", {photoAt("/a/b/2.jpg")});
     library.setFolder("/", {photoAt("/0.jpg")});
-    ViewRequest request = by(SortKey::name);
+    LibraryQuery request = by(SortKey::name);
     request.scope = {Scope::Kind::folder, "/a"};
     EXPECT_EQ(library.names(request), Names{"1.jpg"}); // not of the folder inside
     request.scope = {Scope::Kind::folder, "/"};
@@ -280,7 +280,7 @@ TEST(View, SortOrdersAreStored) {
 }
 
 TEST(View, EmptyGridsSayWhy) {
-    ViewRequest folder, favorites, edited, searched, filtered;
+    LibraryQuery folder, favorites, edited, searched, filtered;
     folder.scope = {Scope::Kind::folder, "/a"};
     favorites.scope.kind = Scope::Kind::favorites;
     edited.scope.kind = Scope::Kind::edited;
@@ -290,7 +290,7 @@ TEST(View, EmptyGridsSayWhy) {
     const EmptyReasons none{}, some{true, false, false, false}, away{true, true, true, true},
         all{true, false, true, true};
     const struct {
-        const ViewRequest& request;
+        const LibraryQuery& request;
         const EmptyReasons& reasons;
         const char *text, *button;
     } cases[] = {
