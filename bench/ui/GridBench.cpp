@@ -60,7 +60,7 @@ double milliseconds(const std::function<void()>& work) {
     return double(clock.nsecsElapsed()) / 1e6;
 }
 
-void measure(int cellPx) {
+void scrollThrough(int cellPx) {
     Appearance appearance;
     appearance.apply(true, false);
     DrawnContent content;
@@ -78,9 +78,10 @@ void measure(int cellPx) {
     }
     std::ranges::sort(times);
     const double all = milliseconds([&] { grid.selectAll(); });
-    std::printf("cells of %3d px: layout %6.2f   frame p50 %5.2f  p99 %5.2f  max %5.2f   select all "
-                "%5.2f ms\n",
-                cellPx, layout, times[frames / 2], times[frames * 99 / 100], times.back(), all);
+    std::printf(
+        "cells of %3d px: layout %6.2f   frame p50 %5.2f  p99 %5.2f  max %5.2f   select all "
+        "%5.2f ms\n",
+        cellPx, layout, times[frames / 2], times[frames * 99 / 100], times.back(), all);
 }
 
 } // namespace
@@ -89,6 +90,6 @@ void measure(int cellPx) {
 int main(int argc, char** argv) {
     const QApplication application(argc, argv);
     for (const int cellPx : {64, 160, 400})
-        kelvaro::measure(cellPx);
+        kelvaro::scrollThrough(cellPx);
     return 0;
 }

@@ -62,7 +62,7 @@ struct Shard {
     std::size_t number = 1, count = 1;
 };
 
-struct ExportRequest {
+struct ExportOrder {
     std::vector<std::filesystem::path> paths; // photos, and folders of photos
     std::filesystem::path folder;
     ExportFormat format = ExportFormat::jpeg;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kLookSeconds = 0.1; // how often the line is renewed and Ctrl-C is looked for
 
-ExportSettings settingsOf(const ExportRequest& request) {
+ExportSettings settingsOf(const ExportOrder& request) {
     ExportSettings settings;
     settings.format = request.format;
     settings.quality = request.quality;
@@ -31,7 +31,7 @@ ExportSettings settingsOf(const ExportRequest& request) {
 
 class Exporting {
 public:
-    Exporting(const ExportRequest& request, Services& services)
+    Exporting(const ExportOrder& request, Services& services)
         : request_(request), services_(services), parts_(services, clock_, loop_) {}
 
     ExitCode run() {
@@ -96,7 +96,7 @@ private:
         return allDone ? ExitCode::done : ExitCode::someFailed;
     }
 
-    const ExportRequest& request_;
+    const ExportOrder& request_;
     Services& services_;
     SystemClock clock_;
     MainLoop loop_;
@@ -110,7 +110,7 @@ private:
 
 } // namespace
 
-ExitCode runExport(const ExportRequest& request, Services& services) {
+ExitCode runExport(const ExportOrder& request, Services& services) {
     return Exporting(request, services).run();
 }
 

@@ -116,7 +116,7 @@ std::string checkShard(const std::string& text) {
     return shard.number >= 1 && shard.number <= shard.count ? "" : "I must lie between 1 and N";
 }
 
-void addExportLook(CLI::App* command, ExportRequest& request) {
+void addExportLook(CLI::App* command, ExportOrder& request) {
     command
         ->add_option_function<std::string>(
             "--format", [&](const std::string& name) { request.format = *exportFormat(name); },
@@ -149,7 +149,7 @@ void addExportLook(CLI::App* command, ExportRequest& request) {
         ->option_text("NAME");
 }
 
-CLI::App* addExport(CLI::App& app, ExportRequest& request) {
+CLI::App* addExport(CLI::App& app, ExportOrder& request) {
     CLI::App* command = app.add_subcommand(
         "export", "Export photos, and the photos of folders, with their recipes into a folder");
     command
@@ -280,7 +280,7 @@ int run(int argc, char** argv) {
     const CLI::App* recipeCommand = addRecipe(app, recipe);
     const CLI::App* favoriteCommand = addFavorite(app, favorite);
     const CLI::App* listCommand = addList(app, list);
-    ExportRequest exports;
+    ExportOrder exports;
     const CLI::App* exportCommand = addExport(app, exports);
     addInfo(app, info);
     try {

@@ -54,7 +54,7 @@ struct LibraryStore::Parts {
     void takeRemoval(const RemovalResult& result);
 
     // --- LibraryShowing.cpp ---
-    LibraryQuery viewRequest() const;
+    LibraryQuery query() const;
     void show();
     void takeView(ViewAnswer answer);
     void showMarks(const FolderUrl& folder, const MergeEffects& effects);

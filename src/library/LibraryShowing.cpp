@@ -9,20 +9,20 @@ FileTime LibraryStore::Parts::now() const {
     return timeFromSeconds(services.clock.wallSeconds());
 }
 
-LibraryQuery LibraryStore::Parts::viewRequest() const {
+LibraryQuery LibraryStore::Parts::query() const {
     LibraryQuery request{.scope = *scope,
-                        .searchText = *searchText,
-                        .filter = *filter,
-                        .order = *sortOrder,
-                        .monthGroups = *thumbSize < monthGroupsBelow,
-                        .now = now(),
-                        .unavailable = {}};
+                         .searchText = *searchText,
+                         .filter = *filter,
+                         .order = *sortOrder,
+                         .monthGroups = *thumbSize < monthGroupsBelow,
+                         .now = now(),
+                         .unavailable = {}};
     request.unavailable.insert(missingFolders->begin(), missingFolders->end());
     return request;
 }
 
 void LibraryStore::Parts::show() {
-    viewQuestion = views.show(viewRequest(), *selection);
+    viewQuestion = views.show(query(), *selection);
 }
 
 void LibraryStore::Parts::takeView(ViewAnswer answer) {

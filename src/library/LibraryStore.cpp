@@ -194,7 +194,7 @@ std::vector<std::string> LibraryStore::readProblems(const FolderUrl& folder) con
 std::optional<EmptyState> LibraryStore::emptyState() const {
     const Parts& p = *parts_;
     if (!p.view.get()->photos.empty() || !p.indexingFolders->empty()) return std::nullopt;
-    return kelvaro::emptyState(p.viewRequest(),
+    return kelvaro::emptyState(p.query(),
                                {.hasFolders = !p.folders->empty(),
                                 .isFolderUnavailable = p.scope->kind == Scope::Kind::folder &&
                                                        p.missingFolders->contains(p.scope->folder),

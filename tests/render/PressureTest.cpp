@@ -14,6 +14,10 @@ struct NoRenderer final : Renderer {
     Result<Raster> renderRaster(const Image&, const PixelRect&, const Cancellation*) override {
         return fail(FailureKind::internal, "Nothing is drawn here.");
     }
+    Result<std::vector<Raster>> renderRasters(const std::vector<Image>&, const PixelRect&,
+                                              const Cancellation*) override {
+        return fail(FailureKind::internal, "Nothing is drawn here.");
+    }
     Result<Bitmap> renderBitmap(const Image&, const PixelRect&, const BitmapFormat&,
                                 const Cancellation*) override {
         return fail(FailureKind::internal, "Nothing is drawn here.");

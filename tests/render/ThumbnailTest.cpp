@@ -1,6 +1,7 @@
 #include "render/ThumbnailLoader.h"
 
 #include "fakes/FailingFileSystem.h"
+#include "fakes/ForwardingFileSystem.h"
 #include "render/RenderStage.h"
 
 #include <future>
@@ -185,35 +186,18 @@ TEST(Thumbnails, SayWhyThereIsNone) {
 }
 
 // Stops at the first look at a file called "plug", until it is let go.
-class PluggedFileSystem final : public FileSystem {
+class PluggedFileSystem final : public ForwardingFileSystem {
 public:
-    explicit PluggedFileSystem(FileSystem& real) : real_(real) {}
+    using ForwardingFileSystem::ForwardingFileSystem;
     Result<FileStatus> status(const std::filesystem::path& path) override {
         if (path.filename() == "plug.jpg") {
             reached.set_value();
             open.get_future().wait();
         }
-        return real_.status(path);
+        return ForwardingFileSystem::status(path);
     }
-    Result<std::vector<FolderEntry>> list(const std::filesystem::path& folder) override {
-        return real_.list(folder);
-    }
-    Result<std::vector<std::byte>> read(const std::filesystem::path& path,
-                                        std::int64_t limit) override {
-        return real_.read(path, limit);
-    }
-    Result<void> createFolder(const std::filesystem::path& folder) override {
-        return real_.createFolder(folder);
-    }
-    Result<std::unique_ptr<PendingFile>> create(const std::filesystem::path& target) override {
-        return real_.create(target);
-    }
-    Result<void> remove(const std::filesystem::path& path) override { return real_.remove(path); }
 
     std::promise<void> reached, open;
-
-private:
-    FileSystem& real_;
 };
 
 TEST(Thumbnails, OnScreenFirstThenNewestAndDroppedOnesNever) {

@@ -8,6 +8,7 @@
 #include <QColorSpace>
 #include <QImage>
 #include <QTimer>
+#include <QWidget>
 
 #include <functional>
 
