@@ -10,8 +10,8 @@ namespace {
 
 using namespace circumstance;
 
-// In the order of the menus. Columns: id, name, menu, title, title when on, help, help when on, key,
-// needs, whether a line follows, whether it acts while held.
+// In the order of the menus. Columns: id, name, menu, title, title when on, help, help when on,
+// key, needs, whether a line follows, whether it acts while held.
 constexpr std::array table{
     Command{CommandId::addFolder, "addFolder", Menu::file, "Add Folder…", "",
             "Add a folder of photos; originals are never changed", "", "⌘O", 0, true},
@@ -23,8 +23,8 @@ constexpr std::array table{
             "Look for new and changed photos in every folder (F5)", "", "F5", library, true},
     Command{CommandId::moveToTrash, "moveToTrash", Menu::file, "Move to Trash…", "",
             "Move the selected photos to the Trash (Delete)", "", "Delete", library | photo, true},
-    Command{CommandId::settings, "settings", Menu::file, "Settings…", "", "Settings (⌘,)", "",
-            "⌘,", 0},
+    Command{CommandId::settings, "settings", Menu::file, "Settings…", "", "Settings (⌘,)", "", "⌘,",
+            0},
     Command{CommandId::quit, "quit", Menu::file, "Quit", "", "Quit Kelvaro (⌘Q)", "", "⌘Q", 0},
 
     Command{CommandId::undo, "undo", Menu::edit, "Undo", "", "Undo (⌘Z)", "", "⌘Z",

@@ -40,19 +40,18 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                               .drives = drives_.get(),
                                                               .metaCache = metaCache_.get()});
     RenderEngine& engine = render_->engine();
-    exporter_ = std::make_unique<Exporter>(
-        ExportParts{.files = *services_.files,
-                    .random = *services_.random,
-                    .reader = *services_.reader,
-                    .writer = *services_.writer,
-                    .raw = *services_.raw,
-                    .properties = *services_.properties,
-                    .metadata = *metadata_,
-                    .renderer = engine.exportRenderer(),
-                    .brushes = *services_.brushes,
-                    .work = engine.work(),
-                    .clock = *services_.clock},
-        main);
+    exporter_ = std::make_unique<Exporter>(ExportParts{.files = *services_.files,
+                                                       .random = *services_.random,
+                                                       .reader = *services_.reader,
+                                                       .writer = *services_.writer,
+                                                       .raw = *services_.raw,
+                                                       .properties = *services_.properties,
+                                                       .metadata = *metadata_,
+                                                       .renderer = engine.exportRenderer(),
+                                                       .brushes = *services_.brushes,
+                                                       .work = engine.work(),
+                                                       .clock = *services_.clock},
+                                           main);
 }
 
 WindowServices::~WindowServices() = default;

@@ -1,5 +1,5 @@
-// Everything below the window, put together once at start-up on the main thread and ended there: the
-// platform's objects, the renderer, the library and the exporter.
+// Everything below the window, put together once at start-up on the main thread and ended there:
+// the platform's objects, the renderer, the library and the exporter.
 #pragma once
 
 #include "app/LaunchOptions.h"
@@ -16,7 +16,8 @@ namespace kelvaro {
 class WindowServices {
 public:
     // All must outlive the object.
-    WindowServices(MainThread& main, const LaunchOptions& options, const Cancellation& cancellation);
+    WindowServices(MainThread& main, const LaunchOptions& options,
+                   const Cancellation& cancellation);
     ~WindowServices();
 
     Services& services() { return services_; }

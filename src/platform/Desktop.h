@@ -12,7 +12,7 @@
 namespace kelvaro {
 
 struct DesktopPreferences {
-    bool prefersDark = true;    // where the system has no opinion, photos look best on dark
+    bool prefersDark = true; // where the system has no opinion, photos look best on dark
     bool reducesMotion = false;
     bool operator==(const DesktopPreferences&) const = default;
 };

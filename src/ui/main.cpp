@@ -1,5 +1,5 @@
-// The program with the window: reads what the environment asks, puts the services together, shows the
-// library.
+// The program with the window: reads what the environment asks, puts the services together, shows
+// the library.
 #include "app/LaunchOptions.h"
 #include "app/WindowServices.h"
 #include "ui/Texts.h"

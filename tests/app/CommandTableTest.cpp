@@ -37,7 +37,8 @@ TEST(CommandTable, HelpTextsNameTheKeyThatWorks) {
         {CommandId::pasteAdjustments, "⇧⌘V", "Paste Adjustments (⇧⌘V)", ""},
         {CommandId::toggleSidebar, "⌃⌘S", "Show or hide the sidebar (⌃⌘S)", ""},
         {CommandId::find, "⌘F",
-         "Search names and photo info: camera, lens, 35mm, f/1.8, iso 400, 1/250, 2024, March… (⌘F)",
+         "Search names and photo info: camera, lens, 35mm, f/1.8, iso 400, 1/250, 2024, March… "
+         "(⌘F)",
          ""},
         {CommandId::profile, "⇧⌘P", "Your profile (⇧⌘P)", ""},
         {CommandId::togglePhotoBar, "⇧⌘F", "Show Photo Bar (⇧⌘F)", "Hide Photo Bar (⇧⌘F)"},

@@ -32,7 +32,8 @@ TEST_F(FavoritesFileTest, ChangesMergeWithWhatIsThere) {
 
 TEST_F(FavoritesFileTest, TheLastOneTakesTheFileAlong) {
     EXPECT_TRUE(favorites.change(folder.path(), {{"a.jpg", false}}));
-    EXPECT_FALSE(std::filesystem::exists(folder / ".tarnwell")) << "nothing to remove, nothing made";
+    EXPECT_FALSE(std::filesystem::exists(folder / ".tarnwell"))
+        << "nothing to remove, nothing made";
     EXPECT_TRUE(favorites.change(folder.path(), {{"a.jpg", true}}));
     EXPECT_TRUE(std::filesystem::exists(file));
     EXPECT_TRUE(favorites.change(folder.path(), {{"a.jpg", false}}));

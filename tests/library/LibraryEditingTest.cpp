@@ -43,7 +43,8 @@ TEST_F(LibraryEditingTest, AnEditTakesEffectAtOnceAndIsWrittenSoon) {
     store.setAdjustments(one, bright);
     EXPECT_EQ(*store.edit(one), bright);
     EXPECT_GT(*store.version(), version);
-    EXPECT_EQ(store.editDate(one)->nanoseconds, timeFromSeconds(scene.clock.wallSeconds()).nanoseconds);
+    EXPECT_EQ(store.editDate(one)->nanoseconds,
+              timeFromSeconds(scene.clock.wallSeconds()).nanoseconds);
     scene.settle();
     EXPECT_EQ(onDisk(one)->adjustments, bright);
     store.setAdjustments(one, {});

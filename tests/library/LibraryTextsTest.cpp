@@ -1,6 +1,6 @@
 // The words of alerts, as people read them.
-#include "library/ByteText.h"
 #include "library/LibraryTexts.h"
+#include "library/ByteText.h"
 
 #include <gtest/gtest.h>
 

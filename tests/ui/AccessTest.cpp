@@ -17,8 +17,8 @@ bool isInteractive(const QWidget* widget) {
     if (widget->objectName().startsWith("qt_")) return false;
     return qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QLineEdit*>(widget) ||
            qobject_cast<const QAbstractSlider*>(widget) || qobject_cast<const QComboBox*>(widget) ||
-           qobject_cast<const QAbstractSpinBox*>(widget) ||
-           dynamic_cast<const GridView*>(widget) || dynamic_cast<const Sidebar*>(widget);
+           qobject_cast<const QAbstractSpinBox*>(widget) || dynamic_cast<const GridView*>(widget) ||
+           dynamic_cast<const Sidebar*>(widget);
 }
 
 QStringList faults(const QWidget* widget) {
@@ -26,7 +26,8 @@ QStringList faults(const QWidget* widget) {
     if (widget->objectName().isEmpty()) found << "no object name";
     if (widget->accessibleName().isEmpty()) found << "no accessible name";
     if (!(widget->focusPolicy() & Qt::TabFocus)) found << "no Tab";
-    if (widget->toolTip().isEmpty() && widget->accessibleDescription().isEmpty()) found << "no help";
+    if (widget->toolTip().isEmpty() && widget->accessibleDescription().isEmpty())
+        found << "no help";
     return found;
 }
 
@@ -41,8 +42,9 @@ QStringList faultsBelow(const QWidget* root) {
         if (isPart || !isInteractive(widget)) continue;
         const QStringList found = faults(widget);
         if (!found.isEmpty())
-            lines << QString("%1 '%2': %3").arg(widget->metaObject()->className(),
-                                                widget->objectName(), found.join(", "));
+            lines << QString("%1 '%2': %3")
+                         .arg(widget->metaObject()->className(), widget->objectName(),
+                              found.join(", "));
     }
     return lines;
 }
@@ -65,10 +67,18 @@ TEST_F(Access, EveryControlHasNameTabAndHelp) {
 TEST_F(Access, NoKeyTakesOneFromTextFields) {
     open();
     const std::initializer_list<QKeySequence::StandardKey> fieldKeys{
-        QKeySequence::Copy,         QKeySequence::Cut,           QKeySequence::Paste,
-        QKeySequence::MoveToNextChar, QKeySequence::MoveToPreviousChar, QKeySequence::MoveToNextWord,
-        QKeySequence::MoveToStartOfLine, QKeySequence::MoveToEndOfLine, QKeySequence::DeleteEndOfWord,
-        QKeySequence::DeleteStartOfWord, QKeySequence::SelectNextChar, QKeySequence::SelectEndOfLine};
+        QKeySequence::Copy,
+        QKeySequence::Cut,
+        QKeySequence::Paste,
+        QKeySequence::MoveToNextChar,
+        QKeySequence::MoveToPreviousChar,
+        QKeySequence::MoveToNextWord,
+        QKeySequence::MoveToStartOfLine,
+        QKeySequence::MoveToEndOfLine,
+        QKeySequence::DeleteEndOfWord,
+        QKeySequence::DeleteStartOfWord,
+        QKeySequence::SelectNextChar,
+        QKeySequence::SelectEndOfLine};
     for (const QAction* action : window->actions()) {
         for (const auto standard : fieldKeys) {
             for (const QKeySequence& key : QKeySequence::keyBindings(standard))
@@ -79,12 +89,12 @@ TEST_F(Access, NoKeyTakesOneFromTextFields) {
 
 TEST_F(Access, TextHasContrast) {
     for (const Theme& theme : {Theme::forDark(), Theme::forLight()}) {
-        for (const QColor& ground : {theme.window, theme.panel, theme.control, theme.canvas, theme.cell,
-                                     blended(theme.selectedRow, theme.panel),
-                                     blended(theme.hover, theme.control)}) {
+        for (const QColor& ground :
+             {theme.window, theme.panel, theme.control, theme.canvas, theme.cell,
+              blended(theme.selectedRow, theme.panel), blended(theme.hover, theme.control)}) {
             for (const QColor& ink : {theme.text, theme.secondary})
-                EXPECT_GE(contrastRatio(ink, ground), 4.5) << ink.name().toStdString() << " on "
-                                                           << ground.name().toStdString();
+                EXPECT_GE(contrastRatio(ink, ground), 4.5)
+                    << ink.name().toStdString() << " on " << ground.name().toStdString();
         }
         EXPECT_GE(contrastRatio(theme.onPrimary, theme.primary), 4.5);
         EXPECT_GE(contrastRatio(theme.warning, theme.panel), 4.5);

@@ -14,9 +14,10 @@ TEST(GridSelection, FollowsClicksAsEverywhere) {
         std::vector<int> selected;
     };
     const Click walk[] = {
-        {4, Mode::replace, {4}},       {7, Mode::extend, {4, 5, 6, 7}}, {2, Mode::extend, {2, 3, 4}},
-        {9, Mode::toggle, {2, 3, 4, 9}}, {3, Mode::toggle, {2, 4, 9}},  {1, Mode::replace, {1}},
-        {1, Mode::toggle, {}},           {3, Mode::extend, {1, 2, 3}},
+        {4, Mode::replace, {4}},      {7, Mode::extend, {4, 5, 6, 7}},
+        {2, Mode::extend, {2, 3, 4}}, {9, Mode::toggle, {2, 3, 4, 9}},
+        {3, Mode::toggle, {2, 4, 9}}, {1, Mode::replace, {1}},
+        {1, Mode::toggle, {}},        {3, Mode::extend, {1, 2, 3}},
     };
     GridSelection selection(10);
     for (const Click& click : walk) {

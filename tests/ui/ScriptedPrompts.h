@@ -1,5 +1,5 @@
-// Answers every question with what the test laid ready, and notes what was asked. A question without
-// an answer gets the harmless button.
+// Answers every question with what the test laid ready, and notes what was asked. A question
+// without an answer gets the harmless button.
 #pragma once
 
 #include "ui/shell/Prompts.h"

@@ -26,7 +26,8 @@ protected:
         settle();
     }
     static std::size_t filesIn(const std::filesystem::path& folder) {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+        return static_cast<std::size_t>(
+            std::distance(std::filesystem::directory_iterator(folder), {}));
     }
 };
 
@@ -106,7 +107,8 @@ TEST_F(Walk, MarksFavoritesWithThePointKey) {
     settle();
     library->waitForWrites();
     EXPECT_EQ(library->favoriteCount(), 1u);
-    EXPECT_EQ(window->commands().action(CommandId::favorite)->toolTip(), "Remove from Favorites (.)");
+    EXPECT_EQ(window->commands().action(CommandId::favorite)->toolTip(),
+              "Remove from Favorites (.)");
 }
 
 TEST_F(Walk, ExportsThreePhotosFromTheSheet) {
@@ -191,7 +193,8 @@ TEST_F(Walk, SurvivesAFolderThatVanishesWhileItsPhotosAreSelected) {
     library->rescanAll();
     settle();
     until([&] { return shown() == 0; });
-    EXPECT_EQ(find<QLabel>("emptyText")->text(), "This folder isn't available. Is the drive connected?");
+    EXPECT_EQ(find<QLabel>("emptyText")->text(),
+              "This folder isn't available. Is the drive connected?");
     pressKey(Qt::Key_Delete);
     pressKey(Qt::Key_E, Qt::ControlModifier | Qt::ShiftModifier);
 }

@@ -45,8 +45,7 @@ public:
 private:
     void openSized() {
         open(true);
-        const QStringList size =
-            qEnvironmentVariable("KELVARO_WINDOW_SIZE", "1280x800").split('x');
+        const QStringList size = qEnvironmentVariable("KELVARO_WINDOW_SIZE", "1280x800").split('x');
         window->resize(size.at(0).toInt(), size.at(1).toInt());
         wait();
     }
@@ -119,7 +118,8 @@ private:
         library->requestExport();
         take("export-sheet");
         find<QPushButton>("startExport")->click();
-        until([&] { return exporter->state().get().done >= 2 || !exporter->state().get().running; });
+        until(
+            [&] { return exporter->state().get().done >= 2 || !exporter->state().get().running; });
         window->grab().save(output_ + "/export-running.png");
         until([&] { return !exporter->state().get().running; });
         take("export-done");

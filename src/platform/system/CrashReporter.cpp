@@ -39,10 +39,12 @@ char* putNumber(char* to, long value, int digits) {
 // "20240309-183000-4711.txt" in UTC, without functions that a signal may not call.
 void putFileName(char* to) {
     const long seconds = static_cast<long>(::time(nullptr));
-    // Civil date from days since 1970 (Howard Hinnant, "chrono-Compatible Low-Level Date Algorithms").
+    // Civil date from days since 1970 (Howard Hinnant, "chrono-Compatible Low-Level Date
+    // Algorithms").
     const long days = seconds / 86400 + 719468, rest = seconds % 86400;
     const long era = days / 146097, dayOfEra = days - era * 146097;
-    const long yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const long yearOfEra =
+        (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
     const long dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
     const long shifted = (5 * dayOfYear + 2) / 153;
     const long month = shifted < 10 ? shifted + 3 : shifted - 9;

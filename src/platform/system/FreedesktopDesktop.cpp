@@ -23,8 +23,8 @@ constexpr int portalTimeoutMs = 250; // a portal that is not there must not hold
 QString fileUrl(const std::filesystem::path& path) {
     // Bytes, not text: a name need not be valid UTF-8.
     const std::string& bytes = path.native();
-    QByteArray encoded = QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size()))
-                             .toPercentEncoding("/");
+    QByteArray encoded =
+        QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())).toPercentEncoding("/");
     return "file://" + QString::fromLatin1(encoded);
 }
 
@@ -39,9 +39,9 @@ class FreedesktopDesktop final : public QObject, public Desktop {
     Q_OBJECT
 public:
     FreedesktopDesktop() {
-        QDBusConnection::sessionBus().connect(
-            "", "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings",
-            "SettingChanged", this, SLOT(tellChanged()));
+        QDBusConnection::sessionBus().connect("", "/org/freedesktop/portal/desktop",
+                                              "org.freedesktop.portal.Settings", "SettingChanged",
+                                              this, SLOT(tellChanged()));
     }
     void showFiles(const std::vector<std::filesystem::path>& files) override {
         if (files.empty()) return;
@@ -53,8 +53,8 @@ public:
             "org.freedesktop.FileManager1", "ShowItems");
         call << urls << QString();
         const auto folder = files.front().parent_path();
-        auto* watcher = new QDBusPendingCallWatcher(
-            QDBusConnection::sessionBus().asyncCall(call), this);
+        auto* watcher =
+            new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
         QObject::connect(watcher, &QDBusPendingCallWatcher::finished, this,
                          [this, folder](QDBusPendingCallWatcher* ended) {
                              if (ended->isError()) openFolder(folder);
@@ -76,7 +76,8 @@ public:
     DesktopPreferences preferences() override {
         DesktopPreferences found;
         // 0: no preference, 1: dark, 2: light.
-        found.prefersDark = portalSetting("org.freedesktop.appearance", "color-scheme").toUInt() != 2;
+        found.prefersDark =
+            portalSetting("org.freedesktop.appearance", "color-scheme").toUInt() != 2;
         const QVariant animations =
             portalSetting("org.gnome.desktop.interface", "enable-animations");
         found.reducesMotion = animations.isValid() && !animations.toBool();

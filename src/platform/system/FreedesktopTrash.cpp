@@ -91,8 +91,7 @@ bool makeFolders(const fs::path& trash) {
 
 Result<void> refused(const fs::path& file, int reason) {
     Failure failure = systemFailure(FileAction::removing, file, reason);
-    failure.message =
-        fmt::format("“{}” can't be moved to the Trash.", nameForMessage(file));
+    failure.message = fmt::format("“{}” can't be moved to the Trash.", nameForMessage(file));
     return fail(std::move(failure));
 }
 

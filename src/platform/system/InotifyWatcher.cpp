@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds quiet(200); // a burst has ended
+constexpr milliseconds quiet(200);    // a burst has ended
 constexpr milliseconds longest(2000); // a burst that does not end is told of anyway
 constexpr std::uint32_t changes = IN_CREATE | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM |
                                   IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF;
@@ -79,8 +79,8 @@ void InotifyWatcher::run() {
 void InotifyWatcher::readEvents() {
     alignas(inotify_event) std::array<char, 65536> buffer;
     for (;;) {
-        const auto got = uninterrupted(
-            [&] { return ::read(events_.number(), buffer.data(), buffer.size()); });
+        const auto got =
+            uninterrupted([&] { return ::read(events_.number(), buffer.data(), buffer.size()); });
         if (got <= 0) return;
         std::lock_guard guard(lock_);
         for (std::size_t at = 0; at < static_cast<std::size_t>(got);) {

@@ -1,6 +1,6 @@
 // Settings in one JSON file. Changes are written soon after, in the background: only the keys that
-// were changed, into what the file then has, so that two programs keep each other's settings. A file
-// that can't be understood is set aside before it is replaced.
+// were changed, into what the file then has, so that two programs keep each other's settings. A
+// file that can't be understood is set aside before it is replaced.
 #pragma once
 
 #include "base/Locked.h"

@@ -16,7 +16,8 @@ std::string unescaped(const std::string& text) {
     };
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\\' && isOctal(i + 1) && isOctal(i + 2) && isOctal(i + 3)) {
-            const int value = (text[i + 1] - '0') * 64 + (text[i + 2] - '0') * 8 + text[i + 3] - '0';
+            const int value =
+                (text[i + 1] - '0') * 64 + (text[i + 2] - '0') * 8 + text[i + 3] - '0';
             plain += static_cast<char>(value);
             i += 3;
         } else {
@@ -63,8 +64,7 @@ std::optional<Drive> driveHolding(const std::vector<Drive>& drives, const std::s
     return best ? std::optional(*best) : std::nullopt;
 }
 
-MountTable::MountTable()
-    : table_(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)) {
+MountTable::MountTable() : table_(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)) {
     std::array<int, 2> ends{-1, -1};
     if (::pipe2(ends.data(), O_CLOEXEC) == 0) {
         woken_ = Descriptor(ends[0]);
@@ -85,8 +85,8 @@ void MountTable::read() {
     std::array<char, 16384> buffer;
     ::lseek(table_.number(), 0, SEEK_SET);
     for (;;) {
-        const auto got = uninterrupted(
-            [&] { return ::read(table_.number(), buffer.data(), buffer.size()); });
+        const auto got =
+            uninterrupted([&] { return ::read(table_.number(), buffer.data(), buffer.size()); });
         if (got <= 0) break;
         text.append(buffer.data(), static_cast<std::size_t>(got));
     }
@@ -107,8 +107,7 @@ void MountTable::watch() {
 }
 
 std::optional<Drive> MountTable::driveOf(const std::filesystem::path& path) {
-    return drives_.with(
-        [&](const auto& drives) { return driveHolding(drives, path.string()); });
+    return drives_.with([&](const auto& drives) { return driveHolding(drives, path.string()); });
 }
 
 void MountTable::onChange(std::function<void()> changed) {

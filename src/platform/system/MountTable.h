@@ -34,7 +34,8 @@ private:
 // The mounts in a text of that format; lines that are none are passed over. A mount over another
 // one at the same place comes later.
 std::vector<Drive> drivesIn(std::string_view mountinfo);
-// The one that a path lies on: the longest mount point that the path begins with, the last of equals.
+// The one that a path lies on: the longest mount point that the path begins with, the last of
+// equals.
 std::optional<Drive> driveHolding(const std::vector<Drive>& drives, const std::string& path);
 
 } // namespace kelvaro

@@ -23,7 +23,8 @@ fs::path homeFolder(const Environment& environment) {
 }
 
 // Relative values are to be passed over, as the standard says.
-fs::path baseFolder(const Environment& environment, const char* variable, const fs::path& standard) {
+fs::path baseFolder(const Environment& environment, const char* variable,
+                    const fs::path& standard) {
     const auto value = environment(variable);
     return value && value->starts_with('/') ? fs::path(*value) : standard;
 }

@@ -13,7 +13,8 @@ Choice::Choice(const Appearance& appearance, QWidget* parent)
 void Choice::paintEvent(QPaintEvent* event) {
     QComboBox::paintEvent(event);
     QPainter painter(this);
-    const QColor colour = isEnabled() ? appearance_.theme().secondary : appearance_.theme().disabled;
+    const QColor colour =
+        isEnabled() ? appearance_.theme().secondary : appearance_.theme().disabled;
     painter.drawPixmap(width() - 24, (height() - 16) / 2,
                        iconPixmap(IconName::chevronDown, 16, colour, devicePixelRatioF()));
 }

@@ -36,9 +36,10 @@ void IconButton::paintEvent(QPaintEvent*) {
     option.features &= ~(QStyleOptionToolButton::HasMenu | QStyleOptionToolButton::MenuButtonPopup);
     painter.drawComplexControl(QStyle::CC_ToolButton, option);
     const Theme& theme = appearance_.theme();
-    const QColor colour = !isEnabled()   ? theme.disabled
-                          : highlighted_ ? theme.accent
-                                         : (underMouse() || isChecked() ? theme.text : theme.secondary);
+    const QColor colour = !isEnabled() ? theme.disabled
+                          : highlighted_
+                              ? theme.accent
+                              : (underMouse() || isChecked() ? theme.text : theme.secondary);
     const QPixmap drawing = iconPixmap(name_, 20, colour, devicePixelRatioF());
     painter.drawPixmap((width() - 20) / 2, (height() - 20) / 2, drawing);
 }

@@ -30,7 +30,11 @@ void drawSoftShadow(QPainter& painter, const QRectF& panel, const QColor& colour
 } // namespace
 
 Overlay::Overlay(const Appearance& appearance, Kind kind, QWidget* window, QWidget* anchor)
-    : QWidget(window), appearance_(appearance), kind_(kind), window_(window), anchor_(anchor),
+    : QWidget(window),
+      appearance_(appearance),
+      kind_(kind),
+      window_(window),
+      anchor_(anchor),
       panel_(new QWidget(this)) {
     hide();
     setFocusPolicy(Qt::NoFocus);
@@ -64,7 +68,8 @@ void Overlay::dismiss() {
 }
 
 QRect Overlay::popoverRect(const QSize& size) const {
-    const QPoint below = anchor_->mapTo(window_, QPoint(anchor_->width() / 2, anchor_->height() + 6));
+    const QPoint below =
+        anchor_->mapTo(window_, QPoint(anchor_->width() / 2, anchor_->height() + 6));
     const int left = std::clamp(below.x() - size.width() / 2, edgePx,
                                 std::max(edgePx, width() - size.width() - edgePx));
     return {QPoint(left, std::min(below.y(), std::max(edgePx, height() - size.height() - edgePx))),
@@ -79,8 +84,8 @@ void Overlay::place() {
     if (kind_ == Kind::popover && anchor_) {
         panel_->setGeometry(popoverRect(size));
     } else {
-        panel_->setGeometry(QRect(QPoint((width() - size.width()) / 2, (height() - size.height()) * 2 / 5),
-                                  size));
+        panel_->setGeometry(
+            QRect(QPoint((width() - size.width()) / 2, (height() - size.height()) * 2 / 5), size));
     }
     update();
 }

@@ -20,8 +20,8 @@ void Switch::paintEvent(QPaintEvent*) {
     painter.setBrush(ground);
     painter.drawRoundedRect(track, 10, 10);
     painter.setBrush(isEnabled() ? QColor(Qt::white) : theme.disabled);
-    painter.drawEllipse(QRectF(isChecked() ? track.right() - 18 : track.left() + 2, track.top() + 2,
-                               16, 16));
+    painter.drawEllipse(
+        QRectF(isChecked() ? track.right() - 18 : track.left() + 2, track.top() + 2, 16, 16));
     if (!hasFocus()) return;
     painter.setPen(QPen(theme.accent, 1.5));
     painter.setBrush(Qt::NoBrush);

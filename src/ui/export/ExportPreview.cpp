@@ -51,8 +51,7 @@ void ExportPreview::show(const ExportSettings& settings) {
 
 // The imprint in the place and size that the export gives it, at the preview's size.
 QImage ExportPreview::stamped(const QImage& photo) const {
-    const std::string text =
-        day_.ok() ? DateStamp::text(settings_.dateStamp, day_) : std::string();
+    const std::string text = day_.ok() ? DateStamp::text(settings_.dateStamp, day_) : std::string();
     const auto geometry = DateStamp::geometry({photo.width(), photo.height()});
     if (text.empty() || !geometry) return photo;
     const QImage digits = imageOf(segmentText(text, geometry->digitHeight));
@@ -80,7 +79,8 @@ void ExportPreview::paintEvent(QPaintEvent*) {
     const QSizeF room(width() - 2 * air, height() - 2 * air);
     const double scale = std::min(room.width() / whole.width(), room.height() / whole.height());
     const QSizeF paper = whole * scale;
-    const QRectF sheet(QPointF((width() - paper.width()) / 2, (height() - paper.height()) / 2), paper);
+    const QRectF sheet(QPointF((width() - paper.width()) / 2, (height() - paper.height()) / 2),
+                       paper);
     const double margin = border * longer * scale;
     if (border > 0) painter.fillRect(sheet, Qt::white);
     const QRectF photo = sheet.adjusted(margin, margin, -margin, -margin);

@@ -108,7 +108,8 @@ QWidget* ExportSheet::makeFormat(const Appearance& appearance) {
     auto* column = new QVBoxLayout(holder);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(2);
-    format_ = named(new Choice(appearance), "format", words("Format"), words("The kind of file to write"));
+    format_ = named(new Choice(appearance), "format", words("Format"),
+                    words("The kind of file to write"));
     format_->addItems({"JPEG", "HEIC", "TIFF", "PNG"});
     format_->setFixedWidth(fieldPx);
     note_ = label({}, "caption");
@@ -156,7 +157,8 @@ QWidget* ExportSheet::makeResize(const Appearance& appearance) {
 QWidget* ExportSheet::makeBorder(const Appearance& appearance) {
     auto* holder = new QWidget;
     auto* row = rowIn(holder);
-    border_ = named(new Switch(appearance), "border", words("Border"), words(exportText::borderHelp));
+    border_ =
+        named(new Switch(appearance), "border", words("Border"), words(exportText::borderHelp));
     borderPercent_ = named(new QDoubleSpinBox, "borderPercent", words("Border in percent"),
                            words(exportText::borderUnit));
     borderPercent_->setRange(1, 20);

@@ -1,5 +1,5 @@
-// The options of an export: format, size, border, imprint, folder. Every change is kept at once. Shows
-// how large the files will be and what the first one will look like.
+// The options of an export: format, size, border, imprint, folder. Every change is kept at once.
+// Shows how large the files will be and what the first one will look like.
 #pragma once
 
 #include "export/ExportSettings.h"

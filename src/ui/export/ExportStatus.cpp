@@ -29,8 +29,12 @@ QString timeLeft(std::size_t done, std::size_t total, double seconds) {
 
 ExportStatus::ExportStatus(const Appearance& appearance, Exporter& exporter, Desktop& desktop,
                            QWidget* window)
-    : QObject(window), appearance_(appearance), exporter_(exporter), desktop_(desktop),
-      window_(window), pill_(appearance, "exportPill", window, 24),
+    : QObject(window),
+      appearance_(appearance),
+      exporter_(exporter),
+      desktop_(desktop),
+      window_(window),
+      pill_(appearance, "exportPill", window, 24),
       subscription_(exporter.state().observe([this] { show(); })) {}
 
 void ExportStatus::begin() {
@@ -78,7 +82,8 @@ void ExportStatus::showDone(const Exporter::State& state) {
     column->addSpacing(measure::unit);
     const QString showing = words(exportText::showFolder);
     auto* show = named(new QPushButton(showing), "showExported", showing, showing);
-    auto* done = named(new QPushButton(words("Done")), "closeDone", words("Done"), words("Close (Esc)"));
+    auto* done =
+        named(new QPushButton(words("Done")), "closeDone", words("Done"), words("Close (Esc)"));
     done->setProperty("kind", "primary");
     QObject::connect(show, &QPushButton::clicked, sheet,
                      [this, sheet, folder = *state.finishedFolder] {

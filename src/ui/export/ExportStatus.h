@@ -1,5 +1,5 @@
-// How an export goes: a pill with progress and the time that is left while it runs, a panel with the
-// result and the way to the files when it has ended. Follows the exporter.
+// How an export goes: a pill with progress and the time that is left while it runs, a panel with
+// the result and the way to the files when it has ended. Follows the exporter.
 #pragma once
 
 #include "export/Exporter.h"
@@ -13,7 +13,8 @@ namespace kelvaro {
 
 class ExportStatus final : public QObject {
 public:
-    ExportStatus(const Appearance& appearance, Exporter& exporter, Desktop& desktop, QWidget* window);
+    ExportStatus(const Appearance& appearance, Exporter& exporter, Desktop& desktop,
+                 QWidget* window);
 
     // A photo of the run was written; they are what the file manager will select.
     void noteFile(const std::filesystem::path& file) { files_.push_back(file); }
@@ -34,8 +35,8 @@ private:
     Subscription subscription_;
 };
 
-// "about 2 minutes left": the time left after `done` of `total` took so many seconds; empty while too
-// little is known.
+// "about 2 minutes left": the time left after `done` of `total` took so many seconds; empty while
+// too little is known.
 QString timeLeft(std::size_t done, std::size_t total, double seconds);
 
 } // namespace kelvaro

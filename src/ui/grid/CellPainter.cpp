@@ -97,7 +97,9 @@ QRectF photoRect(const QRect& cell, QSize shape, double pixelRatio) {
         return std::max(2.0, std::round(length * pixelRatio)) / pixelRatio;
     };
     const QSizeF fitted(whole(size.width()), whole(size.height()));
-    const auto snapped = [pixelRatio](double at) { return std::floor(at * pixelRatio) / pixelRatio; };
+    const auto snapped = [pixelRatio](double at) {
+        return std::floor(at * pixelRatio) / pixelRatio;
+    };
     return {QPointF(snapped(room.left() + (room.width() - fitted.width()) / 2),
                     snapped(room.top() + (room.height() - fitted.height()) / 2)),
             fitted};
@@ -107,8 +109,7 @@ void paintCell(QPainter& painter, const QRect& rect, const GridCell& cell,
                const CellPicture& picture, CellState state, const Theme& theme) {
     const QRectF photo = photoRect(rect, cell.shape, painter.device()->devicePixelRatioF());
     const int reach = GridLayout::gap / 2;
-    if (state.selected)
-        painter.fillRect(rect.adjusted(-reach, -reach, reach, reach), theme.cell);
+    if (state.selected) painter.fillRect(rect.adjusted(-reach, -reach, reach, reach), theme.cell);
     paintPhoto(painter, photo, picture, theme);
     if (cell.isMissing) {
         QColor veil = theme.window;

@@ -14,8 +14,8 @@ struct CellState {
     bool current = false; // has the keyboard
 };
 
-// Where a photo of that shape stands in its cell, on whole device pixels. An unknown shape is that of
-// most cameras. Extreme shapes keep at least 2 px.
+// Where a photo of that shape stands in its cell, on whole device pixels. An unknown shape is that
+// of most cameras. Extreme shapes keep at least 2 px.
 QRectF photoRect(const QRect& cell, QSize shape, double pixelRatio);
 
 void paintCell(QPainter& painter, const QRect& rect, const GridCell& cell,

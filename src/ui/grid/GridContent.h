@@ -13,8 +13,8 @@
 namespace kelvaro {
 
 struct GridCell {
-    QString name;      // the file name, for people who hear the grid and for typing ahead
-    QSize shape;       // of the photo, in any unit; empty when unknown
+    QString name; // the file name, for people who hear the grid and for typing ahead
+    QSize shape;  // of the photo, in any unit; empty when unknown
     bool isRaw = false, isFavorite = false, isEdited = false;
     bool isMissing = false; // its drive is away
 };
@@ -26,9 +26,9 @@ struct GridHeading {
 
 // A cell's picture: upright, in the screen's colours, `image` in device pixels.
 struct CellPicture {
-    QImage image;         // null: nothing at hand yet
-    QColor average;       // of the photo, where it is known before the picture
-    double opacity = 1;   // less than 1 while it appears
+    QImage image;       // null: nothing at hand yet
+    QColor average;     // of the photo, where it is known before the picture
+    double opacity = 1; // less than 1 while it appears
 };
 
 class GridContent {

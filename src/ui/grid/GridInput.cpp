@@ -109,8 +109,7 @@ void GridView::moveBand(QPoint onViewport) {
 
 void GridView::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) return;
-    if (gesture_ == Gesture::click && collapsesOnRelease_)
-        pick(pressedCell_, Qt::NoModifier);
+    if (gesture_ == Gesture::click && collapsesOnRelease_) pick(pressedCell_, Qt::NoModifier);
     gesture_ = Gesture::none;
     band_ = {};
     viewport()->update();
@@ -147,9 +146,8 @@ void GridView::startDrag() {
     drag->setMimeData(data);
     const QImage picture = content_.picture(pressedCell_, {128, 128}).image;
     if (!picture.isNull()) {
-        QPixmap shown = QPixmap::fromImage(
-            picture.scaled(QSize(128, 128) * devicePixelRatioF(), Qt::KeepAspectRatio,
-                           Qt::SmoothTransformation));
+        QPixmap shown = QPixmap::fromImage(picture.scaled(
+            QSize(128, 128) * devicePixelRatioF(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
         shown.setDevicePixelRatio(devicePixelRatioF());
         drag->setPixmap(shown);
     }
@@ -184,9 +182,8 @@ bool GridView::stepWithKey(QKeyEvent* event) {
     if (event->modifiers() & (Qt::AltModifier | Qt::MetaModifier)) return false;
     const int from = selection_.current();
     // The first key chooses what is on the screen, not the far end of the library.
-    const int next =
-        from < 0 ? topPlace().value_or(Place{0, 0}).index
-                 : layout_.stepped(from, found->step, viewport()->height());
+    const int next = from < 0 ? topPlace().value_or(Place{0, 0}).index
+                              : layout_.stepped(from, found->step, viewport()->height());
     if (event->modifiers() == Qt::ControlModifier) {
         selection_.setCurrent(next); // moves without selecting; Ctrl+Space selects
         viewport()->update();

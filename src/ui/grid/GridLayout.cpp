@@ -8,7 +8,9 @@
 namespace kelvaro {
 
 GridLayout::GridLayout(int count, std::vector<int> groupStarts, int width, int wantedCell)
-    : count_(count), width_(width), hasHeadings_(!groupStarts.empty()),
+    : count_(count),
+      width_(width),
+      hasHeadings_(!groupStarts.empty()),
       starts_(std::move(groupStarts)) {
     KELVARO_REQUIRE(starts_.empty() || starts_.front() == 0);
     const int room = std::max(1, width - 2 * margin);
@@ -78,8 +80,9 @@ CellRange GridLayout::cellsBetween(int top, int bottom) const {
         return std::clamp((y - firstRowTop(group)) / pitch, 0, rowsOf(group));
     };
     const CellRange above = groupCells(firstGroup), below = groupCells(lastGroup);
-    const int first =
-        std::min(above.last, above.first + rowAt(firstGroup, std::max(top, firstRowTop(firstGroup))) * columns_);
+    const int first = std::min(
+        above.last,
+        above.first + rowAt(firstGroup, std::max(top, firstRowTop(firstGroup))) * columns_);
     if (bottom < firstRowTop(lastGroup)) return {first, std::max(first, below.first)};
     const int last = std::min(below.last, below.first + (rowAt(lastGroup, bottom) + 1) * columns_);
     return {first, std::max(first, last)};
@@ -91,7 +94,8 @@ std::vector<CellRange> GridLayout::cellsIn(const QRect& area) const {
     const int pitch = cell_ + gap;
     // A column is touched when the area reaches into its cell, not only into the gap beside it.
     const int left = std::max(0, (area.left() - margin + gap) / pitch);
-    const int right = area.right() < margin ? -1 : std::min(columns_ - 1, (area.right() - margin) / pitch);
+    const int right =
+        area.right() < margin ? -1 : std::min(columns_ - 1, (area.right() - margin) / pitch);
     if (left > right) return found;
     for (int index = rows.first; index < rows.last;) {
         const CellRange cells = groupCells(groupOf(index));
@@ -117,10 +121,14 @@ int GridLayout::stepped(int index, Step step, int pageHeight) const {
     const int inGroup = index - groupCells(group).first;
     const int row = inGroup / columns_, column = inGroup % columns_;
     switch (step) {
-    case Step::left: return std::max(0, index - 1);
-    case Step::right: return std::min(count_ - 1, index + 1);
-    case Step::home: return 0;
-    case Step::end: return count_ - 1;
+    case Step::left:
+        return std::max(0, index - 1);
+    case Step::right:
+        return std::min(count_ - 1, index + 1);
+    case Step::home:
+        return 0;
+    case Step::end:
+        return count_ - 1;
     case Step::up:
         if (row > 0) return cellInRow(group, row - 1, column);
         return group > 0 ? cellInRow(group - 1, -1, column) : index;
@@ -128,7 +136,8 @@ int GridLayout::stepped(int index, Step step, int pageHeight) const {
         if (row + 1 < rowsOf(group)) return cellInRow(group, row + 1, column);
         return group + 1 < groupCount() ? cellInRow(group + 1, 0, column) : index;
     case Step::pageUp:
-    case Step::pageDown: break;
+    case Step::pageDown:
+        break;
     }
     const Step one = step == Step::pageUp ? Step::up : Step::down;
     const int origin = cellRect(index).top();

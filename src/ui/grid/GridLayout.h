@@ -25,8 +25,8 @@ public:
     enum class Step { left, right, up, down, pageUp, pageDown, home, end };
 
     GridLayout() = default;
-    // `groupStarts` are the first cells of the groups, ascending from 0; empty for one group without
-    // a heading. Cells are about `wantedCell` wide: rows fill the width exactly.
+    // `groupStarts` are the first cells of the groups, ascending from 0; empty for one group
+    // without a heading. Cells are about `wantedCell` wide: rows fill the width exactly.
     GridLayout(int count, std::vector<int> groupStarts, int width, int wantedCell);
 
     int count() const { return count_; }

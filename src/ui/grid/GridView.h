@@ -98,7 +98,7 @@ private:
     int hovered_ = -1;
 
     Gesture gesture_ = Gesture::none;
-    QPoint pressedAt_;          // content
+    QPoint pressedAt_; // content
     int pressedCell_ = -1;
     bool collapsesOnRelease_ = false;
     GridSelection beforeBand_;

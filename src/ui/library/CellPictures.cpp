@@ -16,9 +16,10 @@ constexpr int frameMs = 16;
 QImage wrapped(const Thumbnail& thumbnail) {
     auto* owner = new Thumbnail(thumbnail);
     const auto format = thumbnail->channels == 4 ? QImage::Format_RGBX8888 : QImage::Format_RGB888;
-    return QImage(thumbnail->row<uchar>(0), thumbnail->size.width, thumbnail->size.height,
-                  static_cast<qsizetype>(thumbnail->rowBytes()), format,
-                  [](void* kept) { delete static_cast<Thumbnail*>(kept); }, owner);
+    return QImage(
+        thumbnail->row<uchar>(0), thumbnail->size.width, thumbnail->size.height,
+        static_cast<qsizetype>(thumbnail->rowBytes()), format,
+        [](void* kept) { delete static_cast<Thumbnail*>(kept); }, owner);
 }
 
 QImage brought(const Thumbnail& thumbnail, QSize size, const QColorSpace& profile) {

@@ -1,6 +1,6 @@
-// The pictures of the grid's cells: asks the thumbnail loader for what is on the screen and near it,
-// brings each to exactly the size at which it is drawn on other threads, lets it appear softly, and
-// remembers shape and average colour of what was seen, for the next placeholder. Main thread.
+// The pictures of the grid's cells: asks the thumbnail loader for what is on the screen and near
+// it, brings each to exactly the size at which it is drawn on other threads, lets it appear softly,
+// and remembers shape and average colour of what was seen, for the next placeholder. Main thread.
 #pragma once
 
 #include "render/ThumbnailLoader.h"

@@ -47,8 +47,9 @@ void EmptyView::show(const EmptyState& state, IconName icon) {
 void EmptyView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setOpacity(0.7);
-    painter.drawPixmap((width() - iconPx) / 2, text_->y() - iconPx - 12,
-                       iconPixmap(icon_, iconPx, appearance_.theme().secondary, devicePixelRatioF()));
+    painter.drawPixmap(
+        (width() - iconPx) / 2, text_->y() - iconPx - 12,
+        iconPixmap(icon_, iconPx, appearance_.theme().secondary, devicePixelRatioF()));
 }
 
 } // namespace kelvaro

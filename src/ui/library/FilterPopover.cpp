@@ -56,14 +56,15 @@ void FilterPopover::show(const FilterState& state) {
 
 template<class Value, class Name>
 void FilterPopover::addGroup(const char* title, const std::vector<Value>& options,
-                             std::set<Value> PhotoFilter::* chosen, Name name) {
+                             std::set<Value> PhotoFilter::*chosen, Name name) {
     if (options.empty()) return;
     auto* heading = label(words(title), "caption");
     heading->setContentsMargins(0, 8, 0, 0);
     groupColumn_->addWidget(heading);
     for (const Value& option : options) {
         const QString text = name(option);
-        auto* box = named(new QCheckBox(QString(text).replace("&", "&&")), "filterOption", text, text);
+        auto* box =
+            named(new QCheckBox(QString(text).replace("&", "&&")), "filterOption", text, text);
         box->setChecked((state_.filter.*chosen).contains(option));
         QObject::connect(box, &QCheckBox::toggled, this, [this, chosen, option](bool on) {
             auto& values = state_.filter.*chosen;
@@ -90,7 +91,8 @@ void FilterPopover::rebuild() {
     addGroup("Focal lengths", state_.options.focalLengths, &PhotoFilter::focalLengths,
              [](double mm) { return words("%1 mm").arg(QLocale().toString(mm, 'g', 5)); });
     if (groupColumn_->isEmpty())
-        groupColumn_->addWidget(label(words("These photos record nothing to filter by"), "secondary"));
+        groupColumn_->addWidget(
+            label(words("These photos record nothing to filter by"), "secondary"));
     groupColumn_->addStretch(1);
     scroll->setWidget(groups_);
     scroll->setFixedHeight(std::min(groups_->sizeHint().height() + 4, tallestPx));

@@ -23,7 +23,7 @@ public:
 private:
     template<class Value, class Name>
     void addGroup(const char* title, const std::vector<Value>& options,
-                  std::set<Value> PhotoFilter::* chosen, Name name);
+                  std::set<Value> PhotoFilter::*chosen, Name name);
     void rebuild();
 
     FilterState state_;

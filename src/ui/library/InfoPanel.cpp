@@ -24,9 +24,10 @@ InfoPanel::InfoPanel(const Appearance& appearance, LibraryStore& lib, Rows rows,
     setFixedWidth(measure::inspectorWidth);
     auto* heading = new QHBoxLayout;
     heading->addWidget(label(words("Photo Info"), "heading"), 1);
-    auto* close = named(new IconButton(appearance, IconName::close, this), "closeInfo", words("Close"),
-                        words("Close Photo Info (Esc)"));
-    QObject::connect(close, &QToolButton::clicked, this, [this] { lib_.requestInfo(std::nullopt); });
+    auto* close = named(new IconButton(appearance, IconName::close, this), "closeInfo",
+                        words("Close"), words("Close Photo Info (Esc)"));
+    QObject::connect(close, &QToolButton::clicked, this,
+                     [this] { lib_.requestInfo(std::nullopt); });
     heading->addWidget(close);
     name_ = wrappedLabel({}, "body", measure::inspectorWidth - 32);
     state_ = wrappedLabel({}, "secondary", measure::inspectorWidth - 32);

@@ -17,7 +17,8 @@ class InfoPanel final : public QWidget {
 public:
     using Rows = std::function<std::vector<InfoRow>(const PhotoInfo&)>;
 
-    InfoPanel(const Appearance& appearance, LibraryStore& lib, Rows rows, QWidget* parent = nullptr);
+    InfoPanel(const Appearance& appearance, LibraryStore& lib, Rows rows,
+              QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

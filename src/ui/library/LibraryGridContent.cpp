@@ -22,8 +22,8 @@ bool LibraryGridContent::update() {
 }
 
 int LibraryGridContent::indexOf(const PhotoUrl& url) const {
-    const auto found = std::ranges::find_if(
-        view_->photos, [&](const Photo* photo) { return photo->url == url; });
+    const auto found =
+        std::ranges::find_if(view_->photos, [&](const Photo* photo) { return photo->url == url; });
     return found == view_->photos.end() ? -1 : static_cast<int>(found - view_->photos.begin());
 }
 

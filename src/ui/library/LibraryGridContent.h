@@ -1,5 +1,5 @@
-// The store's visible photos as the grid asks for them. Holds the block that the store published, so
-// that positions stay valid while the store makes the next one. Main thread.
+// The store's visible photos as the grid asks for them. Holds the block that the store published,
+// so that positions stay valid while the store makes the next one. Main thread.
 #pragma once
 
 #include "library/LibraryStore.h"

@@ -23,10 +23,13 @@ IconName iconFor(const EmptyState& state, const Scope& scope, bool isMissing) {
     if (!state.button.empty() && state.text.find("“") != std::string::npos) return IconName::search;
     if (isMissing) return IconName::driveMissing;
     switch (scope.kind) {
-    case Scope::Kind::favorites: return IconName::favorite;
-    case Scope::Kind::edited: return IconName::edited;
+    case Scope::Kind::favorites:
+        return IconName::favorite;
+    case Scope::Kind::edited:
+        return IconName::edited;
     case Scope::Kind::folder:
-    case Scope::Kind::all: break;
+    case Scope::Kind::all:
+        break;
     }
     return IconName::photos;
 }
@@ -110,8 +113,12 @@ void LibraryPage::bindSidebar() {
     sidebar_->onScopeChosen = [this](const Scope& scope) { lib_.setScope(scope); };
     sidebar_->onAddFolder = [this] { onAddFolder(); };
     sidebar_->onFolderDropped = [this](const auto& folder) { onAddGivenFolder(folder); };
-    sidebar_->onRemoveFolder = [this](const SidebarFolder& folder) { lib_.removeFolder(folder.folder); };
-    sidebar_->onRescanFolder = [this](const SidebarFolder& folder) { lib_.rescanFolder(folder.folder); };
+    sidebar_->onRemoveFolder = [this](const SidebarFolder& folder) {
+        lib_.removeFolder(folder.folder);
+    };
+    sidebar_->onRescanFolder = [this](const SidebarFolder& folder) {
+        lib_.rescanFolder(folder.folder);
+    };
     sidebar_->onShowFolder = [this](const SidebarFolder& folder) { onShowFolder(folder.folder); };
 }
 
@@ -130,7 +137,8 @@ void LibraryPage::observeStore() {
         subscriptions_.push_back(subject.observe(show));
         show();
     };
-    watch(lib_.thumbSize(), [this] { grid_->setCellSize(static_cast<int>(lib_.thumbSize().get())); });
+    watch(lib_.thumbSize(),
+          [this] { grid_->setCellSize(static_cast<int>(lib_.thumbSize().get())); });
     watch(lib_.view(), [this] { showVisible(); });
     watch(lib_.selection(), [this] { showSelection(); });
     watch(lib_.favoriteRevision(), [this] { grid_->refresh(); });
@@ -202,7 +210,8 @@ void LibraryPage::showEmptyState() {
     middle_->setCurrentWidget(state ? static_cast<QWidget*>(empty_) : grid_);
     if (!state) return;
     const Scope& scope = lib_.scope().get();
-    empty_->show(*state, iconFor(*state, scope, lib_.missingFolders().get().contains(scope.folder)));
+    empty_->show(*state,
+                 iconFor(*state, scope, lib_.missingFolders().get().contains(scope.folder)));
 }
 
 void LibraryPage::pressEmptyButton() {

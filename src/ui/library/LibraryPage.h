@@ -1,5 +1,5 @@
-// The library: sidebar, tools, subtitle and the grid, bound to the store. Shows the store's slices and
-// calls its operations; decides nothing itself. Main thread.
+// The library: sidebar, tools, subtitle and the grid, bound to the store. Shows the store's slices
+// and calls its operations; decides nothing itself. Main thread.
 #pragma once
 
 #include "library/LibraryStore.h"

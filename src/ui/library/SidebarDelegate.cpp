@@ -29,7 +29,8 @@ void SidebarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         font.setWeight(QFont::DemiBold);
         painter->setFont(font);
         painter->setPen(theme.secondary);
-        painter->drawText(option.rect.adjusted(16, 0, -8, -6), Qt::AlignLeft | Qt::AlignBottom, title);
+        painter->drawText(option.rect.adjusted(16, 0, -8, -6), Qt::AlignLeft | Qt::AlignBottom,
+                          title);
         return;
     }
     const QRect row = option.rect.adjusted(8, 1, -8, -1);
@@ -47,8 +48,8 @@ void SidebarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         painter->drawRoundedRect(QRectF(row).adjusted(0.5, 0.5, -0.5, -0.5), measure::controlRadius,
                                  measure::controlRadius);
     }
-    const bool quiet = index.data(SidebarModel::dimRole).toBool() ||
-                       kindOf(index) == SidebarModel::Row::addFolder;
+    const bool quiet =
+        index.data(SidebarModel::dimRole).toBool() || kindOf(index) == SidebarModel::Row::addFolder;
     const auto name = static_cast<IconName>(index.data(SidebarModel::iconRole).toInt());
     painter->drawPixmap(row.left() + 8, row.center().y() - 7,
                         iconPixmap(name, 16, chosen ? theme.text : theme.secondary,

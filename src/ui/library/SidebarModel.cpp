@@ -35,10 +35,14 @@ std::optional<Scope> SidebarModel::scopeOf(const QModelIndex& index) const {
     if (const SidebarFolder* folder = folderOf(index))
         return Scope{Scope::Kind::folder, folder->folder};
     switch (index.row()) {
-    case 1: return Scope{Scope::Kind::all, {}};
-    case 2: return Scope{Scope::Kind::edited, {}};
-    case 3: return Scope{Scope::Kind::favorites, {}};
-    default: return std::nullopt;
+    case 1:
+        return Scope{Scope::Kind::all, {}};
+    case 2:
+        return Scope{Scope::Kind::edited, {}};
+    case 3:
+        return Scope{Scope::Kind::favorites, {}};
+    default:
+        return std::nullopt;
     }
 }
 
@@ -51,12 +55,18 @@ QModelIndex SidebarModel::indexOf(const Scope& scope) const {
 
 QString SidebarModel::titleOf(int row) const {
     switch (row) {
-    case 0: return words("Library");
-    case 1: return words("All Photos");
-    case 2: return words("Edited");
-    case 3: return words("Favorites");
-    case 4: return words("Folders");
-    default: break;
+    case 0:
+        return words("Library");
+    case 1:
+        return words("All Photos");
+    case 2:
+        return words("Edited");
+    case 3:
+        return words("Favorites");
+    case 4:
+        return words("Folders");
+    default:
+        break;
     }
     const SidebarFolder* folder = folderOf(index(row));
     return folder ? fromUtf8(folder->name) : words("Add Folder…");
@@ -64,10 +74,14 @@ QString SidebarModel::titleOf(int row) const {
 
 IconName SidebarModel::iconOf(int row) const {
     switch (row) {
-    case 1: return IconName::photos;
-    case 2: return IconName::edited;
-    case 3: return IconName::favorite;
-    default: break;
+    case 1:
+        return IconName::photos;
+    case 2:
+        return IconName::edited;
+    case 3:
+        return IconName::favorite;
+    default:
+        break;
     }
     const SidebarFolder* folder = folderOf(index(row));
     if (!folder) return IconName::add;
@@ -76,10 +90,14 @@ IconName SidebarModel::iconOf(int row) const {
 
 QVariant SidebarModel::countOf(int row) const {
     switch (row) {
-    case 1: return number(static_cast<qint64>(state_.photoCount));
-    case 2: return number(static_cast<qint64>(state_.editedCount));
-    case 3: return number(static_cast<qint64>(state_.favoriteCount));
-    default: break;
+    case 1:
+        return number(static_cast<qint64>(state_.photoCount));
+    case 2:
+        return number(static_cast<qint64>(state_.editedCount));
+    case 3:
+        return number(static_cast<qint64>(state_.favoriteCount));
+    default:
+        break;
     }
     const SidebarFolder* folder = folderOf(index(row));
     if (!folder || folder->isMissing) return {};
@@ -89,19 +107,26 @@ QVariant SidebarModel::countOf(int row) const {
 QVariant SidebarModel::data(const QModelIndex& index, int role) const {
     const SidebarFolder* folder = folderOf(index);
     switch (role) {
-    case Qt::DisplayRole: return titleOf(index.row());
+    case Qt::DisplayRole:
+        return titleOf(index.row());
     case Qt::ToolTipRole:
         if (!folder) return {};
         return folder->isMissing ? words(folder->label) : fromUtf8(folder->folder);
     case Qt::AccessibleTextRole:
         return folder ? words(folder->label)
                       : QString(titleOf(index.row()) + " " + countOf(index.row()).toString());
-    case kindRole: return static_cast<int>(kindOf(index.row()));
-    case countRole: return countOf(index.row());
-    case iconRole: return static_cast<int>(iconOf(index.row()));
-    case dimRole: return folder && folder->isMissing;
-    case busyRole: return folder && folder->isIndexing;
-    default: return {};
+    case kindRole:
+        return static_cast<int>(kindOf(index.row()));
+    case countRole:
+        return countOf(index.row());
+    case iconRole:
+        return static_cast<int>(iconOf(index.row()));
+    case dimRole:
+        return folder && folder->isMissing;
+    case busyRole:
+        return folder && folder->isIndexing;
+    default:
+        return {};
     }
 }
 

@@ -53,11 +53,16 @@ private:
 class SearchField final : public QLineEdit {
 public:
     SearchField(const Appearance& appearance, QWidget* parent)
-        : QLineEdit(parent), appearance_(appearance), clear_(new IconButton(appearance, IconName::close, this)) {
+        : QLineEdit(parent),
+          appearance_(appearance),
+          clear_(new IconButton(appearance, IconName::close, this)) {
         setTextMargins(20, 0, 20, 0);
         named(clear_, "clearSearch", words("Clear Search"), words("Clear Search"));
         clear_->hide();
-        QObject::connect(clear_, &QToolButton::clicked, this, [this] { clear(); setFocus(); });
+        QObject::connect(clear_, &QToolButton::clicked, this, [this] {
+            clear();
+            setFocus();
+        });
         QObject::connect(this, &QLineEdit::textChanged, this,
                          [this](const QString& now) { clear_->setVisible(!now.isEmpty()); });
     }
@@ -102,7 +107,8 @@ Toolbar::Toolbar(const Appearance& appearance, QAction* exports, QAction* profil
     filter_ = named(new IconButton(appearance, IconName::filter, this), "filterButton",
                     words(texts::filterButton), words(texts::filterButton));
     QObject::connect(filter_, &QToolButton::clicked, this, [this] { onFilter(); });
-    sort_ = named(new IconButton(appearance, IconName::sort, this), "sortButton", words("Sort"), {});
+    sort_ =
+        named(new IconButton(appearance, IconName::sort, this), "sortButton", words("Sort"), {});
     makeSort();
     size_ = named(new QSlider(Qt::Horizontal, this), "sizeSlider", words("Size of the photos"),
                   words("Size of the photos in the grid"));
@@ -137,7 +143,8 @@ void Toolbar::makeSearch(const Appearance& appearance) {
     search_->setMaximumWidth(560);
     search_->setMinimumWidth(120);
     search_->installEventFilter(this);
-    QObject::connect(search_, &QLineEdit::textEdited, this, [this](const QString& text) { onSearch(text); });
+    QObject::connect(search_, &QLineEdit::textEdited, this,
+                     [this](const QString& text) { onSearch(text); });
     QObject::connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
         if (text.isEmpty()) onSearch(text);
     });
@@ -164,7 +171,9 @@ void Toolbar::makeSort() {
         onSort({static_cast<SortKey>(action->data().toInt()), order_.ascending});
     });
     QObject::connect(ascending, &QAction::triggered, this, [this] { onSort({order_.key, true}); });
-    QObject::connect(descending, &QAction::triggered, this, [this] { onSort({order_.key, false}); });
+    QObject::connect(descending, &QAction::triggered, this, [this] {
+        onSort({order_.key, false});
+    });
     QObject::connect(menu, &QMenu::aboutToShow, this, [this, keys, ascending, descending] {
         for (QAction* action : keys->actions())
             action->setChecked(action->data().toInt() == static_cast<int>(order_.key));
@@ -178,7 +187,8 @@ void Toolbar::showTools(const GridToolsState& state) {
     const QString sorting = words(texts::sortBy) + words(title(order_.key));
     sort_->setToolTip(sorting);
     sort_->setAccessibleDescription(sorting);
-    const QString filtering = words(state.filtersActive ? texts::filterButtonActive : texts::filterButton);
+    const QString filtering =
+        words(state.filtersActive ? texts::filterButtonActive : texts::filterButton);
     filter_->setHighlighted(state.filtersActive);
     filter_->setToolTip(filtering);
     filter_->setAccessibleName(filtering);
@@ -201,7 +211,8 @@ bool Toolbar::eventFilter(QObject* watched, QEvent* event) {
         search_->clear();
         return true;
     }
-    if (key == Qt::Key_Escape || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Down) {
+    if (key == Qt::Key_Escape || key == Qt::Key_Return || key == Qt::Key_Enter ||
+        key == Qt::Key_Down) {
         if (onLeaveSearch) onLeaveSearch();
         return true;
     }

@@ -1,7 +1,7 @@
 #include "ui/shell/CommandActions.h"
 
-#include "ui/Texts.h"
 #include "app/PlatformWords.h"
+#include "ui/Texts.h"
 
 #include <QMenu>
 
@@ -58,8 +58,8 @@ void CommandActions::refresh() {
 
 void CommandActions::setOn(CommandId id, bool on) {
     const Command& row = command(id);
-    action(id)->setText(words(on && !row.titleWhenOn.empty() ? row.titleWhenOn : row.title)
-                            .replace("&", "&&"));
+    action(id)->setText(
+        words(on && !row.titleWhenOn.empty() ? row.titleWhenOn : row.title).replace("&", "&&"));
     action(id)->setToolTip(words(on && !row.helpWhenOn.empty() ? row.helpWhenOn : row.help));
 }
 

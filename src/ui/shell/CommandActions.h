@@ -1,5 +1,5 @@
-// One action per row of the command table, for menu, button and key alike. What belongs to a command
-// is set by whoever does it; the circumstances decide which are enabled.
+// One action per row of the command table, for menu, button and key alike. What belongs to a
+// command is set by whoever does it; the circumstances decide which are enabled.
 #pragma once
 
 #include "app/CommandTable.h"

@@ -3,8 +3,8 @@
 #include "app/SettingsKeys.h"
 #include "ui/Texts.h"
 #include "ui/shell/ProgramIcon.h"
-#include "ui/shell/Sheets.h"
 #include "ui/shell/SheetPrompts.h"
+#include "ui/shell/Sheets.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -32,8 +32,10 @@ unsigned circumstancesOf(const CommandState& state, const EditorTools& tools) {
 } // namespace
 
 MainWindow::MainWindow(WindowParts parts)
-    : parts_(std::move(parts)), pictures_(parts_.appearance, parts_.thumbnails),
-      commands_(new CommandActions(this)), pages_(new QStackedWidget(this)),
+    : parts_(std::move(parts)),
+      pictures_(parts_.appearance, parts_.thumbnails),
+      commands_(new CommandActions(this)),
+      pages_(new QStackedWidget(this)),
       notice_(new Pill(parts_.appearance, "noticePill", this, noticeBottomPx)),
       indexing_(new Pill(parts_.appearance, "indexingPill", this, noticeBottomPx)) {
     setObjectName("window");
@@ -125,9 +127,9 @@ void MainWindow::showRoot() {
     const RootState& state = parts_.library.rootState().state();
     setWindowTitle(state.windowTitle.empty() ? QString("Kelvaro")
                                              : fromUtf8(state.windowTitle) + " — Kelvaro");
-    const bool dark = state.appearance == AppearanceMode::dark ||
-                      (state.appearance == AppearanceMode::system &&
-                       parts_.desktop.preferences().prefersDark);
+    const bool dark =
+        state.appearance == AppearanceMode::dark ||
+        (state.appearance == AppearanceMode::system && parts_.desktop.preferences().prefersDark);
     if (dark != parts_.appearance.theme().dark) applyAppearance();
     QWidget* page = state.isEditing ? static_cast<QWidget*>(viewer_) : library_;
     if (pages_->currentWidget() != page) {
@@ -158,8 +160,8 @@ void MainWindow::showIndexing() {
     if (folders.empty()) return indexing_->leave();
     // A quick look at unchanged folders says nothing.
     if (parts_.library.photoCount() > 0 && folders.size() < 2) return;
-    indexing_->showProgress(counted(static_cast<qint64>(folders.size()), "Looking through 1 folder…",
-                                    "Looking through %1 folders…"),
+    indexing_->showProgress(counted(static_cast<qint64>(folders.size()),
+                                    "Looking through 1 folder…", "Looking through %1 folders…"),
                             std::nullopt);
 }
 
@@ -188,10 +190,12 @@ void MainWindow::restoreGeometryKept() {
 
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
-    if (introduced_ || parts_.settings.get<bool>(settingsKey::introductionSeen).value_or(false)) return;
+    if (introduced_ || parts_.settings.get<bool>(settingsKey::introductionSeen).value_or(false))
+        return;
     introduced_ = true;
     if (parts_.library.folders().get().empty())
-        QMetaObject::invokeMethod(this, [this] { introduce(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { introduce(); }, Qt::QueuedConnection);
 }
 
 void MainWindow::setScreenProfile(const QColorSpace& profile) {
@@ -200,8 +204,9 @@ void MainWindow::setScreenProfile(const QColorSpace& profile) {
 }
 
 void MainWindow::introduce() {
-    showIntroduction(parts_.appearance, this, [this] { addFolder(); },
-                     [this] { parts_.settings.set(settingsKey::introductionSeen, true); });
+    showIntroduction(
+        parts_.appearance, this, [this] { addFolder(); },
+        [this] { parts_.settings.set(settingsKey::introductionSeen, true); });
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -93,7 +93,8 @@ void Pill::place() {
     const double there = still ? 1 : motion_.currentValue().toDouble();
     const int width = std::min(sizeHint().width(), window_->width() - 32);
     setGeometry((window_->width() - width) / 2,
-                window_->height() - bottomPx_ - heightPx + int((1 - there) * risePx), width, heightPx);
+                window_->height() - bottomPx_ - heightPx + int((1 - there) * risePx), width,
+                heightPx);
     update();
 }
 

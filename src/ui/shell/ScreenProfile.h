@@ -5,8 +5,8 @@
 
 namespace kelvaro {
 
-// The profile that X11 keeps for the first screen; invalid where there is none, or on Wayland, whose
-// compositors convert by themselves. Invalid means sRGB.
+// The profile that X11 keeps for the first screen; invalid where there is none, or on Wayland,
+// whose compositors convert by themselves. Invalid means sRGB.
 QColorSpace screenProfile();
 
 } // namespace kelvaro

@@ -52,18 +52,19 @@ SettingsSheet::SettingsSheet(const Appearance& appearance, LibraryStore& lib,
     mode_->addItems({words("System"), words("Light"), words("Dark")});
     mode_->setFixedWidth(112);
     addRow(words("Appearance"), {}, mode_);
-    photoBar_ = named(new Switch(appearance), "showsPhotoBar",
-                      words("Show the photo bar in the editor"),
-                      words("Show the photo bar in the editor"));
+    photoBar_ =
+        named(new Switch(appearance), "showsPhotoBar", words("Show the photo bar in the editor"),
+              words("Show the photo bar in the editor"));
     addRow(words("Show the photo bar in the editor"), {}, photoBar_);
-    name_ = named(new QLineEdit, "profileName", words("Your name"), words("Greets you on your profile"));
+    name_ = named(new QLineEdit, "profileName", words("Your name"),
+                  words("Greets you on your profile"));
     name_->setPlaceholderText(words("Name"));
     name_->setMaxLength(60);
     name_->setFixedWidth(160);
     addRow(words("Your name"), {}, name_);
     makeIcons();
-    usage_ = named(new Switch(appearance), "shareUsageCounts", words("Share anonymous usage counts"),
-                   words("Share anonymous usage counts"));
+    usage_ = named(new Switch(appearance), "shareUsageCounts",
+                   words("Share anonymous usage counts"), words("Share anonymous usage counts"));
     addRow(words("Share anonymous usage counts"),
            words("Launches and how many photos you export, with the app and macOS versions.\n"
                  "Never photos, file names, places or settings."),
@@ -85,10 +86,10 @@ SettingsSheet::SettingsSheet(const Appearance& appearance, LibraryStore& lib,
 
     QObject::connect(mode_, &QComboBox::activated, this,
                      [this](int mode) { lib_.setAppearance(static_cast<AppearanceMode>(mode)); });
-    QObject::connect(photoBar_, &Switch::clicked, this, [this](bool on) { lib_.setShowsFilmstrip(on); });
-    QObject::connect(usage_, &Switch::clicked, this, [this](bool on) {
-        settings_.set(settingsKey::shareUsageCounts, on);
-    });
+    QObject::connect(photoBar_, &Switch::clicked, this,
+                     [this](bool on) { lib_.setShowsFilmstrip(on); });
+    QObject::connect(usage_, &Switch::clicked, this,
+                     [this](bool on) { settings_.set(settingsKey::shareUsageCounts, on); });
     QObject::connect(name_, &QLineEdit::textEdited, this, [this](const QString& name) {
         settings_.set(settingsKey::profileName, name.trimmed().toStdString());
         if (onProfileChanged) onProfileChanged();
@@ -114,7 +115,8 @@ void SettingsSheet::makeIcons() {
     row->setSpacing(0);
     for (std::size_t at = 0; at < profileIcons.size(); ++at) {
         const QString title = words(profileIcons[at].title);
-        auto* button = named(new IconButton(look_, profileIcons[at].icon), "profileIcon", title, title);
+        auto* button =
+            named(new IconButton(look_, profileIcons[at].icon), "profileIcon", title, title);
         button->setCheckable(true);
         icons_->addButton(button, static_cast<int>(at));
         row->addWidget(button);

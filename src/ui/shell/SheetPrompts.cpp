@@ -21,7 +21,8 @@ void SheetPrompts::ask(const Question& question, Chosen chosen) {
     column->setContentsMargins(24, 24, 24, 20);
     column->setSpacing(measure::unit);
     column->addWidget(wrappedLabel(words(question.title), "heading", 372));
-    if (!question.text.empty()) column->addWidget(wrappedLabel(words(question.text), "secondary", 372));
+    if (!question.text.empty())
+        column->addWidget(wrappedLabel(words(question.text), "secondary", 372));
     column->addSpacing(measure::unit);
     auto* row = new QHBoxLayout;
     row->addStretch(1);
@@ -31,7 +32,8 @@ void SheetPrompts::ask(const Question& question, Chosen chosen) {
     std::vector<QPushButton*> buttons;
     for (std::size_t at = 0; at < question.buttons.size(); ++at) {
         const QString title = words(question.buttons[at]);
-        auto* button = named(new QPushButton(title), qPrintable(QString("answer%1").arg(at)), title, title);
+        auto* button =
+            named(new QPushButton(title), qPrintable(QString("answer%1").arg(at)), title, title);
         button->setAutoDefault(true);
         const bool harmless = at + 1 == question.buttons.size();
         button->setProperty("kind", harmless ? "primary" : "");

@@ -93,7 +93,8 @@ void showAbout(const Appearance& appearance, QWidget* window, const QString& ver
     column->addWidget(label("Kelvaro", "greeting"), 0, Qt::AlignHCenter);
     column->addWidget(label(words("Version %1").arg(version), "secondary"), 0, Qt::AlignHCenter);
     column->addSpacing(measure::unit);
-    auto* text = wrappedLabel(words("A photo library and non-destructive RAW developer"), "secondary", 260);
+    auto* text =
+        wrappedLabel(words("A photo library and non-destructive RAW developer"), "secondary", 260);
     text->setAlignment(Qt::AlignHCenter);
     column->addWidget(text, 0, Qt::AlignHCenter);
     column->addSpacing(measure::margin);
@@ -118,7 +119,8 @@ void showIntroduction(const Appearance& appearance, QWidget* window,
     const auto show = [stack, place, next](int at) {
         stack->setCurrentIndex(at);
         place->setText(words("%1 of %2").arg(at + 1).arg(int(pages.size())));
-        const QString title = at + 1 == int(pages.size()) ? words("Add a folder of photos") : words("Continue");
+        const QString title =
+            at + 1 == int(pages.size()) ? words("Add a folder of photos") : words("Continue");
         next->setText(title);
         next->setAccessibleName(title);
         next->setToolTip(title);

@@ -1,4 +1,5 @@
-// Small sheets that only tell something: about the program, and the introduction of the first start.
+// Small sheets that only tell something: about the program, and the introduction of the first
+// start.
 #pragma once
 
 #include "ui/controls/Overlay.h"

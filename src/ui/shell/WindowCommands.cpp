@@ -78,7 +78,8 @@ void MainWindow::offerDeletion(const std::vector<PhotoUrl>& refused) {
     parts_.prompts->ask({"delete", alert.title, alert.text, {alert.confirm, alert.cancel}},
                         [this, refused](std::size_t answer) {
                             if (answer == 0)
-                                parts_.library.deleteImmediately(refused, [](const RemovalResult&) {});
+                                parts_.library.deleteImmediately(refused,
+                                                                 [](const RemovalResult&) {});
                         });
 }
 
@@ -174,10 +175,12 @@ void MainWindow::bindEditCommands() {
 // In the grid there is nothing to undo it with, so it asks first.
 void MainWindow::revert() {
     const auto photos = parts_.library.targets();
-    const std::string title = photos.size() == 1
-                                  ? "Revert “" + texts::displayName(photos.front()) + "” to the original?"
-                                  : "Revert " + std::to_string(photos.size()) + " photos to the original?";
-    parts_.prompts->ask({"revert", title, "Every adjustment is cleared, the crop included; masks stay.",
+    const std::string title =
+        photos.size() == 1 ? "Revert “" + texts::displayName(photos.front()) + "” to the original?"
+                           : "Revert " + std::to_string(photos.size()) + " photos to the original?";
+    parts_.prompts->ask({"revert",
+                         title,
+                         "Every adjustment is cleared, the crop included; masks stay.",
                          {"Revert", "Cancel"}},
                         [this, photos](std::size_t answer) {
                             if (answer == 0) parts_.library.revertToOriginal(photos);
@@ -210,9 +213,8 @@ void MainWindow::bindViewCommands() {
 }
 
 void MainWindow::bindHelpCommands() {
-    commands_->on(CommandId::about, [this] {
-        showAbout(parts_.appearance, this, fromUtf8(parts_.version));
-    });
+    commands_->on(CommandId::about,
+                  [this] { showAbout(parts_.appearance, this, fromUtf8(parts_.version)); });
     commands_->on(CommandId::introduction, [this] { introduce(); });
     commands_->on(CommandId::crashReports, [this] {
         const auto folder = parts_.folders.support / "crash-reports";
@@ -224,13 +226,17 @@ void MainWindow::bindHelpCommands() {
         parts_.desktop.composeMail(draft.to, draft.subject, shownText(draft.body));
     };
     commands_->on(CommandId::reportProblem, [this, compose] {
-        compose(problemReport({parts_.version, parts_.desktop.systemName(), parts_.desktop.processorName()}));
+        compose(problemReport(
+            {parts_.version, parts_.desktop.systemName(), parts_.desktop.processorName()}));
     });
     commands_->on(CommandId::sendFeedback, [compose] { compose(feedback()); });
-    commands_->on(CommandId::website, [this] { parts_.desktop.openWeb(std::string(websiteAddress)); });
+    commands_->on(CommandId::website,
+                  [this] { parts_.desktop.openWeb(std::string(websiteAddress)); });
     commands_->on(CommandId::checkForUpdates, [this] {
-        parts_.prompts->ask({"updates", "Kelvaro " + parts_.version,
-                             "New versions come with your system's software updates.", {"OK"}},
+        parts_.prompts->ask({"updates",
+                             "Kelvaro " + parts_.version,
+                             "New versions come with your system's software updates.",
+                             {"OK"}},
                             [](std::size_t) {});
     });
 }

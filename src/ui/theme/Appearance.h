@@ -1,6 +1,6 @@
-// The appearance that the window has now, shared by everything that draws: one theme, whether things
-// may move, and the way to change both. Widgets read it when they paint; a change reaches them as
-// Qt's palette change. Main thread.
+// The appearance that the window has now, shared by everything that draws: one theme, whether
+// things may move, and the way to change both. Widgets read it when they paint; a change reaches
+// them as Qt's palette change. Main thread.
 #pragma once
 
 #include "ui/theme/Icons.h"

@@ -72,13 +72,20 @@ QIcon icon(IconName name, const QColor& colour, const QColor& disabled) {
 
 const char* iconPath(IconName name) {
     switch (name) {
-    case IconName::add: return "M10 4v12M4 10h12";
-    case IconName::back: return "M12 4.5 6.5 10l5.5 5.5";
-    case IconName::check: return "M4.5 10.5 8.5 14.5 15.5 6";
-    case IconName::chevronDown: return "M5.5 8 10 12.5 14.5 8";
-    case IconName::chevronRight: return "M8 5.5 12.5 10 8 14.5";
-    case IconName::close: return "M5.5 5.5l9 9M14.5 5.5l-9 9";
-    case IconName::drive: return "M3 12.5 5 5h10l2 7.5v3H3zM3 12.5h14M13.5 14h.5";
+    case IconName::add:
+        return "M10 4v12M4 10h12";
+    case IconName::back:
+        return "M12 4.5 6.5 10l5.5 5.5";
+    case IconName::check:
+        return "M4.5 10.5 8.5 14.5 15.5 6";
+    case IconName::chevronDown:
+        return "M5.5 8 10 12.5 14.5 8";
+    case IconName::chevronRight:
+        return "M8 5.5 12.5 10 8 14.5";
+    case IconName::close:
+        return "M5.5 5.5l9 9M14.5 5.5l-9 9";
+    case IconName::drive:
+        return "M3 12.5 5 5h10l2 7.5v3H3zM3 12.5h14M13.5 14h.5";
     case IconName::driveMissing:
         return "M3 12.5 5 5h10l2 7.5v3H3zM3 12.5h14M8.2 7.2l3.6 3.6M11.8 7.2 8.2 10.8";
     case IconName::edited:
@@ -89,36 +96,54 @@ const char* iconPath(IconName name) {
     case IconName::favoriteFilled:
         return "M10 16.2C5.2 13 3 10.6 3 7.7 3 5.6 4.6 4 6.6 4c1.4 0 2.7.8 3.4 2 .7-1.2 2-2 3.4-2 "
                "2 0 3.6 1.6 3.6 3.7 0 2.9-2.2 5.3-7 8.5z";
-    case IconName::filter: return "M3.5 5.5h13M6 10h8M8.5 14.5h3";
-    case IconName::folder: return "M3 15.5v-11h5l1.5 2H17v9z";
+    case IconName::filter:
+        return "M3.5 5.5h13M6 10h8M8.5 14.5h3";
+    case IconName::folder:
+        return "M3 15.5v-11h5l1.5 2H17v9z";
     case IconName::gear:
-        return "M10 7.3a2.7 2.7 0 1 0 0 5.4 2.7 2.7 0 0 0 0-5.4zM10 3v2M10 15v2M3 10h2M15 10h2M5.05 "
+        return "M10 7.3a2.7 2.7 0 1 0 0 5.4 2.7 2.7 0 0 0 0-5.4zM10 3v2M10 15v2M3 10h2M15 "
+               "10h2M5.05 "
                "5.05 6.5 6.5M13.5 13.5l1.45 1.45M5.05 14.95 6.5 13.5M13.5 6.5l1.45-1.45";
     case IconName::info:
         return "M10 3a7 7 0 1 0 0 14 7 7 0 0 0 0-14zM10 9.2v4.3M10 6.4v.2";
     case IconName::photos:
         return "M3 4.5h14v11H3zM3 13l4-4 3.5 3.5L13 10l4 3.8M13 7.4h.2";
     case IconName::person:
-        return "M10 3.2a3.3 3.3 0 1 0 0 6.6 3.3 3.3 0 0 0 0-6.6zM3.8 16.8c.6-3 3-4.6 6.2-4.6s5.6 1.6 "
+        return "M10 3.2a3.3 3.3 0 1 0 0 6.6 3.3 3.3 0 0 0 0-6.6zM3.8 16.8c.6-3 3-4.6 6.2-4.6s5.6 "
+               "1.6 "
                "6.2 4.6";
-    case IconName::search: return "M8.8 3.5a5.3 5.3 0 1 0 0 10.6 5.3 5.3 0 0 0 0-10.6zM12.7 12.7l4 4";
-    case IconName::sidebar: return "M3 4.5h14v11H3zM7.8 4.5v11";
-    case IconName::sort: return "M6.5 4v12M3.8 13.3 6.5 16l2.7-2.7M13.5 16V4M10.8 6.7 13.5 4l2.7 2.7";
-    case IconName::sortAscending: return "M10 16V4M6 8l4-4 4 4";
-    case IconName::sortDescending: return "M10 4v12M6 12l4 4 4-4";
-    case IconName::squareSmall: return "M7 7h6v6H7z";
-    case IconName::squareLarge: return "M4 4h12v12H4z";
-    case IconName::stop: return "M6.5 6.5h7v7h-7z";
-    case IconName::trash: return "M4 5.8h12M8 5.5v-2h4v2M5.5 6l.8 10.5h7.4L14.5 6M8.5 9v4.5M11.5 9v4.5";
+    case IconName::search:
+        return "M8.8 3.5a5.3 5.3 0 1 0 0 10.6 5.3 5.3 0 0 0 0-10.6zM12.7 12.7l4 4";
+    case IconName::sidebar:
+        return "M3 4.5h14v11H3zM7.8 4.5v11";
+    case IconName::sort:
+        return "M6.5 4v12M3.8 13.3 6.5 16l2.7-2.7M13.5 16V4M10.8 6.7 13.5 4l2.7 2.7";
+    case IconName::sortAscending:
+        return "M10 16V4M6 8l4-4 4 4";
+    case IconName::sortDescending:
+        return "M10 4v12M6 12l4 4 4-4";
+    case IconName::squareSmall:
+        return "M7 7h6v6H7z";
+    case IconName::squareLarge:
+        return "M4 4h12v12H4z";
+    case IconName::stop:
+        return "M6.5 6.5h7v7h-7z";
+    case IconName::trash:
+        return "M4 5.8h12M8 5.5v-2h4v2M5.5 6l.8 10.5h7.4L14.5 6M8.5 9v4.5M11.5 9v4.5";
     case IconName::aperture:
         return "M10 3a7 7 0 1 0 0 14 7 7 0 0 0 0-14zM7.8 8.7 12 3.4M12.4 8.2 5.3 7M14.6 12.7 9.2 "
                "17M7.4 11.8l7.3 1.3M3.4 12.5 8 16.5M12.2 11.5l4.6-2.7";
-    case IconName::mountain: return "M2.5 15.5 8 6.5l3.2 5.2 2-3 4.3 6.8z";
-    case IconName::leaf: return "M4 16C4 8 8 4 16.5 4 16.5 12 12 15 6 14.5M4 16.5C5.5 13 8 10.5 11.5 8.5";
+    case IconName::mountain:
+        return "M2.5 15.5 8 6.5l3.2 5.2 2-3 4.3 6.8z";
+    case IconName::leaf:
+        return "M4 16C4 8 8 4 16.5 4 16.5 12 12 15 6 14.5M4 16.5C5.5 13 8 10.5 11.5 8.5";
     case IconName::star:
         return "M10 3.2l2.1 4.4 4.8.6-3.5 3.3.9 4.8L10 14l-4.3 2.3.9-4.8L3.1 8.2l4.8-.6z";
-    case IconName::moon: return "M15.8 12.2A6.4 6.4 0 0 1 7.8 4.2 6.6 6.6 0 1 0 15.8 12.2z";
-    case IconName::wave: return "M2.8 8c2.4-2.4 4.8-2.4 7.2 0s4.8 2.4 7.2 0M2.8 13c2.4-2.4 4.8-2.4 7.2 0s4.8 2.4 7.2 0";
+    case IconName::moon:
+        return "M15.8 12.2A6.4 6.4 0 0 1 7.8 4.2 6.6 6.6 0 1 0 15.8 12.2z";
+    case IconName::wave:
+        return "M2.8 8c2.4-2.4 4.8-2.4 7.2 0s4.8 2.4 7.2 0M2.8 13c2.4-2.4 4.8-2.4 7.2 0s4.8 2.4 "
+               "7.2 0";
     }
     return "";
 }

@@ -1,5 +1,5 @@
-// The icons, all drawn in one hand: line drawings on a 20 px grid with strokes of 1.5 px, coloured by
-// whoever asks and sharp at every scaling. Main thread.
+// The icons, all drawn in one hand: line drawings on a 20 px grid with strokes of 1.5 px, coloured
+// by whoever asks and sharp at every scaling. Main thread.
 #pragma once
 
 #include <QColor>

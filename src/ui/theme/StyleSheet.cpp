@@ -1,5 +1,5 @@
-// How the standard controls look, as one style sheet whose colours come from the theme. Controls that
-// are drawn by hand are not mentioned here.
+// How the standard controls look, as one style sheet whose colours come from the theme. Controls
+// that are drawn by hand are not mentioned here.
 #include "ui/theme/Theme.h"
 
 #include <utility>

@@ -27,8 +27,8 @@ double luminance(const QColor& colour) {
 
 // A desktop that names no font of its own gives one of these.
 bool isGenericFamily(const QString& family) {
-    static const QStringList generic{"", "Sans Serif", "Sans", "sans-serif", "DejaVu Sans",
-                                     "Helvetica"};
+    static const QStringList generic{"",           "Sans Serif",  "Sans",
+                                     "sans-serif", "DejaVu Sans", "Helvetica"};
     return generic.contains(family);
 }
 
@@ -98,8 +98,12 @@ Theme Theme::forLight() {
 QFont interfaceFont(TextRole role) {
     QFont font(interfaceFamily());
     switch (role) {
-    case TextRole::body: font.setPixelSize(measure::bodyPx); break;
-    case TextRole::caption: font.setPixelSize(measure::captionPx); break;
+    case TextRole::body:
+        font.setPixelSize(measure::bodyPx);
+        break;
+    case TextRole::caption:
+        font.setPixelSize(measure::captionPx);
+        break;
     case TextRole::heading:
         font.setPixelSize(measure::headingPx);
         font.setWeight(QFont::DemiBold);

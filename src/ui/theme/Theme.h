@@ -14,8 +14,8 @@ struct Theme {
     QColor window, panel, control, canvas;
     QColor hover, pressed, hairline; // laid over what is below
     QColor text, secondary, disabled;
-    QColor accent;      // lines, focus, selection
-    QColor primary;     // filled behind `onPrimary`
+    QColor accent;  // lines, focus, selection
+    QColor primary; // filled behind `onPrimary`
     QColor onPrimary;
     QColor selectedRow; // filled behind `text`
     QColor cell;        // behind a selected photo

@@ -9,9 +9,10 @@ namespace kelvaro {
 QImage imageOf(const std::shared_ptr<const Bitmap>& pixels) {
     auto* owner = new std::shared_ptr<const Bitmap>(pixels);
     const auto format = pixels->channels == 4 ? QImage::Format_RGBX8888 : QImage::Format_RGB888;
-    return QImage(pixels->row<uchar>(0), pixels->size.width, pixels->size.height,
-                  static_cast<qsizetype>(pixels->rowBytes()), format,
-                  [](void* kept) { delete static_cast<std::shared_ptr<const Bitmap>*>(kept); }, owner);
+    return QImage(
+        pixels->row<uchar>(0), pixels->size.width, pixels->size.height,
+        static_cast<qsizetype>(pixels->rowBytes()), format,
+        [](void* kept) { delete static_cast<std::shared_ptr<const Bitmap>*>(kept); }, owner);
 }
 
 PhotoCanvas::PhotoCanvas(const Appearance& appearance, RenderEngine& engine,
@@ -106,8 +107,9 @@ void PhotoCanvas::paintEvent(QPaintEvent*) {
     const auto middle = [ratio](int side, int shown) {
         return std::floor((side * ratio - shown) / 2) / ratio;
     };
-    const QRectF target(middle(width(), pictureSize_.width()), middle(height(), pictureSize_.height()),
-                        pictureSize_.width() / ratio, pictureSize_.height() / ratio);
+    const QRectF target(middle(width(), pictureSize_.width()),
+                        middle(height(), pictureSize_.height()), pictureSize_.width() / ratio,
+                        pictureSize_.height() / ratio);
     painter.setRenderHint(QPainter::SmoothPixmapTransform, picture_.size() != pictureSize_);
     painter.drawImage(target, picture_);
 }

@@ -17,7 +17,10 @@ namespace kelvaro {
 ViewerPage::ViewerPage(const Appearance& appearance, LibraryStore& lib, RenderEngine& engine,
                        PhotoSessionCache& sessions, ThumbnailLoader& thumbnails,
                        CommandActions& commands, QWidget* parent)
-    : QWidget(parent), lib_(lib), thumbnails_(thumbnails), bar_(new QWidget(this)),
+    : QWidget(parent),
+      lib_(lib),
+      thumbnails_(thumbnails),
+      bar_(new QWidget(this)),
       canvas_(new PhotoCanvas(appearance, engine, sessions, this)) {
     setObjectName("viewer");
     setFocusPolicy(Qt::StrongFocus);
@@ -66,7 +69,8 @@ void ViewerPage::makeBar(const Appearance& appearance, CommandActions& commands)
     row->addWidget(actionButton(appearance, IconName::info, commands.action(CommandId::photoInfo),
                                 "infoButton", bar_));
     row->addWidget(actionButton(appearance, IconName::exportArrow,
-                                commands.action(CommandId::exportPhotos), "viewerExportButton", bar_));
+                                commands.action(CommandId::exportPhotos), "viewerExportButton",
+                                bar_));
 }
 
 void ViewerPage::setSidePanel(QWidget* panel) {
@@ -109,7 +113,8 @@ void ViewerPage::showTools() {
     name_->setText(fromUtf8(texts::displayName(*open)));
     favorite_->setIconName(tools.isFavorite ? IconName::favoriteFilled : IconName::favorite);
     const auto& photos = lib_.view().get()->photos;
-    const auto at = std::ranges::find_if(photos, [&](const Photo* each) { return each->url == *open; });
+    const auto at =
+        std::ranges::find_if(photos, [&](const Photo* each) { return each->url == *open; });
     place_->setText(at == photos.end() ? QString()
                                        : words("%1 of %2")
                                              .arg(number(at - photos.begin() + 1))
@@ -118,10 +123,17 @@ void ViewerPage::showTools() {
 
 void ViewerPage::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
-    case Qt::Key_Left: lib_.openNeighbour(-1); break;
-    case Qt::Key_Right: lib_.openNeighbour(1); break;
-    case Qt::Key_Escape: lib_.closeEditor(); break;
-    default: QWidget::keyPressEvent(event);
+    case Qt::Key_Left:
+        lib_.openNeighbour(-1);
+        break;
+    case Qt::Key_Right:
+        lib_.openNeighbour(1);
+        break;
+    case Qt::Key_Escape:
+        lib_.closeEditor();
+        break;
+    default:
+        QWidget::keyPressEvent(event);
     }
 }
 

@@ -77,9 +77,9 @@ TEST_F(ListingTest, AReplacedFileOfTheSameSizeAndTimeIsAnother) {
     const FileStatus before = *files.status(folder / "a.json");
     const std::string text = "2";
     ASSERT_TRUE(writeAtomically(files, folder / "a.json", std::as_bytes(std::span(text))));
-    const timespec same[] = {{0, UTIME_OMIT},
-                             {before.modified.nanoseconds / 1'000'000'000,
-                              before.modified.nanoseconds % 1'000'000'000}};
+    const timespec same[] = {
+        {0, UTIME_OMIT},
+        {before.modified.nanoseconds / 1'000'000'000, before.modified.nanoseconds % 1'000'000'000}};
     ASSERT_EQ(::utimensat(AT_FDCWD, (folder / "a.json").c_str(), same, 0), 0);
     const FileStatus after = *files.status(folder / "a.json");
     EXPECT_EQ(after.modified, before.modified);

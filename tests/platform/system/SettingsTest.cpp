@@ -75,7 +75,8 @@ TEST(SettingsTest, FoldersFollowTheEnvironment) {
     const std::string home = root.path().string();
     writeFile(root / ".config/user-dirs.dirs",
               "# comment\nXDG_MUSIC_DIR=\"$HOME/M\"\nXDG_PICTURES_DIR=\"$HOME/Bilder\"\n");
-    const UserFolders plain = userFolders(environmentOf({{"HOME", home}, {"XDG_DATA_HOME", "rel"}}));
+    const UserFolders plain =
+        userFolders(environmentOf({{"HOME", home}, {"XDG_DATA_HOME", "rel"}}));
     EXPECT_EQ(plain.pictures, home + "/Bilder");
     EXPECT_EQ(plain.settings, home + "/.config/Kelvaro");
     EXPECT_EQ(plain.support, home + "/.local/share/Kelvaro");
@@ -93,7 +94,8 @@ TEST(SettingsTest, ASandboxBeginsEmptyAndNeverWritesTheUsersSettings) {
     writeFile(own, R"({"folders": ["/mine"], "thumbSize": 99})");
     const std::string before = readFile(own);
     {
-        auto boxed = openSettings(files, environmentOf({{"HOME", home}, {"KELVARO_SANDBOX", "/t/box/"}}));
+        auto boxed =
+            openSettings(files, environmentOf({{"HOME", home}, {"KELVARO_SANDBOX", "/t/box/"}}));
         EXPECT_EQ(boxed->get<List>("folders"), List{"/mine"});
         EXPECT_EQ(boxed->value("thumbSize"), std::nullopt);
         boxed->set("folders", List{"/other"});
@@ -102,16 +104,17 @@ TEST(SettingsTest, ASandboxBeginsEmptyAndNeverWritesTheUsersSettings) {
     }
     EXPECT_EQ(readFile(own), before);
     EXPECT_TRUE(std::filesystem::exists(root / ".config/Kelvaro/app.kelvaro.mac.sandbox.box.json"));
-    auto again = openSettings(files, environmentOf({{"HOME", home},
-                                                    {"KELVARO_SANDBOX", "box"},
-                                                    {"KELVARO_TEST_FOLDER", "/test"}}));
+    auto again = openSettings(
+        files, environmentOf(
+                   {{"HOME", home}, {"KELVARO_SANDBOX", "box"}, {"KELVARO_TEST_FOLDER", "/test"}}));
     EXPECT_EQ(again->get<List>("folders"), List{"/test"});
     EXPECT_EQ(again->value("thumbSize"), std::nullopt) << "emptied at every start";
     auto unnamed = openSettings(files, environmentOf({{"HOME", home}, {"KELVARO_SANDBOX", ""}}));
     unnamed->flush();
     EXPECT_TRUE(
         std::filesystem::exists(root / ".config/Kelvaro/app.kelvaro.mac.sandbox.default.json"));
-    auto normal = openSettings(files, environmentOf({{"HOME", home}, {"KELVARO_TEST_FOLDER", "/t"}}));
+    auto normal =
+        openSettings(files, environmentOf({{"HOME", home}, {"KELVARO_TEST_FOLDER", "/t"}}));
     EXPECT_EQ(normal->get<List>("folders"), List{"/mine"}) << "only with a sandbox";
 }
 
