@@ -16,6 +16,14 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+// Others may remove what lies inside at the same time.
+void removeWhileOthersWrite(const fs::path& folder) {
+    std::error_code failure;
+    do
+        fs::remove_all(folder, failure);
+    while (fs::exists(folder, failure));
+}
+
 class ExporterFailureTest : public ExportStage {
 protected:
     void expectOnlyWhole(const Exporter::State& state) {
@@ -34,7 +42,7 @@ TEST_F(ExporterFailureTest, AFailureAtAnyCallLeavesWholeFilesOnly) {
     exported(photos, counting);
     ASSERT_GT(counting.calls(), 10);
     for (int call = 1; call <= counting.calls(); ++call) {
-        fs::remove_all(folder / "out");
+        removeWhileOthersWrite(folder / "out");
         FailingFileSystem failing(real, {call, FailureKind::unwritable});
         const auto state = exported(photos, failing);
         expectOnlyWhole(state);
@@ -78,7 +86,7 @@ TEST_F(ExporterFailureTest, ARealFullDiskKeepsWhatFits) {
 
 TEST_F(ExporterFailureTest, AFolderThatVanishesFailsWhatIsLeft) {
     const std::vector photos{photo("A.jpg"), photo("B.jpg")};
-    writer.beforeWrite = [&] { fs::remove_all(folder / "out"); };
+    writer.beforeWrite = [&] { removeWhileOthersWrite(folder / "out"); };
     const auto state = exported(photos);
     EXPECT_EQ(state.exported + state.failures.size(), 2u);
     EXPECT_GE(state.failures.size(), 1u);

@@ -35,7 +35,7 @@ private:
 
 // Creates missing parents too.
 inline void writeFile(const std::filesystem::path& path, std::string_view content) {
-    std::filesystem::create_directories(path.parent_path());
+    if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << content;
 }
 

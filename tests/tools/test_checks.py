@@ -68,7 +68,7 @@ FAULTS = {
 LIBRARY_FAULTS = {  # header: (a file that may not see it)
     "jpeglib.h": "src/platform/raw/A.cpp", "png.h": "src/cli/A.cpp",
     "tiffio.h": "src/platform/metadata/A.cpp", "libheif/heif.h": "src/develop/A.cpp",
-    "lcms2.h": "src/platform/raw/A.cpp", "libraw/libraw.h": "src/platform/codecs/A.cpp",
+    "lcms2.h": "src/platform/system/A.cpp", "libraw/libraw.h": "src/platform/codecs/A.cpp",
     "exiv2/exiv2.hpp": "src/platform/codecs/A.cpp", "QString": "src/platform/system/A.h",
     "QtCore/QFile": "src/cli/A.cpp", "sqlite3.h": "src/platform/system/A.cpp",
     "tbb/parallel_for.h": "src/develop/A.cpp", "oneapi/tbb/task_group.h": "src/recipe/A.cpp",

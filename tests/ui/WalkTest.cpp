@@ -14,10 +14,12 @@ protected:
     void clickCell(int index, Qt::KeyboardModifiers held = {}) {
         QTest::mouseClick(grid().viewport(), Qt::LeftButton, held,
                           grid().cellOnScreen(index).center());
+        QApplication::processEvents(); // as between two acts of a hand
     }
     void pressKey(Qt::Key key, Qt::KeyboardModifiers held = {}) {
         QWidget* receiver = QApplication::focusWidget();
         QTest::keyClick(receiver ? receiver : window.get(), key, held);
+        QApplication::processEvents();
     }
     void addPhotos(int count) {
         script.folder = photos("Trip", count);

@@ -38,6 +38,7 @@ void EmptyView::show(const EmptyState& state, IconName icon) {
     text_->setText(words(state.text));
     const QString title = words(state.button);
     button_->setVisible(!state.button.empty());
+    button_->setEnabled(!state.button.empty());
     button_->setText(title);
     button_->setAccessibleName(title);
     button_->setToolTip(title);

@@ -11,8 +11,8 @@ namespace kelvaro::test {
 namespace {
 
 double curve(double x) {
-    const double u = std::abs(x) / 0.18, r = u * (u + 2) * (u + 2) / 9;
-    return std::copysign(std::min(1.0, 1.008 * r / (r + 4.6)), x);
+    const double u = std::abs(x) / 0.18, r = u * (u + 0.8) / 1.8;
+    return std::copysign(std::min(1.0, 1.03168 * r / (r + 4.73158)), x);
 }
 
 Rgb rendered(const Sample& sample, const std::vector<double>&) {
