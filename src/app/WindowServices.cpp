@@ -26,6 +26,7 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
     render_ = std::make_unique<RenderServices>(
         services_, *services_.clock, main, folders_,
         RenderLogs{options.logsRenderTimes, options.logsThumbnailTimes});
+    const RecoveryReport recovered = EditingServices::recover(services_, folders_);
     library_ = std::make_unique<LibraryStore>(LibraryServices{.files = *services_.files,
                                                               .settings = *settings_,
                                                               .folders = folders_,
@@ -39,6 +40,8 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                               .watcher = watcher_.get(),
                                                               .drives = drives_.get(),
                                                               .metaCache = metaCache_.get()});
+    editing_ =
+        std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
     RenderEngine& engine = render_->engine();
     exporter_ = std::make_unique<Exporter>(ExportParts{.files = *services_.files,
                                                        .random = *services_.random,
