@@ -40,8 +40,7 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                               .watcher = watcher_.get(),
                                                               .drives = drives_.get(),
                                                               .metaCache = metaCache_.get()});
-    editing_ =
-        std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
+    editing_ = std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
     RenderEngine& engine = render_->engine();
     exporter_ = std::make_unique<Exporter>(ExportParts{.files = *services_.files,
                                                        .random = *services_.random,

@@ -137,8 +137,8 @@ void MainWindow::showRoot() {
     if (dark != parts_.appearance.theme().dark) applyAppearance();
     QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_) : library_;
     if (pages_->currentWidget() != page) {
-        const QRect cell = state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get())
-                                           : QRect();
+        const QRect cell =
+            state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get()) : QRect();
         pages_->setCurrentWidget(page);
         state.isEditing ? editor_->canvas().setFocus() : library_->grid().setFocus();
         if (cell.isValid()) editor_->growFrom(cell);
