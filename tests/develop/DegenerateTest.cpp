@@ -116,28 +116,7 @@ TEST(Degenerate, EveryPhotoDevelopsToNumbers) {
             }
 }
 
-// Decoders turn what is no number into 0, so such a photo is black.
-TEST(Degenerate, APhotoOfNoNumbersIsBlack) {
-    const auto renderer = makeTiledRenderer(1);
-    BrushRaster brushes;
-    const float odd[] = {NAN, INFINITY, -INFINITY};
-    const PixelSize size{9, 7};
-    Bitmap samples(size, 3, SampleType::f32);
-    for (int y = 0; y < size.height; ++y)
-        for (int i = 0; i < 3 * size.width; ++i)
-            samples.row<float>(y)[i] = odd[(i + y) % 3];
-    const ImageSource source =
-        bitmapSource("a.tif", "", imageFrom(sourceFrom(std::move(samples), {})), size);
-    const Raster unedited = test::drawn(*renderer, source.bitmap);
-    EXPECT_EQ(test::pixelAt(unedited, 4, 3), (test::Pixel{0, 0, 0, 1}));
-    for (const Adjustments& edit : {test::everything(), strongest(1), strongest(-1)}) {
-        const auto image = developedPhoto(source, edit, 1, *renderer, brushes, nullptr);
-        ASSERT_TRUE(image);
-        expectNumbers(*renderer, straightenedAndCropped(*image, edit), "no numbers");
-    }
-}
-
-// Nothing ends or hangs even where a renderer is given such pixels directly.
+// Decoders turn what is no number into 0; but where such pixels come all the same, everything ends.
 TEST(Degenerate, PixelsThatAreNoNumbersStopNothing) {
     const auto renderer = makeTiledRenderer(1);
     BrushRaster brushes;
