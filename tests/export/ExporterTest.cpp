@@ -64,7 +64,7 @@ TEST_F(ExportStage, AppliesTheRecipeAndItsCrop) {
 
 // RAW photos are made strip by strip where the export reads them; nobody may see that.
 TEST_F(ExportStage, RawPhotosLookAsOnTheScreen) {
-    SyntheticDng dng;
+    test::SyntheticDng dng;
     dng.width = 640, dng.height = 480;
     dng.active = {0, 0, 480, 640};
     dng.crop = {0, 0, 640, 480};
