@@ -8,7 +8,6 @@
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
-#include "platform/MetadataCopier.h"
 #include "platform/SettingsStore.h"
 
 namespace kelvaro {
@@ -36,7 +35,6 @@ private:
     std::unique_ptr<Trash> trash_;
     std::unique_ptr<FolderWatcher> watcher_;
     std::unique_ptr<DriveTable> drives_;
-    std::unique_ptr<MetadataCopier> metadata_;
     std::unique_ptr<MetaCache> metaCache_;
     std::unique_ptr<RenderServices> render_;
     std::unique_ptr<LibraryStore> library_;
