@@ -2,6 +2,7 @@
 // the platform's objects, the renderer, the library and the exporter.
 #pragma once
 
+#include "app/EditingServices.h"
 #include "app/LaunchOptions.h"
 #include "app/RenderServices.h"
 #include "app/Services.h"
@@ -22,6 +23,7 @@ public:
     Services& services() { return services_; }
     RenderServices& render() { return *render_; }
     LibraryStore& library() { return *library_; }
+    EditingServices& editing() { return *editing_; }
     Exporter& exporter() { return *exporter_; }
     SettingsStore& settings() { return *settings_; }
     const UserFolders& folders() const { return folders_; }
@@ -38,6 +40,7 @@ private:
     std::unique_ptr<MetaCache> metaCache_;
     std::unique_ptr<RenderServices> render_;
     std::unique_ptr<LibraryStore> library_;
+    std::unique_ptr<EditingServices> editing_;
     std::unique_ptr<Exporter> exporter_;
 };
 

@@ -367,6 +367,10 @@ void LibraryStore::copyAdjustments(const PhotoUrl& photo) {
     showNotice(std::string(texts::adjustmentsCopied));
 }
 
+void LibraryStore::setClipboard(const Adjustments& adjustments) {
+    parts_->clipboard.set(adjustments);
+}
+
 void LibraryStore::pasteAdjustments(const std::vector<PhotoUrl>& photos, PasteGeometry geometry) {
     Parts& p = *parts_;
     if (!p.clipboard.get()) return;
@@ -459,6 +463,10 @@ bool LibraryStore::isIdle() const {
     const Parts& p = *parts_;
     return p.indexingFolders->empty() && p.readingMetas.empty() && p.writer.isIdle() &&
            p.views.isIdle() && p.running == 0;
+}
+
+void LibraryStore::afterWrites(std::function<void()> job) {
+    parts_->writer.post(std::move(job));
 }
 
 void LibraryStore::waitForWrites() {

@@ -196,6 +196,7 @@ public:
     void setAdjustments(const PhotoUrl& photo, const Adjustments& adjustments);
     void revertToOriginal(const std::vector<PhotoUrl>& photos);
     void copyAdjustments(const PhotoUrl& photo);
+    void setClipboard(const Adjustments& adjustments); // without a notice
     void pasteAdjustments(const std::vector<PhotoUrl>& photos,
                           PasteGeometry geometry = PasteGeometry::keepOwn);
     void setFavorite(const std::vector<PhotoUrl>& photos, bool favorite);
@@ -235,6 +236,9 @@ public:
     bool isIdle() const;
     // All writes so far have ended. Blocks.
     void waitForWrites();
+
+    // Runs `job` on the queue that writes edits and favourites, after the writes so far.
+    void afterWrites(std::function<void()> job);
 
     // --- View states: each is read again after changes and published only when it differs ---
     const LibrarySlice<RootState>& rootState() const;

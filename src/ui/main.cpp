@@ -54,6 +54,7 @@ int run(int argc, char** argv) {
                            .engine = parts.render().engine(),
                            .sessions = parts.render().sessions(),
                            .thumbnails = parts.render().thumbnails(),
+                           .editing = parts.editing(),
                            .exporter = parts.exporter(),
                            .settings = parts.settings(),
                            .folders = parts.folders(),

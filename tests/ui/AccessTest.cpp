@@ -64,6 +64,18 @@ TEST_F(Access, EveryControlHasNameTabAndHelp) {
     EXPECT_EQ(faultsBelow(window.get()).join("\n").toStdString(), "");
 }
 
+TEST_F(Access, EveryToolOfTheEditorHasNameTabAndHelp) {
+    settings.set("folders", std::vector<std::string>{photos("Trip", 2).string()});
+    open();
+    library->openEditor(PhotoUrl(library->view().get()->photos.front()->url));
+    settle();
+    for (const CommandId id : {CommandId::crop, CommandId::masks}) {
+        window->commands().action(id)->trigger();
+        settle();
+        EXPECT_EQ(faultsBelow(&window->editor()).join("\n").toStdString(), "");
+    }
+}
+
 // Keys of the window must leave a text field its own.
 TEST_F(Access, NoKeyTakesOneFromTextFields) {
     open();

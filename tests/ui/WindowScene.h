@@ -38,6 +38,7 @@ public:
     Appearance appearance;
     std::unique_ptr<RenderServices> render;
     std::unique_ptr<LibraryStore> library;
+    std::unique_ptr<EditingServices> editing;
     std::unique_ptr<Exporter> exporter;
     std::unique_ptr<MainWindow> window;
 
@@ -45,6 +46,7 @@ public:
     ~WindowScene() {
         window.reset();
         exporter.reset();
+        editing.reset();
         library.reset();
         render.reset();
     }
@@ -54,6 +56,7 @@ public:
     MainWindow& open(bool asks = false) {
         render = std::make_unique<RenderServices>(services, *services.clock, main, folders,
                                                   RenderLogs{});
+        const RecoveryReport recovered = EditingServices::recover(services, folders);
         library = std::make_unique<LibraryStore>(LibraryServices{.files = *services.files,
                                                                  .settings = settings,
                                                                  .folders = folders,
@@ -64,6 +67,8 @@ public:
                                                                  .texts = *services.texts,
                                                                  .calendar = *services.calendar,
                                                                  .trash = trash});
+        editing =
+            std::make_unique<EditingServices>(services, folders, main, *library, recovered);
         RenderEngine& engine = render->engine();
         exporter = std::make_unique<Exporter>(
             ExportParts{*services.files, *services.random, *services.reader, *services.writer,
@@ -76,6 +81,7 @@ public:
                         .engine = engine,
                         .sessions = render->sessions(),
                         .thumbnails = render->thumbnails(),
+                        .editing = *editing,
                         .exporter = *exporter,
                         .settings = settings,
                         .folders = folders,

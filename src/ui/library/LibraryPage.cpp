@@ -243,6 +243,14 @@ void LibraryPage::setShowsSidebar(bool shows) {
     sidebar_->setVisible(shows);
 }
 
+QRect LibraryPage::cellOnScreen(const PhotoUrl& photo) const {
+    const int index = content_.indexOf(photo);
+    if (index < 0 || !grid_->isVisible()) return {};
+    const QRect cell = grid_->cellOnScreen(index);
+    if (!grid_->viewport()->rect().intersects(cell)) return {};
+    return {grid_->viewport()->mapToGlobal(cell.topLeft()), cell.size()};
+}
+
 void LibraryPage::focusSearch() {
     lib_.setSearchFocus(true);
 }

@@ -31,6 +31,8 @@ public:
     bool showsSidebar() const { return !sidebar_->isHidden(); }
     void setShowsSidebar(bool shows);
     void focusSearch();
+    // Where a photo's cell is on the screen; invalid when it is not shown.
+    QRect cellOnScreen(const PhotoUrl& photo) const;
     void changeCellSize(int steps);
     // A panel at the right edge; the page becomes its parent.
     void setSidePanel(QWidget* panel);

@@ -64,17 +64,20 @@ MainWindow::~MainWindow() {
 
 void MainWindow::makePages() {
     library_ = new LibraryPage(parts_.appearance, parts_.library, pictures_, *commands_, this);
-    viewer_ = new ViewerPage(parts_.appearance, parts_.library, parts_.engine, parts_.sessions,
-                             parts_.thumbnails, *commands_, this);
+    editor_ = new EditorPage(parts_.appearance,
+                             {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
+                              parts_.editing, *commands_},
+                             this);
+    editor_->onCircumstances = [this] { showCommands(); };
     pages_->addWidget(library_);
-    pages_->addWidget(viewer_);
+    pages_->addWidget(editor_);
     const auto rows = [this](const PhotoInfo& info) {
         return infoRows(info, parts_.texts, parts_.calendar);
     };
     libraryInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, library_);
-    viewerInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, viewer_);
+    editorInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, editor_);
     library_->setSidePanel(libraryInfo_);
-    viewer_->setSidePanel(viewerInfo_);
+    editor_->setSidePanel(editorInfo_);
     library_->onAddFolder = [this] { addFolder(); };
     library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
     library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
@@ -132,10 +135,13 @@ void MainWindow::showRoot() {
         state.appearance == AppearanceMode::dark ||
         (state.appearance == AppearanceMode::system && parts_.desktop.preferences().prefersDark);
     if (dark != parts_.appearance.theme().dark) applyAppearance();
-    QWidget* page = state.isEditing ? static_cast<QWidget*>(viewer_) : library_;
+    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_) : library_;
     if (pages_->currentWidget() != page) {
+        const QRect cell = state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get())
+                                           : QRect();
         pages_->setCurrentWidget(page);
-        state.isEditing ? viewer_->setFocus() : library_->grid().setFocus();
+        state.isEditing ? editor_->canvas().setFocus() : library_->grid().setFocus();
+        if (cell.isValid()) editor_->growFrom(cell);
     }
     if (!state.errorMessage || *state.errorMessage == shownError_) return;
     // One at a time: the store keeps the message until it has been read.
@@ -148,7 +154,9 @@ void MainWindow::showRoot() {
 
 void MainWindow::showCommands() {
     const CommandState& state = parts_.library.commandState().state();
-    commands_->setCircumstances(circumstancesOf(state, parts_.library.editorTools().state()));
+    unsigned now = circumstancesOf(state, parts_.library.editorTools().state());
+    if (state.isEditing) now = (now & ~circumstance::editedPhoto) | editor_->circumstances();
+    commands_->setCircumstances(now);
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
                                             : state.selectionIsAllFavorite;
     commands_->setOn(CommandId::favorite, isFavorite);
@@ -201,7 +209,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 
 void MainWindow::setScreenProfile(const QColorSpace& profile) {
     pictures_.setScreenProfile(profile);
-    viewer_->canvas().setScreenProfile(profile);
+    editor_->setScreenProfile(profile);
 }
 
 void MainWindow::introduce() {
@@ -211,6 +219,21 @@ void MainWindow::introduce() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    // The open photo's edit goes to the disk first; a drive that is away does not hold it up.
+    if (!settling_ && editor_->model().isOpen()) {
+        settling_ = true;
+        event->ignore();
+        return editor_->settle([this] {
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    parts_.library.closeEditor();
+                    close();
+                },
+                Qt::QueuedConnection);
+        });
+    }
+    settling_ = false;
     parts_.settings.set(settingsKey::windowGeometry, saveGeometry().toBase64().toStdString());
     parts_.library.closeEditor();
     const auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();

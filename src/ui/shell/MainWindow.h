@@ -8,6 +8,7 @@
 #include "render/PhotoSessionCache.h"
 #include "render/RenderEngine.h"
 #include "render/ThumbnailLoader.h"
+#include "ui/editor/EditorPage.h"
 #include "ui/export/ExportSheet.h"
 #include "ui/export/ExportStatus.h"
 #include "ui/library/InfoPanel.h"
@@ -16,7 +17,6 @@
 #include "ui/shell/Pill.h"
 #include "ui/shell/Prompts.h"
 #include "ui/shell/SettingsSheet.h"
-#include "ui/viewer/ViewerPage.h"
 
 #include <QMainWindow>
 #include <QStackedWidget>
@@ -30,6 +30,7 @@ struct WindowParts {
     RenderEngine& engine;
     PhotoSessionCache& sessions;
     ThumbnailLoader& thumbnails;
+    EditingServices& editing;
     Exporter& exporter;
     SettingsStore& settings;
     const UserFolders& folders;
@@ -49,7 +50,7 @@ public:
     void setScreenProfile(const QColorSpace& profile);
     CommandActions& commands() const { return *commands_; }
     LibraryPage& libraryPage() const { return *library_; }
-    ViewerPage& viewer() const { return *viewer_; }
+    EditorPage& editor() const { return *editor_; }
     ExportSheet& exportSheet() const { return *exportSheet_; }
     SettingsSheet& settingsSheet() const { return *settings_; }
     QString noticeText() const { return notice_->text(); }
@@ -81,6 +82,8 @@ private:
     void introduce();
     void restoreGeometryKept();
     ProtectedPaths protectedPaths() const;
+    // The edit as it stands now, saved or not.
+    Adjustments editOf(const PhotoUrl& photo) const;
     double largestMegapixels(const std::vector<PhotoUrl>& photos) const;
 
     WindowParts parts_;
@@ -88,15 +91,15 @@ private:
     CommandActions* commands_;
     QStackedWidget* pages_;
     LibraryPage* library_ = nullptr;
-    ViewerPage* viewer_ = nullptr;
-    InfoPanel *libraryInfo_ = nullptr, *viewerInfo_ = nullptr;
+    EditorPage* editor_ = nullptr;
+    InfoPanel *libraryInfo_ = nullptr, *editorInfo_ = nullptr;
     SettingsSheet* settings_ = nullptr;
     ExportSheet* exportSheet_ = nullptr;
     ExportStatus* exportStatus_ = nullptr;
     Pill *notice_, *indexing_;
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
-    bool quits_ = false, introduced_ = false;
+    bool quits_ = false, settling_ = false, introduced_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;
 };
