@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/LaunchOptions.h"
+#include "app/ProfileServices.h"
 #include "app/RenderServices.h"
 #include "app/Services.h"
 #include "export/Exporter.h"
@@ -16,14 +17,15 @@ namespace kelvaro {
 class WindowServices {
 public:
     // All must outlive the object.
-    WindowServices(MainThread& main, const LaunchOptions& options,
-                   const Cancellation& cancellation);
+    WindowServices(MainThread& main, const LaunchOptions& options, const Cancellation& cancellation,
+                   const std::string& version);
     ~WindowServices();
 
     Services& services() { return services_; }
     RenderServices& render() { return *render_; }
     LibraryStore& library() { return *library_; }
     Exporter& exporter() { return *exporter_; }
+    ProfileServices& profile() { return *profile_; }
     SettingsStore& settings() { return *settings_; }
     const UserFolders& folders() const { return folders_; }
     Desktop& desktop() { return *desktop_; }
@@ -41,6 +43,7 @@ private:
     std::unique_ptr<RenderServices> render_;
     std::unique_ptr<LibraryStore> library_;
     std::unique_ptr<Exporter> exporter_;
+    std::unique_ptr<ProfileServices> profile_;
 };
 
 // From now on a fault leaves a report in the folder that the help menu opens.

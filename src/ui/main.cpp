@@ -43,7 +43,7 @@ int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     QtMainThread mainThread;
     const Cancellation interruption;
-    WindowServices parts(mainThread, launchOptions(), interruption);
+    WindowServices parts(mainThread, launchOptions(), interruption, KELVARO_VERSION);
     reportCrashes(parts.folders(), KELVARO_VERSION);
     addFolders(parts.library(), QApplication::arguments());
     Appearance appearance;
@@ -55,6 +55,7 @@ int run(int argc, char** argv) {
                            .sessions = parts.render().sessions(),
                            .thumbnails = parts.render().thumbnails(),
                            .exporter = parts.exporter(),
+                           .profile = parts.profile(),
                            .settings = parts.settings(),
                            .folders = parts.folders(),
                            .desktop = parts.desktop(),

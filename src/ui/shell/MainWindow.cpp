@@ -78,7 +78,9 @@ void MainWindow::makePages() {
     library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
     library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
     library_->setShowsSidebar(parts_.settings.get<bool>(settingsKey::showsSidebar).value_or(true));
-    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings, this);
+    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings,
+                                  parts_.profile.usage(), this);
+    makeProfile();
     exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
     exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this);
     exportSheet_->onChanged = [this](const ExportSettings& now) { now.save(parts_.settings); };
@@ -131,10 +133,14 @@ void MainWindow::showRoot() {
         state.appearance == AppearanceMode::dark ||
         (state.appearance == AppearanceMode::system && parts_.desktop.preferences().prefersDark);
     if (dark != parts_.appearance.theme().dark) applyAppearance();
-    QWidget* page = state.isEditing ? static_cast<QWidget*>(viewer_) : library_;
+    showsProfile_ = showsProfile_ && !state.isEditing;
+    if (showsProfile_) setWindowTitle(words("Your Profile") + " — Kelvaro");
+    QWidget* page = state.isEditing ? static_cast<QWidget*>(viewer_)
+                    : showsProfile_ ? static_cast<QWidget*>(profile_)
+                                    : library_;
     if (pages_->currentWidget() != page) {
         pages_->setCurrentWidget(page);
-        state.isEditing ? viewer_->setFocus() : library_->grid().setFocus();
+        page == library_ ? library_->grid().setFocus() : page->setFocus();
     }
     if (!state.errorMessage || *state.errorMessage == shownError_) return;
     // One at a time: the store keeps the message until it has been read.
@@ -147,7 +153,9 @@ void MainWindow::showRoot() {
 
 void MainWindow::showCommands() {
     const CommandState& state = parts_.library.commandState().state();
-    commands_->setCircumstances(circumstancesOf(state, parts_.library.editorTools().state()));
+    // The selection in the grid behind the profile is nothing to act on.
+    commands_->setCircumstances(
+        showsProfile_ ? 0 : circumstancesOf(state, parts_.library.editorTools().state()));
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
                                             : state.selectionIsAllFavorite;
     commands_->setOn(CommandId::favorite, isFavorite);

@@ -2,6 +2,7 @@
 // views together and gives every command its operation. Main thread.
 #pragma once
 
+#include "app/ProfileServices.h"
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
@@ -12,6 +13,8 @@
 #include "ui/export/ExportStatus.h"
 #include "ui/library/InfoPanel.h"
 #include "ui/library/LibraryPage.h"
+#include "ui/profile/ProfilePage.h"
+#include "ui/profile/ProfilePrompt.h"
 #include "ui/shell/CommandActions.h"
 #include "ui/shell/Pill.h"
 #include "ui/shell/Prompts.h"
@@ -31,6 +34,7 @@ struct WindowParts {
     PhotoSessionCache& sessions;
     ThumbnailLoader& thumbnails;
     Exporter& exporter;
+    ProfileServices& profile;
     SettingsStore& settings;
     const UserFolders& folders;
     Desktop& desktop;
@@ -52,6 +56,7 @@ public:
     ViewerPage& viewer() const { return *viewer_; }
     ExportSheet& exportSheet() const { return *exportSheet_; }
     SettingsSheet& settingsSheet() const { return *settings_; }
+    ProfilePage& profilePage() const { return *profile_; }
     QString noticeText() const { return notice_->text(); }
 
 protected:
@@ -79,6 +84,10 @@ private:
     void startExport(const ExportSettings& settings);
     void toggleInfo();
     void introduce();
+    void makeProfile();
+    void showProfile(bool shows);
+    void showProfileName();
+    void shareProfile();
     void restoreGeometryKept();
     ProtectedPaths protectedPaths() const;
     double largestMegapixels(const std::vector<PhotoUrl>& photos) const;
@@ -89,6 +98,8 @@ private:
     QStackedWidget* pages_;
     LibraryPage* library_ = nullptr;
     ViewerPage* viewer_ = nullptr;
+    ProfilePage* profile_ = nullptr;
+    ProfilePrompt* profilePrompt_ = nullptr;
     InfoPanel *libraryInfo_ = nullptr, *viewerInfo_ = nullptr;
     SettingsSheet* settings_ = nullptr;
     ExportSheet* exportSheet_ = nullptr;
@@ -96,7 +107,7 @@ private:
     Pill *notice_, *indexing_;
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
-    bool quits_ = false, introduced_ = false;
+    bool quits_ = false, introduced_ = false, showsProfile_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;
 };
