@@ -12,7 +12,7 @@
 namespace kelvaro {
 
 WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
-                               const Cancellation& cancellation)
+                               const Cancellation& cancellation, const std::string& version)
     : services_(makeServices(cancellation)),
       folders_(userFolders(processEnvironment())),
       settings_(openSettings(*services_.files, processEnvironment())),
@@ -44,6 +44,9 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
     ExportParts parts = exportParts(services_, render_->engine(), &render_->analyses());
     parts.yields = true;
     exporter_ = std::make_unique<Exporter>(parts, main);
+    profile_ = std::make_unique<ProfileServices>(
+        ProfileServices::Parts{*library_, *exporter_, *settings_, *desktop_, *services_.clock,
+                               *services_.calendar, *services_.texts, main, version});
 }
 
 WindowServices::~WindowServices() = default;

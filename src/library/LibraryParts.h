@@ -78,6 +78,7 @@ struct LibraryStore::Parts {
     Published<std::shared_ptr<const LibraryView>> view{std::make_shared<const LibraryView>()};
     Published<FilterOptions> filterOptions;
     Published<Scope> scope;
+    Published<SharedRestriction> restriction;
     Published<PhotoFilter> filter;
     Published<std::string> searchText;
     Published<bool> searchFocus{false};

@@ -16,7 +16,8 @@ LibraryQuery LibraryStore::Parts::query() const {
                          .order = *sortOrder,
                          .monthGroups = *thumbSize < monthGroupsBelow,
                          .now = now(),
-                         .unavailable = {}};
+                         .unavailable = {},
+                         .only = *restriction};
     request.unavailable.insert(missingFolders->begin(), missingFolders->end());
     return request;
 }

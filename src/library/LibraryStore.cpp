@@ -45,9 +45,9 @@ LibraryStore::Parts::Parts(const LibraryServices& given)
       scans("kelvaro.scan", scanThreads(), [this](const FolderUrl& folder) { runScan(folder); }) {
     const auto all = [this](auto&... fields) { (connect(fields), ...); };
     all(folders, missingFolders, indexingFolders, unsavedFavorites, unsavedEdits, version,
-        favoriteRevision, metaRevision, view, filterOptions, scope, filter, searchText, searchFocus,
-        sortOrder, thumbSize, selection, scrollTarget, openPhoto, infoRequest, info, exportRequest,
-        clipboard, showsFilmstrip, appearance, notice, errorMessage);
+        favoriteRevision, metaRevision, view, filterOptions, scope, restriction, filter, searchText,
+        searchFocus, sortOrder, thumbSize, selection, scrollTarget, openPhoto, infoRequest, info,
+        exportRequest, clipboard, showsFilmstrip, appearance, notice, errorMessage);
 }
 
 LibraryStore::Parts::~Parts() {
@@ -184,6 +184,12 @@ SharedMeta LibraryStore::meta(const PhotoUrl& url) const {
     return parts_->states.meta(url);
 }
 
+void LibraryStore::inspect(std::function<void(const std::vector<KnownPhoto>&)> read) const {
+    const LibraryQuery request = parts_->query();
+    parts_->views.read([read = std::move(read), unavailable = request.unavailable](
+                           const PhotoTable& table) { read(table.facts(unavailable)); });
+}
+
 std::vector<std::string> LibraryStore::readProblems(const FolderUrl& folder) const {
     const FolderState* state = parts_->states.find(folder);
     return state ? state->problems : std::vector<std::string>();
@@ -204,7 +210,21 @@ std::optional<EmptyState> LibraryStore::emptyState() const {
 
 void LibraryStore::setScope(Scope scope) {
     if (scope.kind == Scope::Kind::folder) parts_->scans.prefer(scope.folder);
-    if (parts_->scope.update(std::move(scope))) parts_->show();
+    const bool leaves = parts_->restriction.update(nullptr);
+    if (parts_->scope.update(std::move(scope)) || leaves) parts_->show();
+}
+
+void LibraryStore::showOnly(SharedRestriction restriction) {
+    Parts& p = *parts_;
+    p.scope.update({});
+    p.searchText.update({});
+    p.filter.update({});
+    p.restriction.set(std::move(restriction));
+    p.show();
+}
+
+void LibraryStore::leaveRestriction() {
+    if (parts_->restriction.update(nullptr)) parts_->show();
 }
 
 void LibraryStore::setFilter(PhotoFilter filter) {
@@ -494,6 +514,7 @@ KELVARO_FIELD(std::uint64_t, metaRevision)
 KELVARO_FIELD(std::shared_ptr<const LibraryView>, view)
 KELVARO_FIELD(FilterOptions, filterOptions)
 KELVARO_FIELD(Scope, scope)
+KELVARO_FIELD(SharedRestriction, restriction)
 KELVARO_FIELD(PhotoFilter, filter)
 KELVARO_FIELD(std::string, searchText)
 KELVARO_FIELD(bool, searchFocus)

@@ -198,6 +198,20 @@ std::string PhotoTable::searchText(std::string_view url) const {
     return text;
 }
 
+std::vector<KnownPhoto> PhotoTable::facts(const std::unordered_set<FolderUrl>& unavailable) const {
+    std::vector<KnownPhoto> all;
+    all.reserve(size());
+    for (const auto& [name, folder] : folders_) {
+        if (unavailable.contains(name)) continue;
+        for (const Row row : folder.rows) {
+            const RowData& data = rows_[row];
+            all.push_back(
+                {data.photo, data.meta.get(), data.isEdited, data.isFavorite, data.editDate});
+        }
+    }
+    return all;
+}
+
 PhotoTable::Flags PhotoTable::inScope(const LibraryQuery& request) const {
     Flags flags(rows_.size());
     const Scope& scope = request.scope;
@@ -209,6 +223,8 @@ PhotoTable::Flags PhotoTable::inScope(const LibraryQuery& request) const {
             flags[row] = scope.kind == Scope::Kind::edited      ? data.isEdited
                          : scope.kind == Scope::Kind::favorites ? data.isFavorite
                                                                 : true;
+            if (request.only && flags[row])
+                flags[row] = request.only->holds(*data.photo, data.meta.get());
         }
     }
     return flags;

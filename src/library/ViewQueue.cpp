@@ -40,6 +40,14 @@ void ViewQueue::change(Source source, std::function<void(PhotoTable&)> job) {
     });
 }
 
+void ViewQueue::read(std::function<void(const PhotoTable&)> job) {
+    ++running_;
+    queue_.post([this, job = std::move(job)] {
+        job(table_);
+        poster_.post([this] { --running_; });
+    });
+}
+
 std::uint64_t ViewQueue::show(LibraryQuery request, Selection selection) {
     const std::uint64_t number = question_.with([&](Question& question) {
         question.request = std::move(request);
@@ -68,12 +76,14 @@ void ViewQueue::answer() {
     if (question.number == 0) return; // nobody has asked yet
     ViewAnswer answer{.question = question.number};
     answer.view = std::make_shared<const LibraryView>(table_.query(question.request));
-    if (tableChanged_ || !(answeredScope_ == question.request.scope))
+    if (tableChanged_ || !(answeredScope_ == question.request.scope) ||
+        answeredOnly_ != question.request.only)
         answer.options = table_.filterOptions(question.request);
     answer.kept = keptOf(*question.selection, *answer.view);
     tableChanged_ = false;
     answeredNumber_ = question.number;
     answeredScope_ = question.request.scope;
+    answeredOnly_ = question.request.only;
     const double ended = clock_.monotonicSeconds();
     nextDue_ = ended + std::max(shortestPause, (ended - begun) / largestShare);
     poster_.post([this, answer = std::move(answer)]() mutable { answered_(std::move(answer)); });

@@ -43,6 +43,8 @@ public:
     bool isStreaming() const { return isStreaming_; }
     // Asks another question; returns its number.
     std::uint64_t show(LibraryQuery request, std::unordered_set<PhotoUrl> selection);
+    // Reads the table on the queue's thread, as it is after all changes so far.
+    void read(std::function<void(const PhotoTable&)> job);
     // Lets go of something large elsewhere than on the main thread.
     template<class T>
     void dispose(T thing) {
@@ -67,6 +69,7 @@ private:
     bool tableChanged_ = true;
     std::uint64_t answeredNumber_ = 0;
     Scope answeredScope_;
+    SharedRestriction answeredOnly_;
     double nextDue_ = 0; // monotonic seconds
     Locked<Question> question_;
     std::atomic<int> changesWaiting_{0}, running_{0};

@@ -43,7 +43,7 @@ int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     QtMainThread mainThread;
     const Cancellation interruption;
-    WindowServices parts(mainThread, launchOptions(), interruption);
+    WindowServices parts(mainThread, launchOptions(), interruption, KELVARO_VERSION);
     reportCrashes(parts.folders(), KELVARO_VERSION);
     addFolders(parts.library(), QApplication::arguments());
     Appearance appearance;
@@ -56,6 +56,7 @@ int run(int argc, char** argv) {
                            .thumbnails = parts.render().thumbnails(),
                            .editing = parts.editing(),
                            .exporter = parts.exporter(),
+                           .profile = parts.profile(),
                            .settings = parts.settings(),
                            .folders = parts.folders(),
                            .desktop = parts.desktop(),

@@ -29,9 +29,7 @@ public:
         settings.remove("introductionSeen");
         openSized();
         take("first-launch");
-        window.reset();
-        exporter.reset();
-        library.reset();
+        end();
         settings.set("introductionSeen", true);
         std::vector<std::string> all = folders_;
         all.push_back("/media/me/Card A");

@@ -13,6 +13,7 @@
 
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
 
@@ -37,7 +38,7 @@ public:
     // A panel at the right edge; the page becomes its parent.
     void setSidePanel(QWidget* panel);
 
-    std::function<void()> onAddFolder;
+    std::function<void()> onAddFolder, onBackToProfile;
     std::function<void(const std::filesystem::path&)> onAddGivenFolder;
     std::function<void(const std::filesystem::path&)> onShowFolder;
 
@@ -53,6 +54,7 @@ private:
     void showVisible();
     void showSelection();
     void showSubtitle();
+    void makeRestrictionButtons();
     void showEmptyState();
     void tellSelection();
     void setCellSize(int wanted);
@@ -65,6 +67,7 @@ private:
     Sidebar* sidebar_;
     Toolbar* toolbar_;
     QLabel *title_, *subtitle_;
+    QPushButton *toProfile_, *showAll_; // while photos were picked out
     QStackedWidget* middle_;
     GridView* grid_;
     EmptyView* empty_;

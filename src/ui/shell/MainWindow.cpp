@@ -82,7 +82,9 @@ void MainWindow::makePages() {
     library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
     library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
     library_->setShowsSidebar(parts_.settings.get<bool>(settingsKey::showsSidebar).value_or(true));
-    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings, this);
+    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings,
+                                  parts_.profile.usage(), this);
+    makeProfile();
     exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
     exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this);
     exportSheet_->onChanged = [this](const ExportSettings& now) { now.save(parts_.settings); };
@@ -135,12 +137,21 @@ void MainWindow::showRoot() {
         state.appearance == AppearanceMode::dark ||
         (state.appearance == AppearanceMode::system && parts_.desktop.preferences().prefersDark);
     if (dark != parts_.appearance.theme().dark) applyAppearance();
-    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_) : library_;
+    showsProfile_ = showsProfile_ && !state.isEditing;
+    if (showsProfile_) setWindowTitle(words("Your Profile") + " — Kelvaro");
+    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_)
+                    : showsProfile_ ? static_cast<QWidget*>(profile_)
+                                    : library_;
     if (pages_->currentWidget() != page) {
         const QRect cell = state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get())
                                            : QRect();
         pages_->setCurrentWidget(page);
-        state.isEditing ? editor_->canvas().setFocus() : library_->grid().setFocus();
+        if (page == library_)
+            library_->grid().setFocus();
+        else if (page == editor_)
+            editor_->canvas().setFocus();
+        else
+            page->setFocus();
         if (cell.isValid()) editor_->growFrom(cell);
     }
     if (!state.errorMessage || *state.errorMessage == shownError_) return;
@@ -156,7 +167,8 @@ void MainWindow::showCommands() {
     const CommandState& state = parts_.library.commandState().state();
     unsigned now = circumstancesOf(state, parts_.library.editorTools().state());
     if (state.isEditing) now = (now & ~circumstance::editedPhoto) | editor_->circumstances();
-    commands_->setCircumstances(now);
+    // The selection in the grid behind the profile is nothing to act on.
+    commands_->setCircumstances(showsProfile_ ? 0 : now);
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
                                             : state.selectionIsAllFavorite;
     commands_->setOn(CommandId::favorite, isFavorite);
