@@ -49,12 +49,21 @@ ImageSource withPixels(const ImageSource& source, Image decoded) {
     return other;
 }
 
+PreparedControls preparedControls(const Adjustments& edit, const RawProperties& properties) {
+    PreparedControls controls;
+    if (properties.supportsSharpness) controls.native.sharpness = edit.sharpness;
+    controls.preview = controls.native;
+    controls.preview.reduction = 2;
+    return controls;
+}
+
+const RawDevelopSettings& PreparedControls::at(double scale) const {
+    return scale > 0 && scale <= 0.5 ? preview : native;
+}
+
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,
                                double scale) {
-    RawDevelopSettings settings;
-    if (properties.supportsSharpness) settings.sharpness = edit.sharpness;
-    settings.reduction = scale > 0 && scale <= 0.5 ? 2 : 1;
-    return settings;
+    return preparedControls(edit, properties).at(scale);
 }
 
 double renderScale(const ImageSource& source, double scale) {

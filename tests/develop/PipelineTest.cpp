@@ -256,6 +256,10 @@ TEST_F(PipelineTest, RawDecodesFollowScaleAndSharpness) {
     EXPECT_EQ(rawSettings(edit, properties, 0.51).reduction, 1);
     EXPECT_EQ(rawSettings(edit, properties, 0.5).reduction, 2);
     EXPECT_EQ(rawSettings(edit, properties, 0).reduction, 1);
+    const PreparedControls controls = preparedControls(edit, properties);
+    EXPECT_EQ(controls.native, rawSettings(edit, properties, 1));
+    EXPECT_EQ(controls.preview, rawSettings(edit, properties, 0.3));
+    EXPECT_EQ(controls.preview.sharpness, 30);
 }
 
 TEST(RawToneFilterTest, TakesTheLinearInputAndItsGain) {

@@ -46,6 +46,8 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
     scale_.reserve(size);
     BlackLevels table = black;
     table.rowDeltas.clear();
+    BlackLevels even = table; // without what differs by column: it does not change the range
+    even.columnDeltas.clear();
     for (int c = 0; c < channels; ++c) {
         for (int r = 0; r < tableRows_; ++r) {
             const int row = sensor.active.top + r;
@@ -60,7 +62,7 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
                     balance *= isRedRow ? 1 / root : root;
                 }
                 black_.push_back(level);
-                scale_.push_back(balance / (sensor.white[channel] - level));
+                scale_.push_back(balance / (sensor.white[channel] - even.at(row, column, c)));
             }
         }
     }
