@@ -59,7 +59,8 @@ void LibraryStore::Parts::takeOutcome(const WriteOutcome& outcome) {
         return failed && (!was || !outcome.wasRetry);
     };
     const bool tellEdits =
-        note(unsavedEdits, outcome.editsFailure.has_value(), outcome.editsPending);
+        note(unsavedEdits, outcome.editsFailure.has_value(), outcome.editsPending) &&
+        outcome.isNewFailure; // once, however long a slider is dragged
     const bool tellFavorites =
         note(unsavedFavorites, outcome.favoritesFailure.has_value(), outcome.favoritesPending);
     if (outcome.wasRetry) {

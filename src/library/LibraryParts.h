@@ -7,6 +7,7 @@
 #include "library/FolderStates.h"
 #include "library/LibraryStore.h"
 #include "library/MetaReader.h"
+#include "library/MovedEdits.h"
 #include "library/ViewQueue.h"
 
 #include <atomic>
@@ -41,6 +42,7 @@ struct LibraryStore::Parts {
     void requestMetas(const FolderUrl& folder);
     void runMetas(const FolderUrl& folder); // on the thread of `metaJobs`
     void takeMetas(const FolderUrl& folder, const PhotoMetas& metas);
+    void lookForMoved();
 
     // --- LibraryEditing.cpp ---
     Adjustments editOf(const PhotoUrl& photo) const; // the unedited record where there is none
@@ -129,6 +131,7 @@ struct LibraryStore::Parts {
     std::atomic<std::uint64_t> writes{0};
     std::atomic<int> running{0}; // trash and info jobs on their way
     MetaReader metaReader;
+    MovedEdits moved;
     FolderScan scan;
 
     ViewQueue views;

@@ -95,6 +95,8 @@ void LibraryStore::Parts::runScan(const FolderUrl& folder) {
         services.watcher->watch(fs::path(folder) / Sidecar::folderName);
     }
     arrival.result = scan.run(request);
+    if (arrival.result.photosChanged)
+        moved.setFolder(*arrival.result.memory->photos, std::move(arrival.result.lost));
     scanNotes.with([&](auto& notes) {
         const auto note = notes.find(folder);
         if (note == notes.end() || note->second.generation != arrival.generation) return;
@@ -213,7 +215,10 @@ void LibraryStore::Parts::updateStreaming() {
     const bool isStreaming = isScanning || !readingMetas.empty();
     const bool wasStreaming = views.isStreaming();
     views.setStreaming(isStreaming);
-    if (wasStreaming && !isStreaming) show();
+    if (wasStreaming && !isStreaming) {
+        show();
+        lookForMoved();
+    }
     if (!isScanning && !toReport.empty())
         errorMessage.set(texts::readFailures(std::exchange(toReport, {})));
 }
@@ -243,13 +248,12 @@ void LibraryStore::Parts::drivesChanged() {
 void LibraryStore::Parts::forget(const FolderUrl& folder) {
     scans.drop(folder);
     metaJobs.drop(folder);
-    scanNotes.with([&](auto& notes) { notes.erase(folder); });
-    metaNotes.with([&](auto& notes) {
-        const auto note = notes.find(folder);
-        if (note == notes.end()) return;
-        note->second.cancellation->cancel();
-        notes.erase(note);
-    });
+    views.dispose(scanNotes.with([&](auto& notes) { return notes.extract(folder); }));
+    views.dispose(metaNotes.with([&](auto& notes) {
+        auto note = notes.extract(folder);
+        if (note) note.mapped().cancellation->cancel();
+        return note;
+    }));
     if (services.watcher) {
         services.watcher->unwatch(folder);
         services.watcher->unwatch(fs::path(folder) / Sidecar::folderName);
@@ -257,6 +261,7 @@ void LibraryStore::Parts::forget(const FolderUrl& folder) {
     views.change(ViewQueue::Source::user,
                  [folder](PhotoTable& table) { table.removeFolder(folder); });
     views.dispose(states.remove(folder));
+    writer.post([this, folder] { moved.forget(folder); });
     reported.erase(folder);
     readingMetas.erase(folder);
     for (auto* set : {&missingFolders, &indexingFolders, &unsavedFavorites, &unsavedEdits})
@@ -291,12 +296,32 @@ void LibraryStore::Parts::runMetas(const FolderUrl& folder) {
     for (std::size_t i = 0; i < note->known.size(); ++i)
         if (!note->known[i]) unknown.push_back(note->photos->photos()[i]);
     metaReader.read(folder, unknown, {}, *note->cancellation, [&](const PhotoMetas& batch) {
+        moved.addNew(batch, services.clock.monotonicSeconds());
         poster.post([this, folder, batch] { takeMetas(folder, batch); });
     });
     poster.post([this, folder, cancellation = note->cancellation] {
         if (cancellation->isCancelled()) return; // another run follows, or the folder has gone
         readingMetas.erase(folder);
         updateStreaming();
+    });
+}
+
+// Once everything has been looked at, so that nothing is taken for the only one too early; on the
+// writers' queue, in turn with the user's own changes.
+void LibraryStore::Parts::lookForMoved() {
+    if (!moved.isPossible()) return;
+    ++running;
+    writer.post([this] {
+        poster.post([this, photos = moved.bring(services.clock.monotonicSeconds())] {
+            --running;
+            if (photos.empty()) return;
+            notice.set(Notice{texts::movedNotice(photos.size()), ++noticeNumber});
+            FolderSet touched;
+            for (const PhotoUrl& photo : photos)
+                touched.insert(FolderUrl(folderOf(photo)));
+            for (const FolderUrl& folder : touched)
+                if (isListed(folder)) requestScan(folder, false);
+        });
     });
 }
 

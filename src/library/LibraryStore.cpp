@@ -34,6 +34,7 @@ LibraryStore::Parts::Parts(const LibraryServices& given)
     : services(given),
       poster(given.main),
       metaReader(given.properties, given.metaCache, given.calendar),
+      moved(given.files, metaReader),
       scan({given.files, given.random, given.texts, metaReader, given.drives, writes}),
       views(given.texts, given.calendar, given.clock, given.main,
             [this](ViewAnswer answer) { takeView(std::move(answer)); }),

@@ -25,6 +25,7 @@ struct WriteOutcome {
     // edit of another program instead, where ours had waited.
     std::map<std::string, std::uint64_t> edits, favorites;
     std::optional<Failure> editsFailure, favoritesFailure;
+    bool isNewFailure = false; // of an edit that had not failed before, under any revision
     bool editsPending = false, favoritesPending = false; // something is left to be written
     bool wasRetry = false; // of things that had failed before, without a new change
 };
@@ -70,6 +71,7 @@ private:
         StoredEdit edit;
         std::uint64_t revision = 0;
         bool waited = false; // an attempt has failed, now or in an earlier run of the program
+        bool isTold = false; // the photo's edit has failed since the program began
     };
     struct PendingFavorite {
         bool favorite = false;
@@ -91,6 +93,7 @@ private:
     void settle(const Pending& tried, WriteOutcome& outcome);
     void keepJournal(const FolderUrl& folder, const Pending& tried, const WriteOutcome& outcome);
     bool isThere(const PhotoUrl& photo);
+    bool isMounted(const PhotoUrl& photo);
 
     Tools tools_;
     MainPoster poster_;

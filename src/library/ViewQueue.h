@@ -61,12 +61,13 @@ private:
 
     void answer();
     void answerIfDue(Source source);
+    void answerLater();
 
     const Clock& clock_;
     const MainPoster poster_;
     std::function<void(ViewAnswer)> answered_;
-    PhotoTable table_; // the fields up to nextDue_: on the queue alone
-    bool tableChanged_ = true;
+    PhotoTable table_;                           // the fields up to nextDue_: on the queue alone
+    bool tableChanged_ = true, isLater_ = false; // an answer is on its way already
     std::uint64_t answeredNumber_ = 0;
     Scope answeredScope_;
     SharedRestriction answeredOnly_;
