@@ -82,8 +82,9 @@ struct Match {
         return *file;
     }
 
-    // In linear light, fitting into `side`, by one filter for all.
-    report::Picture reduced(Bitmap pixels, const ColourDecoding& colour) const {
+    // In linear light, fitting into `side`, by one filter for all; not rounded to 8 bits again,
+    // which would be seen in the darks.
+    Raster reduced(Bitmap pixels, const ColourDecoding& colour) const {
         const Image photo = imageFrom(sourceFrom(std::move(pixels), colour));
         const PixelSize size = photo.extent().size();
         const double scale = std::min(1.0, double(side) / photo.extent().longerSide());
@@ -91,19 +92,27 @@ struct Match {
             return std::max(1, int(std::lround(length * scale)));
         };
         const PixelSize target{scaled(size.width), scaled(size.height)};
-        return report::rendered(size == target ? photo : lanczosResized(photo, target),
-                                *services.renderer);
+        const Image small = size == target ? photo : lanczosResized(photo, target);
+        auto drawn = services.renderer->renderRaster(small, small.extent(), nullptr);
+        if (!drawn) report::stop(drawn.error().message);
+        return std::move(*drawn);
     }
 
     // Half and 99 in a hundred of all pixels differ by no more.
     struct Quantiles {
         double p50 = 0, p99 = 0;
     };
-    static Quantiles quantiles(const report::Picture& a, const report::Picture& b) {
+    static Quantiles quantiles(const Raster& a, const Raster& b) {
+        const auto lab = [](const Raster& raster, int x, int y) {
+            report::Lab light;
+            for (int c = 0; c < 3; ++c)
+                light[std::size_t(c)] = std::clamp(double(raster.row(c, y)[x]), 0.0, 1.0);
+            return report::labOf(light);
+        };
         std::vector<double> differences;
-        for (int y = 0; y < std::min(a.size.height, b.size.height); ++y)
-            for (int x = 0; x < std::min(a.size.width, b.size.width); ++x)
-                differences.push_back(report::difference(a.lab(x, y), b.lab(x, y)));
+        for (int y = 0; y < std::min(a.extent().height, b.extent().height); ++y)
+            for (int x = 0; x < std::min(a.extent().width, b.extent().width); ++x)
+                differences.push_back(report::difference(lab(a, x, y), lab(b, x, y)));
         std::sort(differences.begin(), differences.end());
         const auto at = [&](double share) {
             return differences[std::size_t(share * double(differences.size() - 1))];
@@ -131,13 +140,10 @@ struct Match {
         const auto screen = reduced(std::move(*whole), colour);
         const auto fit = reduced(std::move(*fitting), colour);
         const Quantiles atFull = quantiles(screen, written), atFit = quantiles(fit, written);
-        const bool isNear = screen.size == written.size && atFull.p99 <= kLargestDifference;
+        const bool isNear = screen.extent() == written.extent() && atFull.p99 <= kLargestDifference;
         fmt::print("{:<44}{:>8.3f}{:>8.3f}{:>10.3f}{:>8.3f}  {} x {}{}\n", name, atFull.p50,
-                   atFull.p99, atFit.p50, atFit.p99, written.size.width, written.size.height,
-                   isNear ? "" : "  too far");
-        report::save(fit, out / (name + ".fit.png"));
-        report::save(screen, out / (name + ".full.png"));
-        report::save(written, out / (name + ".export.png"));
+                   atFull.p99, atFit.p50, atFit.p99, written.extent().width,
+                   written.extent().height, isNear ? "" : "  too far");
         return isNear;
     }
 
