@@ -52,9 +52,11 @@ until (($(number_of whole_files) * 3 >= count)); do
     kill -0 "$pid" 2>/dev/null || die "the export ended before it could be killed"
     sleep 0.1
 done
-# In the middle of writing a file, if one is seen being written within ten seconds.
+# In the middle of writing a file: it is held still until one is seen being written.
 for ((i = 0; i < 1000; i++)); do
+    kill -STOP "$pid"
     (($(number_of hidden_files) == 0)) || break
+    kill -CONT "$pid"
     sleep 0.01
 done
 kill -9 "$pid"
