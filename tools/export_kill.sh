@@ -41,20 +41,22 @@ head -c 40000 /dev/urandom >"$bad1"
 head -c 40000 /dev/urandom >"$bad2"
 find "$work/in" -type f -exec sha256sum {} + >"$work/originals"
 
-export_all() { "$cli" export "$work/in" --to "$work/out" --long-edge 1200 --replace "$@"; }
+export_all=("$cli" export "$work/in" --to "$work/out" --long-edge 1200 --replace --json)
 whole_files() { find "$work/out" -maxdepth 1 -type f -not -name '.*' 2>/dev/null; }
 hidden_files() { find "$work/out" -mindepth 1 -name '.*' 2>/dev/null; }
 number_of() { "$1" | wc -l; }
 
-export_all --json >"$work/first" 2>/dev/null &
+"${export_all[@]}" >"$work/first" 2>/dev/null &
 pid=$!
 until (($(number_of whole_files) * 3 >= count)); do
     kill -0 "$pid" 2>/dev/null || die "the export ended before it could be killed"
     sleep 0.1
 done
-# In the middle of writing a file, if one is seen being written within ten seconds.
+# In the middle of writing a file: it is held still until one is seen being written.
 for ((i = 0; i < 1000; i++)); do
+    kill -STOP "$pid"
     (($(number_of hidden_files) == 0)) || break
+    kill -CONT "$pid"
     sleep 0.01
 done
 kill -9 "$pid"
@@ -64,7 +66,7 @@ say "killed with $survivors of $count files written and $(number_of hidden_files
 whole_files | sort | tr '\n' '\0' | xargs -0 sha256sum >"$work/survivors"
 
 status=0
-export_all --json >"$work/second" 2>"$work/messages" || status=$?
+"${export_all[@]}" >"$work/second" 2>"$work/messages" || status=$?
 say "again: $(grep -c '"exported"' "$work/second") exported, $(grep -c '"failed"' "$work/second") failed, exit code $status"
 sed 's/^/   /' "$work/messages"
 say "now $(number_of whole_files) files and $(number_of hidden_files) temporary ones"
