@@ -46,7 +46,8 @@ void printHistogram(const Times& times) {
     for (const double ms : times.milliseconds)
         ++counts[static_cast<int>(ms / 5) * 5];
     for (const auto& [from, count] : counts)
-        std::printf("    %3d ms %s %d\n", from, std::string(std::size_t(count), '#').c_str(), count);
+        std::printf("    %3d ms %s %d\n", from, std::string(std::size_t(count), '#').c_str(),
+                    count);
 }
 
 double residentMegabytes() {

@@ -26,8 +26,7 @@ EditingServices::EditingServices(Services& services, const UserFolders& folders,
     unsavedEdits_ = library.unsavedEdits().observe([this, &library] {
         if (library.unsavedEdits().get().empty() && !saver_.isAllSaved()) saver_.retry();
     });
-    if (const std::string notice = recovered.notice(); !notice.empty())
-        library.showNotice(notice);
+    if (const std::string notice = recovered.notice(); !notice.empty()) library.showNotice(notice);
 }
 
 EditingServices::~EditingServices() = default;

@@ -39,8 +39,7 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                               .watcher = watcher_.get(),
                                                               .drives = drives_.get(),
                                                               .metaCache = metaCache_.get()});
-    editing_ =
-        std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
+    editing_ = std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
     ExportParts parts = exportParts(services_, render_->engine(), &render_->analyses());
     parts.yields = true;
     exporter_ = std::make_unique<Exporter>(parts, main);

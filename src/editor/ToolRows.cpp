@@ -49,12 +49,13 @@ std::string percent(double value) {
 
 double sizeOf(double radius) {
     const double whole = std::log(BrushTool::mostRadius / BrushTool::leastRadius);
-    return 100 * std::log(std::max(radius, BrushTool::leastRadius) / BrushTool::leastRadius) / whole;
+    return 100 * std::log(std::max(radius, BrushTool::leastRadius) / BrushTool::leastRadius) /
+           whole;
 }
 
 double radiusOf(double size) {
-    return BrushTool::leastRadius *
-           std::pow(BrushTool::mostRadius / BrushTool::leastRadius, std::clamp(size, 0.0, 100.0) / 100);
+    return BrushTool::leastRadius * std::pow(BrushTool::mostRadius / BrushTool::leastRadius,
+                                             std::clamp(size, 0.0, 100.0) / 100);
 }
 
 constexpr std::string_view brushTip = "Drag, or use [ and ] while painting";
@@ -62,7 +63,8 @@ constexpr std::string_view brushTip = "Drag, or use [ and ] while painting";
 } // namespace
 
 InspectorRow straightenRow(const Adjustments& edit) {
-    return rowOf(*findStoredKey("straighten"), edit.straighten, 0, straightenText(edit.straighten), texts::straightenTip);
+    return rowOf(*findStoredKey("straighten"), edit.straighten, 0, straightenText(edit.straighten),
+                 texts::straightenTip);
 }
 
 InspectorRow amountRow(const LocalMask& mask) {

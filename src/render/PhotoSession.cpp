@@ -199,8 +199,8 @@ Result<RenderedView> PhotoSession::drawn(const Image& developed, const ViewReque
             image = Pipeline::withMaskShown(image, shapedForView(weight, geometry, coarseness));
     }
     BitmapFormat format = Pipeline::bitmapFormat(request.space, SampleType::u8);
-    format.alpha = request.keepAlpha ? BitmapFormat::Alpha::straight
-                                     : BitmapFormat::Alpha::overWhite;
+    format.alpha =
+        request.keepAlpha ? BitmapFormat::Alpha::straight : BitmapFormat::Alpha::overWhite;
     const CoarseRect rect = coarseRect(geometry, coarseness);
     auto pixels = engine_.renderer().renderBitmap(image, rect.pixels, format, cancellation);
     if (!pixels) return fail(renderFailure(std::move(pixels).error()));
@@ -254,8 +254,8 @@ Result<SampledArea> PhotoSession::sampled(Point at, int radiusPx,
     };
     const PixelRect around{place(at.x, all.width) - radiusPx, place(at.y, all.height) - radiusPx,
                            2 * radiusPx + 1, 2 * radiusPx + 1};
-    auto pixels =
-        engine_.renderer().renderRaster(sceneAsShot(source), intersection(around, all), cancellation);
+    auto pixels = engine_.renderer().renderRaster(sceneAsShot(source), intersection(around, all),
+                                                  cancellation);
     if (!pixels) return fail(renderFailure(std::move(pixels).error()));
     const auto level =
         engine_.renderer().renderRaster(sceneClipLevel(source), {0, 0, 1, 1}, cancellation);

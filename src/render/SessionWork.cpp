@@ -83,9 +83,8 @@ void RenderSession::Work::sample(Point at, int radiusPx, SampleCallback callback
     KELVARO_REQUIRE(engine_.mainThread().isCurrent() && front_->open);
     rendering_.post([this, at, radiusPx, open = front_->open, callback = std::move(callback)] {
         auto session = sessionOf(open);
-        auto area = session
-                        ? (*session)->sampled(at, radiusPx, open->cancellation.get())
-                        : Result<SampledArea>(fail(std::move(session).error()));
+        auto area = session ? (*session)->sampled(at, radiusPx, open->cancellation.get())
+                            : Result<SampledArea>(fail(std::move(session).error()));
         if (!area && area.error().kind == FailureKind::cancelled) return;
         const auto shared = std::make_shared<Result<SampledArea>>(std::move(area));
         engine_.mainThread().post([front = std::weak_ptr(front_), open, shared, callback] {

@@ -73,8 +73,7 @@ public:
                                                                  .texts = *services.texts,
                                                                  .calendar = *services.calendar,
                                                                  .trash = trash});
-        editing =
-            std::make_unique<EditingServices>(services, folders, main, *library, recovered);
+        editing = std::make_unique<EditingServices>(services, folders, main, *library, recovered);
         RenderEngine& engine = render->engine();
         exporter = std::make_unique<Exporter>(
             ExportParts{*services.files, *services.random, *services.reader, *services.writer,

@@ -78,8 +78,7 @@ void CropCanvas::paintFrame(QPainter& painter, const QRectF& crop) const {
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(QColor(255, 255, 255, 220), 1));
     painter.drawRect(frame);
-    const double length =
-        std::min({cornerLength, frame.width() / 3, frame.height() / 3});
+    const double length = std::min({cornerLength, frame.width() / 3, frame.height() / 3});
     for (const double x : {frame.left(), frame.right()}) {
         for (const double y : {frame.top(), frame.bottom()}) {
             const double toRight = x == frame.left() ? 1 : -1, down = y == frame.top() ? 1 : -1;

@@ -21,9 +21,9 @@ CropControls::CropControls(const Appearance& appearance, QWidget* parent) : QWid
                          words("Orientation"), words(orientationTip(false)));
     straighten_ = new SliderRow(appearance, this);
     straighten_->show(straightenRow({}));
-    horizon_ = named(new IconButton(appearance, IconName::horizon, this), "horizon",
-                     words("Draw a horizon"),
-                     words("Draw a line along something level or upright"));
+    horizon_ =
+        named(new IconButton(appearance, IconName::horizon, this), "horizon",
+              words("Draw a horizon"), words("Draw a line along something level or upright"));
     reset_ = named(new QPushButton(words("Reset"), this), "resetCrop", words("Reset the crop"),
                    words("Show the whole photo again, unturned"));
     keep_ = named(new QPushButton(words("Done"), this), "keepCrop", words("Keep the crop"),

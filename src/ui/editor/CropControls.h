@@ -1,5 +1,5 @@
-// The controls beside the canvas while cropping: aspect, orientation, straighten, horizon, reset and
-// keep. Main thread.
+// The controls beside the canvas while cropping: aspect, orientation, straighten, horizon, reset
+// and keep. Main thread.
 #pragma once
 
 #include "editor/CropState.h"

@@ -57,7 +57,10 @@ EditorBar::EditorBar(const Appearance& appearance, CommandActions& commands, QWi
     row->addWidget(saving_);
     row->addStretch(1);
     const std::initializer_list<std::initializer_list<QWidget*>> groups{
-        {favorite_}, {undo, redo}, {original_, split_}, {presets_, crop_, masks_, assessment_},
+        {favorite_},
+        {undo, redo},
+        {original_, split_},
+        {presets_, crop_, masks_, assessment_},
         {info, exports}};
     bool isFirst = true;
     for (const auto& group : groups) {

@@ -219,8 +219,9 @@ void EditorCanvas::send() {
     inFlight_ = true;
     sinceSent_.start();
     frame_.isFinal = false;
-    session_.render(std::move(request), [this, whole = display_.whole](
-                                            const Result<RenderedView>& view) { take(view, whole); });
+    session_.render(
+        std::move(request),
+        [this, whole = display_.whole](const Result<RenderedView>& view) { take(view, whole); });
     if (showsBefore()) askBefore();
 }
 

@@ -1,6 +1,6 @@
 // The open photo on the canvas: asks the render session for what is visible at the scale shown,
-// draws the frames as they come, zooms and pans, and hands the pointer to the tool that is on. Holds
-// no rules of editing. Main thread.
+// draws the frames as they come, zooms and pans, and hands the pointer to the tool that is on.
+// Holds no rules of editing. Main thread.
 #pragma once
 
 #include "editor/CanvasView.h"
@@ -127,7 +127,7 @@ private:
     QVariantAnimation fade_, growth_;
     QRect growsFrom_;
 
-    QTimer asking_;        // gathers what changes in one turn into one request
+    QTimer asking_; // gathers what changes in one turn into one request
     bool interactive_ = false;
     bool inFlight_ = false; // a frame of a gesture is on its way
     bool again_ = false;    // and another is wanted after it

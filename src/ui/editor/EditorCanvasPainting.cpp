@@ -39,10 +39,10 @@ void EditorCanvas::paintEvent(QPaintEvent*) {
     }
     if (display_.assessment) {
         const Box shown = now.pictureInView();
-        painter.fillRect(QRectF(shown.x, shown.y, shown.width, shown.height)
-                             .adjusted(-assessmentBorder, -assessmentBorder, assessmentBorder,
-                                       assessmentBorder),
-                         Qt::white);
+        painter.fillRect(
+            QRectF(shown.x, shown.y, shown.width, shown.height)
+                .adjusted(-assessmentBorder, -assessmentBorder, assessmentBorder, assessmentBorder),
+            Qt::white);
     }
     paintPhoto(painter, now);
     if (display_.split.isSplit && !display_.split.originalHeld) paintSplit(painter, now);
@@ -54,8 +54,7 @@ void EditorCanvas::paintEvent(QPaintEvent*) {
 }
 
 // The photo turned about its middle under an upright crop, where the whole of it is shown.
-void EditorCanvas::paintFrame(QPainter& painter, const CanvasFrame& frame,
-                              const CanvasView& view) {
+void EditorCanvas::paintFrame(QPainter& painter, const CanvasFrame& frame, const CanvasView& view) {
     if (frame.image.isNull()) return;
     CanvasView place = view;
     QRectF target = frameInView(frame, place);
@@ -64,12 +63,12 @@ void EditorCanvas::paintFrame(QPainter& painter, const CanvasFrame& frame,
         const Box crop = cropBox(edit_, photoSize_);
         const Box shown = view.pictureInView();
         const double points = view.pointsPerPixel();
-        target = display_.whole
-                     ? QRectF(shown.x + crop.x * points, shown.y + (photoSize_.height - crop.maxY()) * points,
-                              crop.width * points, crop.height * points)
-                     : QRectF(shown.x - crop.x * points,
-                              shown.y - (photoSize_.height - crop.maxY()) * points,
-                              photoSize_.width * points, photoSize_.height * points);
+        target = display_.whole ? QRectF(shown.x + crop.x * points,
+                                         shown.y + (photoSize_.height - crop.maxY()) * points,
+                                         crop.width * points, crop.height * points)
+                                : QRectF(shown.x - crop.x * points,
+                                         shown.y - (photoSize_.height - crop.maxY()) * points,
+                                         photoSize_.width * points, photoSize_.height * points);
         return drawFrame(painter, frame, target, view.pixelRatio);
     }
     const double turn = frame.whole ? -turnOf(edit_) * degreesPerRadian : 0;

@@ -7,7 +7,6 @@
 #include "ui/Texts.h"
 
 #include <QApplication>
-#include <QGraphicsOpacityEffect>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -16,35 +15,23 @@
 #include <algorithm>
 
 namespace kelvaro {
-namespace {
-
-constexpr double dimmedOpacity = 0.35;
-
-void setDimmed(QWidget* widget, bool dimmed) {
-    if (!dimmed) return widget->setGraphicsEffect(nullptr);
-    auto* effect = new QGraphicsOpacityEffect(widget);
-    effect->setOpacity(dimmedOpacity);
-    widget->setGraphicsEffect(effect);
-}
-
-} // namespace
-
 EditorPage::EditorPage(const Appearance& appearance, const EditorParts& parts, QWidget* window)
     : QWidget(window),
       appearance_(appearance),
       parts_(parts),
-      model_(parts.editing.saver(), {[this] { refresh(); },
-                                     [this](const std::string& text) { notice(text); },
-                                     [this] { showOpenPhoto(); }}),
+      model_(parts.editing.saver(),
+             {[this] { refresh(); }, [this](const std::string& text) { notice(text); },
+              [this] { showOpenPhoto(); }}),
       bar_(new EditorBar(appearance, parts.commands, this)),
       canvas_(new EditorCanvas(appearance, parts.engine, parts.sessions, this)),
       inspector_(new InspectorView(appearance, parts.commands, this)),
       photoBar_(new PhotoBar(appearance, parts.library, parts.thumbnails, this)),
       kelvin_(new KelvinPopover(appearance, window, inspector_->row("temperature"))),
       presets_(new PresetPopover(appearance, window, bar_->presetsButton())),
+      veils_{new DimLayer(appearance, inspector_), new DimLayer(appearance, photoBar_)},
       menu_(makeMenu()),
       pick_(*canvas_),
-      mask_(model_, *parts.editing.services().random) {
+      mask_(model_) {
     setObjectName("editor");
     makeLayout(window);
     bindCommands();
@@ -91,8 +78,8 @@ QMenu* EditorPage::makeMenu() {
         menu->addAction(parts_.commands.action(id));
         if (id == CommandId::photoInfo) menu->addSeparator();
     }
-    auto* unmask = menu->addAction(words("Remove All Masks"), this,
-                                   [this] { model_.removeAllMasks(); });
+    auto* unmask =
+        menu->addAction(words("Remove All Masks"), this, [this] { model_.removeAllMasks(); });
     unmask->setObjectName("removeAllMasks");
     unmask->setToolTip(words("Removes every mask; the other adjustments stay (⌘Z undoes)"));
     menu->addSeparator();
@@ -121,8 +108,8 @@ void EditorPage::bindCommands() {
     });
     commands.on(CommandId::colourAssessment, [this] {
         assessment_ = !assessment_;
-        inspector_->setDimmed(assessment_);
-        setDimmed(photoBar_, assessment_);
+        for (DimLayer* veil : veils_)
+            veil->setOn(assessment_);
         showDisplay();
         showBar();
     });
@@ -186,8 +173,9 @@ void EditorPage::refresh() {
     if (isOpening_ || !model_.isOpen()) return;
     const bool isMoving = model_.isChanging() || &model_.shown() != &model_.edit();
     canvas_->setEdit(model_.shown(), isMoving);
-    inspector_->show(inspectorPanels(model_.edit(), {model_.photo().isRaw, model_.photo().asShotKelvin}),
-                     words(model_.readOnlyReason()));
+    inspector_->show(
+        inspectorPanels(model_.edit(), {model_.photo().isRaw, model_.photo().asShotKelvin}),
+        words(model_.readOnlyReason()));
     mask_.follow();
     showTools();
     canvas_->update();

@@ -7,6 +7,7 @@
 #include "editor/EditorModel.h"
 #include "library/LibraryStore.h"
 #include "render/ThumbnailLoader.h"
+#include "ui/controls/DimLayer.h"
 #include "ui/editor/CropCanvas.h"
 #include "ui/editor/EditorBar.h"
 #include "ui/editor/EditorCanvas.h"
@@ -119,6 +120,7 @@ private:
     QBoxLayout* middle_ = nullptr;
     KelvinPopover* kelvin_;
     PresetPopover* presets_;
+    std::array<DimLayer*, 2> veils_; // over what surrounds the photo
     QMenu* menu_;
     PickCanvas pick_;
     MaskCanvas mask_;

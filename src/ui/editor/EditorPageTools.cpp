@@ -36,7 +36,8 @@ void EditorPage::bindInspector() {
 }
 
 void EditorPage::openKelvin(SliderRow*) {
-    if (!model_.isReadOnly()) kelvin_->begin(model_.edit().temperature, model_.photo().asShotKelvin);
+    if (!model_.isReadOnly())
+        kelvin_->begin(model_.edit().temperature, model_.photo().asShotKelvin);
 }
 
 // --- White balance picker ---
@@ -228,9 +229,8 @@ void EditorPage::bindMasks() {
     controls.onEnable = step("Enable Mask", [](auto& edit, Uuid mask, bool enabled) {
         setMaskEnabled(edit, mask, enabled);
     });
-    controls.onMove = step("Move Mask", [](auto& edit, Uuid mask, std::size_t to) {
-        moveMask(edit, mask, to);
-    });
+    controls.onMove =
+        step("Move Mask", [](auto& edit, Uuid mask, std::size_t to) { moveMask(edit, mask, to); });
     controls.onAddShape = [this, select, &random](MaskComponent::Kind kind,
                                                   MaskComponent::Mode mode) {
         std::optional<Uuid> added;
@@ -242,14 +242,12 @@ void EditorPage::bindMasks() {
         if (kind != MaskComponent::Kind::brush) mask_.drawShapeNext();
     };
     controls.onRemoveShape = [this](Uuid shape) {
-        changeMask("Remove Shape", [&](Adjustments& edit, const Uuid& mask) {
-            removeShape(edit, mask, shape);
-        });
+        changeMask("Remove Shape",
+                   [&](Adjustments& edit, const Uuid& mask) { removeShape(edit, mask, shape); });
     };
     controls.onInvertShape = [this](Uuid shape) {
-        changeMask("Invert Shape", [&](Adjustments& edit, const Uuid& mask) {
-            invertShape(edit, mask, shape);
-        });
+        changeMask("Invert Shape",
+                   [&](Adjustments& edit, const Uuid& mask) { invertShape(edit, mask, shape); });
     };
     controls.onBegin = [this](const QString& title) { model_.beginChange(title.toStdString()); };
     controls.onEnd = [this] { model_.endChange(); };
@@ -289,8 +287,9 @@ void EditorPage::bindPresets() {
     presets_->onSave = [this, &folder, tell](const std::string& name) {
         PasteParts parts;
         parts.masks = false; // of this photo alone
-        later([&folder, name, parts, edit = model_.edit()] { return folder.save(name, edit, parts); },
-              tell);
+        later(
+            [&folder, name, parts, edit = model_.edit()] { return folder.save(name, edit, parts); },
+            tell);
     };
     presets_->onRemove = [this, &folder, tell](const Preset& preset) {
         later([&folder, preset] { return folder.remove(preset); }, tell);

@@ -19,7 +19,7 @@ double heightOf(const Histogram& histogram) {
         counts.insert(counts.end(), bins->begin() + 1, bins->end() - 1);
     const auto at = counts.begin() + static_cast<std::ptrdiff_t>(counts.size() * 98 / 100);
     std::nth_element(counts.begin(), at, counts.end());
-    return std::max(1.0, *at * 1.25);
+    return std::max(1.0, *at * 1.8);
 }
 
 } // namespace
@@ -40,8 +40,7 @@ void HistogramView::clear() {
     show(Histogram{});
 }
 
-QPolygonF HistogramView::curve(const Histogram::Bins& bins, const QRectF& area,
-                               double most) const {
+QPolygonF HistogramView::curve(const Histogram::Bins& bins, const QRectF& area, double most) const {
     QPolygonF points;
     points << area.bottomLeft();
     for (std::size_t bin = 0; bin < bins.size(); ++bin) {
@@ -69,9 +68,9 @@ void HistogramView::paintEvent(QPaintEvent*) {
     // Light adds up: where all three lie the curve is grey.
     painter.setCompositionMode(QPainter::CompositionMode_Plus);
     const std::pair<const Histogram::Bins*, QColor> layers[] = {
-        {&histogram_.red, QColor(150, 40, 40)},
-        {&histogram_.green, QColor(36, 130, 52)},
-        {&histogram_.blue, QColor(44, 70, 168)}};
+        {&histogram_.red, QColor(118, 20, 20)},
+        {&histogram_.green, QColor(16, 106, 24)},
+        {&histogram_.blue, QColor(18, 30, 116)}};
     for (const auto& [bins, colour] : layers) {
         painter.setBrush(colour);
         painter.drawPolygon(curve(*bins, area, most));

@@ -10,14 +10,11 @@
 #include "ui/library/Toolbar.h"
 #include "ui/shell/CommandActions.h"
 
-#include <QGraphicsOpacityEffect>
 #include <QPainter>
 #include <QScrollBar>
 
 namespace kelvaro {
 namespace {
-
-constexpr double dimmedOpacity = 0.35;
 
 QString resetTip(AdjustmentSpec::Group group) {
     return words("Set everything in %1 to 0").arg(words(title(group)));
@@ -34,6 +31,8 @@ QScrollArea* inspectorScroll(QWidget* content, const char* name, const QString& 
     scroll->setObjectName(name);
     scroll->setAccessibleName(title);
     scroll->setWidget(content);
+    content->setAutoFillBackground(false);
+    scroll->viewport()->setAutoFillBackground(false);
     return scroll;
 }
 
@@ -95,9 +94,9 @@ QWidget* InspectorView::makePanels() {
         }
         column->addWidget(panel);
     }
-    pick_ = named(new IconButton(appearance_, IconName::eyedropper), "pickButton",
-                  words("Pick a grey"),
-                  words("Click something grey in the photo to balance its colours"));
+    pick_ =
+        named(new IconButton(appearance_, IconName::eyedropper), "pickButton", words("Pick a grey"),
+              words("Click something grey in the photo to balance its colours"));
     QObject::connect(pick_, &QToolButton::clicked, this, [this] {
         if (onPick) onPick();
     });
@@ -162,8 +161,8 @@ QWidget* InspectorView::makeFoot(CommandActions& commands) {
         {CommandId::revertToOriginal, "revertButton", "Revert"}};
     for (const auto& [id, name, title] : buttons) {
         QAction* action = commands.action(id);
-        auto* button = named(new QPushButton(words(title), foot), name, action->text(),
-                             action->toolTip());
+        auto* button =
+            named(new QPushButton(words(title), foot), name, action->text(), action->toolTip());
         button->setProperty("kind", "quiet");
         const auto follow = [button, action] { button->setEnabled(action->isEnabled()); };
         follow();
@@ -207,21 +206,14 @@ void InspectorView::showStraighten(const Adjustments& edit, bool canChange) {
 }
 
 void InspectorView::finish() {
-    for (SliderRow* row : findChildren<SliderRow*>())
-        row->finish();
+    for (QAbstractSlider* slider : findChildren<QAbstractSlider*>())
+        if (auto* row = dynamic_cast<SliderRow*>(slider)) row->finish();
 }
 
 void InspectorView::setMode(Mode mode) {
     mode_ = mode;
     finish();
     stack_->setCurrentIndex(static_cast<int>(mode));
-}
-
-void InspectorView::setDimmed(bool dimmed) {
-    if (!dimmed) return setGraphicsEffect(nullptr);
-    auto* effect = new QGraphicsOpacityEffect(this);
-    effect->setOpacity(dimmedOpacity);
-    setGraphicsEffect(effect);
 }
 
 void InspectorView::paintEvent(QPaintEvent*) {

@@ -32,7 +32,6 @@ public:
     void showStraighten(const Adjustments& edit, bool canChange);
     void setMode(Mode mode);
     Mode mode() const { return mode_; }
-    void setDimmed(bool dimmed); // while colours are judged
     HistogramView& histogram() const { return *histogram_; }
     CropControls& crop() const { return *crop_; }
     MaskControls& masks() const { return *masks_; }

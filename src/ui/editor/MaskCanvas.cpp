@@ -120,8 +120,8 @@ void MaskCanvas::beginStroke(const CanvasPointer& pointer, const CanvasView& vie
         MaskComponent* painted = shapeOf(edit);
         if (!painted) return;
         // A click with Shift goes straight on from where the last stroke ended.
-        pointer.held & Qt::ShiftModifier ? stroke_->beginFromLast(*painted, at, pointer.pressure)
-                                         : stroke_->begin(*painted, at, pointer.pressure);
+        pointer.held& Qt::ShiftModifier ? stroke_->beginFromLast(*painted, at, pointer.pressure)
+                                        : stroke_->begin(*painted, at, pointer.pressure);
     });
 }
 
@@ -184,7 +184,8 @@ std::optional<QCursor> MaskCanvas::cursor(Point at, const CanvasView& view) {
     if (editor_.isReadOnly()) return std::nullopt;
     if (isBrush()) return Qt::BlankCursor; // the brush's own circle is drawn
     const MaskComponent* selected = shape();
-    if (!selected) return pinAt(at, view) ? std::optional<QCursor>(Qt::PointingHandCursor) : std::nullopt;
+    if (!selected)
+        return pinAt(at, view) ? std::optional<QCursor>(Qt::PointingHandCursor) : std::nullopt;
     const auto handle = handle_ ? handle_ : maskHandleAt(at, *selected, place(view));
     if (!handle) return drawsShape_ ? std::optional<QCursor>(Qt::CrossCursor) : std::nullopt;
     return *handle == MaskHandle::move ? Qt::SizeAllCursor : Qt::PointingHandCursor;
@@ -231,8 +232,8 @@ void MaskCanvas::paintShape(QPainter& painter, const MaskComponent& shape, const
     }
     if (!selected) return;
     for (const MaskHandlePoint& handle : maskHandles(shape, where))
-        drawHandle(painter, pointOf(handle.at), handle_ == handle.handle || hovered_ == handle.handle,
-                   accent_);
+        drawHandle(painter, pointOf(handle.at),
+                   handle_ == handle.handle || hovered_ == handle.handle, accent_);
 }
 
 // A pin for each shape that is not selected: a click selects it.
@@ -245,7 +246,8 @@ void MaskCanvas::paintPins(QPainter& painter, const CanvasView& view) const {
             if (middle.x == -1 || (state_.shape && component.id == *state_.shape)) continue;
             const QPointF at = pointOf(where.toView(MaskPoint{middle.x, middle.y}));
             painter.setPen(QPen(QColor(0, 0, 0, 140), 1));
-            painter.setBrush(mask.enabled ? QColor(255, 255, 255, 225) : QColor(150, 150, 150, 200));
+            painter.setBrush(mask.enabled ? QColor(255, 255, 255, 225)
+                                          : QColor(150, 150, 150, 200));
             painter.drawEllipse(at, 7, 7);
             painter.setPen(Qt::NoPen);
             painter.setBrush(mask.enabled ? QColor(255, 116, 0) : QColor(90, 90, 90));

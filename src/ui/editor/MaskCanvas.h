@@ -16,7 +16,7 @@ namespace kelvaro {
 
 class MaskCanvas final : public CanvasTool {
 public:
-    MaskCanvas(EditorModel& editor, RandomSource& random) : editor_(editor), random_(random) {}
+    explicit MaskCanvas(EditorModel& editor) : editor_(editor) {}
 
     const MaskToolState& state() const { return state_; }
     void setState(const MaskToolState& state);
@@ -55,7 +55,6 @@ private:
     }
 
     EditorModel& editor_;
-    RandomSource& random_;
     MaskToolState state_;
     QColor accent_{0x4c, 0x8d, 0xff};
     std::optional<StrokeBuilder> stroke_;

@@ -8,6 +8,7 @@
 #include "ui/controls/Naming.h"
 #include "ui/editor/InspectorView.h"
 
+#include <QKeyEvent>
 #include <QMenu>
 
 namespace kelvaro {
@@ -125,8 +126,7 @@ QListWidget* MaskControls::makeList(const char* name, const QString& title, cons
     list->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->setIconSize({16, 16});
-    list->setStyleSheet("QListWidget { padding: 0 8px; } QListWidget::item { height: 28px; "
-                        "border-radius: 6px; padding-left: 6px; }");
+    list->setStyleSheet("QListWidget { padding: 0 8px; }");
     list->installEventFilter(this);
     return list;
 }
@@ -136,9 +136,9 @@ QWidget* MaskControls::makeAddRow() {
     auto* line = new QHBoxLayout(row);
     line->setContentsMargins(16, 4, 16, 8);
     line->setSpacing(measure::unit);
-    const char* tips[] = {"Paint a new mask", "Draw a gradient: full where you begin, none where "
-                                              "you end",
-                          "Draw an ellipse around its middle"};
+    constexpr std::array tips{"Paint a new mask",
+                              "Draw a gradient: full where you begin, none where you end",
+                              "Draw an ellipse around its middle"};
     for (const Kind kind : kinds) {
         auto* button = named(new QPushButton(words(nameOf(kind)), row), "addMask",
                              words("New mask: %1").arg(words(nameOf(kind))),
@@ -163,8 +163,8 @@ QWidget* MaskControls::makeMaskSection() {
     head->addWidget(label(words("Shapes"), "caption", section), 1);
     const auto button = [&](IconName name, const char* objectName, const char* title,
                             const char* tip) {
-        auto* made = named(new IconButton(appearance_, name, section), objectName, words(title),
-                           words(tip));
+        auto* made =
+            named(new IconButton(appearance_, name, section), objectName, words(title), words(tip));
         head->addWidget(made);
         return made;
     };
@@ -200,10 +200,11 @@ QWidget* MaskControls::makeMaskSection() {
     QObject::connect(invert, &QToolButton::clicked, this, [this] { call(onInvert, state_.mask); });
     QObject::connect(copy, &QToolButton::clicked, this, [this] { call(onDuplicate, state_.mask); });
     QObject::connect(remove, &QToolButton::clicked, this, [this] { call(onDelete, state_.mask); });
-    QObject::connect(shapes_, &QListWidget::currentItemChanged, this, [this](QListWidgetItem* item) {
-        if (!showing_ && item && onSelectShape)
-            onSelectShape(item->data(Qt::UserRole).value<Uuid>());
-    });
+    QObject::connect(shapes_, &QListWidget::currentItemChanged, this,
+                     [this](QListWidgetItem* item) {
+                         if (!showing_ && item && onSelectShape)
+                             onSelectShape(item->data(Qt::UserRole).value<Uuid>());
+                     });
     QObject::connect(shapes_, &QWidget::customContextMenuRequested, this,
                      [this](const QPoint& at) { openShapeMenu(at); });
     return section;
@@ -332,8 +333,8 @@ void MaskControls::showShapes(const LocalMask* mask) {
         if (shapes_->count() > 0) text = words(nameOf(shape.mode)) + " · " + text;
         if (shape.invert) text += " · " + words("inverted");
         auto* item = new QListWidgetItem(text, shapes_);
-        item->setIcon(icon(iconOf(shape.kind), appearance_.theme().secondary,
-                           appearance_.theme().disabled));
+        item->setIcon(
+            icon(iconOf(shape.kind), appearance_.theme().secondary, appearance_.theme().disabled));
         item->setData(Qt::UserRole, QVariant::fromValue(shape.id));
         if (state_.shape && shape.id == *state_.shape) shapes_->setCurrentItem(item);
     }
@@ -370,11 +371,11 @@ void MaskControls::openAddShapeMenu() {
     QMenu menu(this);
     for (const Mode mode : modes) {
         for (const Kind kind : kinds) {
-            menu.addAction(icon(iconOf(kind), appearance_.theme().text,
-                                appearance_.theme().disabled),
-                           words(nameOf(mode)) + " " + words(nameOf(kind)), this, [this, kind, mode] {
-                               if (onAddShape) onAddShape(kind, mode);
-                           });
+            menu.addAction(
+                icon(iconOf(kind), appearance_.theme().text, appearance_.theme().disabled),
+                words(nameOf(mode)) + " " + words(nameOf(kind)), this, [this, kind, mode] {
+                    if (onAddShape) onAddShape(kind, mode);
+                });
         }
         menu.addSeparator();
     }

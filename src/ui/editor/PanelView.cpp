@@ -46,8 +46,7 @@ void PanelHeading::paintEvent(QPaintEvent*) {
         painter.drawEllipse(QPointF(used.right() + 12, used.center().y() + 1), 2.5, 2.5);
     }
     const auto name = isChecked() ? IconName::chevronDown : IconName::chevronRight;
-    const QPixmap chevron =
-        appearance_.pixmap(name, 16, theme.secondary, devicePixelRatioF());
+    const QPixmap chevron = appearance_.pixmap(name, 16, theme.secondary, devicePixelRatioF());
     painter.drawPixmap(area.right() - 15, (height() - 16) / 2, chevron);
 }
 

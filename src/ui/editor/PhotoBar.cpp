@@ -18,6 +18,7 @@ namespace {
 constexpr int cellPx = 60, gapPx = 6, sidePx = 12, topPx = 10, outlinePx = 2;
 constexpr int stepPx = cellPx + gapPx;
 constexpr int nearbyCells = 12;
+constexpr std::size_t mostDrawn = 500;
 constexpr int markPx = 12;
 
 } // namespace
@@ -26,7 +27,6 @@ PhotoBar::PhotoBar(const Appearance& appearance, LibraryStore& lib, ThumbnailLoa
                    QWidget* parent)
     : QAbstractScrollArea(parent),
       appearance_(appearance),
-      lib_(lib),
       pictures_(appearance, loader),
       content_(lib, pictures_) {
     named(this, "photoBar", words("Photo bar"), words("A click opens a photo"));
@@ -55,6 +55,7 @@ void PhotoBar::setOpen(const PhotoUrl& photo) {
 
 void PhotoBar::layOut() {
     content_.update();
+    if (drawn_.size() > mostDrawn) drawn_.clear();
     openIndex_ = content_.indexOf(open_);
     const int length = 2 * sidePx + content_.count() * stepPx - gapPx;
     horizontalScrollBar()->setRange(0, std::max(0, length - viewport()->width()));
@@ -74,9 +75,9 @@ void PhotoBar::tellWhatIsWanted() {
     if (!isVisible()) return;
     const int first = std::max(0, (horizontalScrollBar()->value() - sidePx) / stepPx);
     const int last = std::min(content_.count(), first + viewport()->width() / stepPx + 2);
-    content_.wants({first, last},
-                   {std::max(0, first - nearbyCells), std::min(content_.count(), last + nearbyCells)},
-                   cellPx);
+    content_.wants(
+        {first, last},
+        {std::max(0, first - nearbyCells), std::min(content_.count(), last + nearbyCells)}, cellPx);
 }
 
 QRect PhotoBar::cellAt(int index) const {
@@ -107,21 +108,28 @@ void PhotoBar::paintEvent(QPaintEvent*) {
         const GridCell shown = content_.cell(index);
         const QSize shape = shown.shape.isEmpty() ? QSize(3, 2) : shown.shape;
         const QSize size = shape.scaled(cell.size(), Qt::KeepAspectRatio);
-        const QRect place(cell.center() - QPoint(size.width() / 2 - 1, size.height() / 2 - 1), size);
+        const QRect place(cell.center() - QPoint(size.width() / 2 - 1, size.height() / 2 - 1),
+                          size);
         const double ratio = devicePixelRatioF();
-        const CellPicture picture = content_.picture(index, (QSizeF(size) * ratio).toSize());
+        CellPicture picture = content_.picture(index, (QSizeF(size) * ratio).toSize());
+        QImage& drawn = drawn_[content_.photo(index).url];
+        if (picture.image.isNull())
+            picture.image = drawn;
+        else
+            drawn = picture.image;
         painter.setOpacity(index == openIndex_ || index == hovered_ ? 1 : 0.78);
         if (picture.image.isNull()) {
-            painter.fillRect(place, picture.average.isValid() ? picture.average : theme.placeholder);
+            painter.fillRect(place,
+                             picture.average.isValid() ? picture.average : theme.placeholder);
         } else {
             painter.setRenderHint(QPainter::SmoothPixmapTransform);
             painter.drawImage(place, picture.image);
         }
         painter.setOpacity(1);
         if (shown.isFavorite)
-            painter.drawPixmap(cell.right() - markPx, cell.bottom() - markPx,
-                               appearance_.pixmap(IconName::favoriteFilled, markPx, theme.heart,
-                                                  ratio));
+            painter.drawPixmap(
+                cell.right() - markPx, cell.bottom() - markPx,
+                appearance_.pixmap(IconName::favoriteFilled, markPx, theme.heart, ratio));
         if (index != openIndex_) continue;
         painter.setPen(QPen(theme.accent, outlinePx));
         painter.setBrush(Qt::NoBrush);

@@ -46,11 +46,12 @@ private:
     int indexAt(QPoint at) const;
 
     const Appearance& appearance_;
-    LibraryStore& lib_;
     CellPictures pictures_;
     LibraryGridContent content_;
     PhotoUrl open_;
     int openIndex_ = -1, hovered_ = -1;
+    // What was drawn last of each photo: a changed one keeps it until the new picture is there.
+    std::unordered_map<PhotoUrl, QImage> drawn_;
     std::vector<Subscription> subscriptions_;
 };
 

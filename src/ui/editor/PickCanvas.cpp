@@ -21,7 +21,8 @@ void PickCanvas::paint(QPainter& painter, const CanvasView& view) {
     const QRectF all(0, 0, view.view.width, view.view.height);
     // Beside the pointer, on the side where there is room.
     const bool below = at.y() < 2 * loupeRadius + 40;
-    const QPointF middle(std::clamp(at.x(), loupeRadius + 8, std::max(loupeRadius + 8, all.width() - loupeRadius - 8)),
+    const QPointF middle(std::clamp(at.x(), loupeRadius + 8,
+                                    std::max(loupeRadius + 8, all.width() - loupeRadius - 8)),
                          at.y() + (below ? 1 : -1) * (loupeRadius + 24));
     QPainterPath circle;
     circle.addEllipse(middle, loupeRadius, loupeRadius);
@@ -36,11 +37,10 @@ void PickCanvas::paint(QPainter& painter, const CanvasView& view) {
         const QPointF pixel((at.x() - shown.x()) * across, (at.y() - shown.y()) * down);
         const double side = pixelsAcross * 1.0;
         painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
-        painter.drawImage(QRectF(middle.x() - side * pixelPoints / 2,
-                                 middle.y() - side * pixelPoints / 2, side * pixelPoints,
-                                 side * pixelPoints),
-                          frame.image,
-                          QRectF(pixel.x() - side / 2, pixel.y() - side / 2, side, side));
+        painter.drawImage(
+            QRectF(middle.x() - side * pixelPoints / 2, middle.y() - side * pixelPoints / 2,
+                   side * pixelPoints, side * pixelPoints),
+            frame.image, QRectF(pixel.x() - side / 2, pixel.y() - side / 2, side, side));
     }
     painter.restore();
     drawLegible(painter, circle, 2);

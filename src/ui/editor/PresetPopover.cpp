@@ -12,7 +12,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int widthPx = 280, rowPx = 30, shownRows = 9;
+constexpr int widthPx = 280, rowPx = 28, shownRows = 9;
 
 } // namespace
 
@@ -29,7 +29,6 @@ PresetPopover::PresetPopover(const Appearance& appearance, QWidget* window, QWid
     list_->setToolTip({});
     list_->setMouseTracking(true);
     list_->setContextMenuPolicy(Qt::CustomContextMenu);
-    list_->setStyleSheet("QListWidget::item { height: 30px; border-radius: 6px; padding-left: 8px; }");
     list_->setEditTriggers(QAbstractItemView::EditKeyPressed);
     list_->viewport()->installEventFilter(this);
     list_->installEventFilter(this);
@@ -116,8 +115,7 @@ void PresetPopover::openMenu(const QPoint& at) {
 }
 
 bool PresetPopover::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == list_->viewport() && event->type() == QEvent::Leave && onHover)
-        onHover(nullptr);
+    if (watched == list_->viewport() && event->type() == QEvent::Leave && onHover) onHover(nullptr);
     if (watched == list_ && event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         const Preset* preset = presetAt(list_->currentRow());

@@ -1,5 +1,5 @@
-// The list of presets: hovering shows one on the canvas, a click applies it; below it the field that
-// keeps the present adjustments under a name. Main thread.
+// The list of presets: hovering shows one on the canvas, a click applies it; below it the field
+// that keeps the present adjustments under a name. Main thread.
 #pragma once
 
 #include "editor/Preset.h"

@@ -215,8 +215,8 @@ void SliderRow::commit() {
     if (!field_) return;
     QLineEdit* field = field_;
     field_ = nullptr;
-    const auto value = row_.spec ? typedValue(*row_.spec, field->text().toStdString())
-                                 : std::optional<double>();
+    const auto value =
+        row_.spec ? typedValue(*row_.spec, field->text().toStdString()) : std::optional<double>();
     const bool hadFocus = field->hasFocus();
     field->deleteLater();
     if (hadFocus) setFocus();
@@ -266,9 +266,12 @@ void SliderRow::paintTrack(QPainter& painter) const {
     const bool hasZeroInside = row_.zeroPosition > 0 && row_.zeroPosition < 1;
     if (hasZeroInside)
         painter.fillRect(QRectF(std::round(zero) - 0.5, trackY - 3, 1, 8), theme.secondary);
-    const QColor ink = !isEnabled() ? theme.disabled : row_.isChanged ? theme.text : theme.secondary;
+    const QColor ink = !isEnabled()     ? theme.disabled
+                       : row_.isChanged ? theme.text
+                                        : theme.secondary;
     if (stops.empty() && row_.isChanged)
-        painter.fillRect(QRectF(QPointF(zero, trackY), QPointF(knob, trackY + 2)).normalized(), ink);
+        painter.fillRect(QRectF(QPointF(zero, trackY), QPointF(knob, trackY + 2)).normalized(),
+                         ink);
     // The knob stands out from the track by the ground around it.
     painter.setBrush(theme.panel);
     painter.drawEllipse(QPointF(knob, trackY + 1), knobRadius + 2, knobRadius + 2);
@@ -291,9 +294,7 @@ void SliderRow::paintEvent(QPaintEvent*) {
     painter.setPen(isEnabled() ? theme.text : theme.disabled);
     painter.drawText(QRect(sidePx, 0, width() - 2 * sidePx - valueWidth, titleHeight),
                      Qt::AlignLeft | Qt::AlignVCenter, words(row_.spec->title));
-    painter.setPen(!isEnabled()     ? theme.disabled
-                   : row_.isChanged ? theme.text
-                                    : theme.secondary);
+    painter.setPen(!isEnabled() ? theme.disabled : row_.isChanged ? theme.text : theme.secondary);
     if (!field_)
         painter.drawText(valueRect(), Qt::AlignRight | Qt::AlignVCenter, fromUtf8(row_.valueText));
     paintTrack(painter);

@@ -62,8 +62,8 @@ private:
     std::optional<SliderDrag> drag_;
     double pressedX_ = 0;
     bool moved_ = false, hovered_ = false, showing_ = false;
-    double wheel_ = 0;   // what is left of a notch
-    QTimer series_;      // of steps by wheel or keys
+    double wheel_ = 0; // what is left of a notch
+    QTimer series_;    // of steps by wheel or keys
     QPointer<QLineEdit> field_;
 };
 

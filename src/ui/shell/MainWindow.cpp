@@ -143,8 +143,8 @@ void MainWindow::showRoot() {
                     : showsProfile_ ? static_cast<QWidget*>(profile_)
                                     : library_;
     if (pages_->currentWidget() != page) {
-        const QRect cell = state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get())
-                                           : QRect();
+        const QRect cell =
+            state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get()) : QRect();
         pages_->setCurrentWidget(page);
         if (page == library_)
             library_->grid().setFocus();

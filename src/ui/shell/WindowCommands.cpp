@@ -108,11 +108,12 @@ void MainWindow::beginExport() {
         exportSheet_->preview().setDay(std::chrono::floor<std::chrono::days>(
             std::chrono::sys_seconds(std::chrono::seconds(seconds))));
     }
-    previewTicket_ = parts_.thumbnails.request(
-        {first, editOf(first), previewPx}, ThumbnailPriority::visible,
-        [this](const ThumbnailResult& result) {
-            if (result) exportSheet_->preview().setPhoto(imageOf(*result).copy());
-        });
+    previewTicket_ =
+        parts_.thumbnails.request({first, editOf(first), previewPx}, ThumbnailPriority::visible,
+                                  [this](const ThumbnailResult& result) {
+                                      if (result)
+                                          exportSheet_->preview().setPhoto(imageOf(*result).copy());
+                                  });
     exportSheet_->begin(ExportSettings::load(parts_.settings, parts_.folders),
                         static_cast<int>(exporting_.size()), largestMegapixels(exporting_));
 }

@@ -155,7 +155,8 @@ const char* iconPath(IconName name) {
     case IconName::mask:
         return "M3 4.5h14v11H3zM10 7a3 3 0 1 0 0 6 3 3 0 0 0 0-6z";
     case IconName::eyedropper:
-        return "M11.5 6.5l2 2M10 5l5 5M12.2 4.8l1.3-1.3a1.6 1.6 0 0 1 2.3 0l.7.7a1.6 1.6 0 0 1 0 2.3l-1.3 1.3M11.2 6.2 4.8 12.6 4 16l3.4-.8 6.4-6.4";
+        return "M11.5 6.5l2 2M10 5l5 5M12.2 4.8l1.3-1.3a1.6 1.6 0 0 1 2.3 0l.7.7a1.6 1.6 0 0 1 0 "
+               "2.3l-1.3 1.3M11.2 6.2 4.8 12.6 4 16l3.4-.8 6.4-6.4";
     case IconName::assessment:
         return "M3 4h14v12H3zM6.5 7h7v6h-7z";
     case IconName::presets:
@@ -169,15 +170,19 @@ const char* iconPath(IconName name) {
     case IconName::revert:
         return "M4.5 10a5.5 5.5 0 1 0 1.8-4.1M4.3 3.5v3.3h3.3M10 7v3.2l2 1.3";
     case IconName::brush:
-        return "M16.5 3.5c-3 1-6 4-7.8 7l1.8 1.8c3-1.8 6-4.8 7-7.8zM8 11.5c-1.8 0-2.8 1.2-2.9 3-.1 1-.8 1.7-1.8 2 2.6.8 6.3.2 6.5-3.2";
+        return "M16.5 3.5c-3 1-6 4-7.8 7l1.8 1.8c3-1.8 6-4.8 7-7.8zM8 11.5c-1.8 0-2.8 1.2-2.9 3-.1 "
+               "1-.8 1.7-1.8 2 2.6.8 6.3.2 6.5-3.2";
     case IconName::linearGradient:
         return "M3 4h14v12H3zM3 8h14M3 12h14M6 16v-.5M10 16v-.5M14 16v-.5";
     case IconName::radialGradient:
-        return "M10 4.5c4 0 7 2.5 7 5.5s-3 5.5-7 5.5-7-2.5-7-5.5 3-5.5 7-5.5zM10 7.8c1.7 0 3 1 3 2.2s-1.3 2.2-3 2.2-3-1-3-2.2 1.3-2.2 3-2.2z";
+        return "M10 4.5c4 0 7 2.5 7 5.5s-3 5.5-7 5.5-7-2.5-7-5.5 3-5.5 7-5.5zM10 7.8c1.7 0 3 1 3 "
+               "2.2s-1.3 2.2-3 2.2-3-1-3-2.2 1.3-2.2 3-2.2z";
     case IconName::eye:
-        return "M2.5 10C4.3 6.8 7 5.2 10 5.2s5.7 1.6 7.5 4.8c-1.8 3.2-4.5 4.8-7.5 4.8S4.3 13.2 2.5 10zM10 7.8a2.2 2.2 0 1 0 0 4.4 2.2 2.2 0 0 0 0-4.4z";
+        return "M2.5 10C4.3 6.8 7 5.2 10 5.2s5.7 1.6 7.5 4.8c-1.8 3.2-4.5 4.8-7.5 4.8S4.3 13.2 2.5 "
+               "10zM10 7.8a2.2 2.2 0 1 0 0 4.4 2.2 2.2 0 0 0 0-4.4z";
     case IconName::eyeOff:
-        return "M2.5 10C4.3 6.8 7 5.2 10 5.2s5.7 1.6 7.5 4.8c-1.8 3.2-4.5 4.8-7.5 4.8S4.3 13.2 2.5 10zM4 16 16 4";
+        return "M2.5 10C4.3 6.8 7 5.2 10 5.2s5.7 1.6 7.5 4.8c-1.8 3.2-4.5 4.8-7.5 4.8S4.3 13.2 2.5 "
+               "10zM4 16 16 4";
     case IconName::invert:
         return "M10 3.5a6.5 6.5 0 1 0 0 13zM10 3.5a6.5 6.5 0 0 1 0 13M7.5 5v10M5.3 6.5v7";
     case IconName::duplicate:
@@ -195,11 +200,13 @@ const char* iconPath(IconName name) {
     case IconName::minus:
         return "M6 10h8";
     case IconName::intersect:
-        return "M8 5.5a4.5 4.5 0 1 0 0 9 4.5 4.5 0 0 0 0-9zM12 5.5a4.5 4.5 0 1 0 0 9 4.5 4.5 0 0 0 0-9z";
+        return "M8 5.5a4.5 4.5 0 1 0 0 9 4.5 4.5 0 0 0 0-9zM12 5.5a4.5 4.5 0 1 0 0 9 4.5 4.5 0 0 0 "
+               "0-9z";
     case IconName::before:
         return "M3 4.5h14v11H3zM10 4.5v11M5.2 8h2.6M5.2 10.2h2.6M5.2 12.4h2.6";
     case IconName::eraser:
-        return "M8.5 16h8M4.2 12.2l7-7a1.4 1.4 0 0 1 2 0l2.6 2.6a1.4 1.4 0 0 1 0 2L9.6 16H7l-2.8-1.8a1.4 1.4 0 0 1 0-2zM8.2 8.2l4.6 4.6";
+        return "M8.5 16h8M4.2 12.2l7-7a1.4 1.4 0 0 1 2 0l2.6 2.6a1.4 1.4 0 0 1 0 2L9.6 "
+               "16H7l-2.8-1.8a1.4 1.4 0 0 1 0-2zM8.2 8.2l4.6 4.6";
     }
     return "";
 }

@@ -84,8 +84,8 @@ public:
     }
     // A point of the photo (pixels, y down from its upper edge) on the canvas.
     QPoint onCanvas(double x, double y) const {
-        const auto place = PhotoPlacement::ofPicture(canvas().view(), model().edit(),
-                                                     model().photo().size);
+        const auto place =
+            PhotoPlacement::ofPicture(canvas().view(), model().edit(), model().photo().size);
         const Point at = place.toView(Point{x, model().photo().size.height - y});
         return QPointF(at.x, at.y).toPoint();
     }
