@@ -33,8 +33,8 @@ struct Family {
 std::vector<Family> families() {
     using namespace kernel;
     return {
-        {"Colour", {&twColour(), &twMono(), &twGamut(), &twOutputGamut()}},
-        {"Domain", {&bitmapToScene(), &sceneToBitmap(), &rawColour()}},
+        {"Colour", {&twColour(), &twMono(), &twGamut(), &twOutputGamut(), &displayGamut()}},
+        {"Domain", {&bitmapToScene(), &sceneToBitmap(), &balancedToBitmap(), &rawColour()}},
         {"Finish", {&kelvaroTone(), &twVignette(), &kelvaroGrain()}},
         {"Guide",
          {&twLogLuma(), &twGuideAB(), &rawLogNorm(), &rawGuide(), &rawApplyAB(), &rawMidDetail()}},
