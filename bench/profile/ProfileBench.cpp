@@ -119,7 +119,7 @@ void run() {
                             return QString::fromStdString(
                                 rules->dayHeading(civilFromSeconds(day * kSecondsPerDay)));
                         });
-                        sheet.setGreeting("Good evening, Ada", IconName::person);
+                        sheet.setGreeting("Good evening, Ada", "All time", IconName::person);
                         sheet.resize(1280, 800);
                         sheet.show(profile, today);
                         sheet.grab();

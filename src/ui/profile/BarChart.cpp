@@ -12,7 +12,7 @@ namespace {
 
 constexpr int uprightPx = 148, countPx = 18, axisPx = 20; // the whole, above and below the bars
 constexpr int rowPx = 36, linePx = 6;
-constexpr int widestGapPx = 8, widestBarPx = 40;
+constexpr int widestGapPx = 8, widestBarPx = 28;
 
 } // namespace
 

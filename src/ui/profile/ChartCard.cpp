@@ -10,7 +10,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int rowPx = 26, headPx = 28; // the heading with the air below it
+constexpr int cellAirPx = 3, rowPx = 26, headPx = 28; // the heading with the air below it
 
 QTableWidgetItem* cell(const QString& text, Qt::Alignment alignment, int bar) {
     auto* item = new QTableWidgetItem(text);
@@ -83,7 +83,9 @@ int ChartCard::arrange(int widthPx) {
     table_->setVisible(isTable);
     title_->setGeometry(0, 0, widthPx, 20);
     const int tall = isTable ? rowPx * table_->rowCount() + 2 : bars_->heightPx();
-    (isTable ? static_cast<QWidget*>(table_) : bars_)->setGeometry(0, headPx, widthPx, tall);
+    bars_->setGeometry(0, headPx, widthPx, tall);
+    // Cells have air of their own; their text is to stand below the heading.
+    table_->setGeometry(-cellAirPx, headPx, widthPx + 2 * cellAirPx, tall);
     return headPx + tall;
 }
 

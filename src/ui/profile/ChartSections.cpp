@@ -29,9 +29,9 @@ CalendarSection::CalendarSection(const Appearance& appearance, YearCalendar::Day
     };
 }
 
-void CalendarSection::show(const Profile& profile) {
+void CalendarSection::show(const Profile& profile, const CivilTime& today) {
     title_->setText(QString::number(profile.calendarYear));
-    calendar_->show(profile.calendarYear, profile.photosByDay);
+    calendar_->show(profile.calendarYear, profile.photosByDay, daysOf(profile.period, today));
 }
 
 int CalendarSection::arrange(int widthPx) {

@@ -10,7 +10,7 @@ namespace kelvaro {
 class CalendarSection final : public Section {
 public:
     CalendarSection(const Appearance& appearance, YearCalendar::DayWords dayWords, QWidget* parent);
-    void show(const Profile& profile);
+    void show(const Profile& profile, const CivilTime& today);
     int arrange(int widthPx) override;
     YearCalendar& calendar() const { return *calendar_; }
 

@@ -10,7 +10,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int portraitPx = 48, tileGapPx = 24, narrowestTilePx = 120;
+constexpr int portraitPx = 48, tileGapPx = 16, narrowestTilePx = 112;
 
 // The height of a label that breaks into lines of that width.
 int heightOf(const QLabel* text, int widthPx) {
@@ -54,18 +54,24 @@ GreetingSection::GreetingSection(const Appearance& appearance, QWidget* parent)
     greeting_ = label({}, "greeting", this);
     greeting_->setObjectName("profileGreeting");
     greeting_->setWordWrap(true);
+    time_ = label({}, "secondary", this);
+    time_->setObjectName("profileTime");
 }
 
-void GreetingSection::show(const QString& greeting, IconName icon) {
+void GreetingSection::show(const QString& greeting, const QString& time, IconName icon) {
     greeting_->setText(greeting);
+    time_->setText(time);
     portrait_->show(icon);
 }
 
 int GreetingSection::arrange(int widthPx) {
     const int left = portraitPx + measure::margin, room = widthPx - left;
-    const int tall = std::max(portraitPx, heightOf(greeting_, room));
+    const int line = heightOf(greeting_, room), below = heightOf(time_, room);
+    const int tall = std::max(portraitPx, line + below);
+    const int top = (tall - line - below) / 2;
     portrait_->move(0, (tall - portraitPx) / 2);
-    greeting_->setGeometry(left, 0, room, tall);
+    greeting_->setGeometry(left, top, room, line);
+    time_->setGeometry(left, top + line, room, below);
     return tall;
 }
 

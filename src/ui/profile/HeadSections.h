@@ -16,13 +16,14 @@ namespace kelvaro {
 class GreetingSection final : public Section {
 public:
     GreetingSection(const Appearance& appearance, QWidget* parent);
-    void show(const QString& greeting, IconName icon);
+    // Below the greeting the time that is told of.
+    void show(const QString& greeting, const QString& time, IconName icon);
     int arrange(int widthPx) override;
 
 private:
     class Portrait;
     Portrait* portrait_;
-    QLabel* greeting_;
+    QLabel *greeting_, *time_;
 };
 
 // Five numbers, each compared with the period before.

@@ -8,15 +8,20 @@
 #include "ui/controls/Naming.h"
 #include "ui/profile/ProfileIconPicker.h"
 
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScrollBar>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
 
 namespace kelvaro {
 namespace {
 
-constexpr int pictureWidthPx = 1184;
+constexpr int pictureWidthPx = 1184, pictureAirPx = 16;
 constexpr double pictureScale = 2;
 
 } // namespace
@@ -105,9 +110,21 @@ YearCalendar::DayWords ProfilePage::dayWords() const {
 }
 
 void ProfilePage::greet(const std::string& name, const std::string& icon) {
+    name_ = QString::fromStdString(name);
     greeting_ = words(greeting(model_.now(), name));
     icon_ = profileIcon(icon);
-    sheet_->setGreeting(greeting_, icon_);
+    sheet_->setGreeting(greeting_, timeWords(), icon_);
+}
+
+// "October 2024", "2024", "All time".
+QString ProfilePage::timeWords() const {
+    const auto first = daysOf(model_.period(), model_.now()).first;
+    if (!first) return words(title(model_.period()));
+    const CivilTime begin = civilFromSeconds(*first * kSecondsPerDay);
+    const auto kind = model_.period().kind;
+    const bool isMonth =
+        kind == ProfilePeriod::Kind::thisMonth || kind == ProfilePeriod::Kind::lastMonth;
+    return isMonth ? fromUtf8(texts_.monthHeading(begin)) : QString::number(begin.year);
 }
 
 // The years that there are photos from, between the periods that there always are.
@@ -139,7 +156,10 @@ void ProfilePage::choosePeriod(int index) {
 
 void ProfilePage::showProfile() {
     makePeriods();
-    if (const auto& profile = *model_.profile()) sheet_->show(*profile, model_.now());
+    const auto& profile = *model_.profile();
+    if (!profile) return;
+    sheet_->setGreeting(greeting_, timeWords(), icon_);
+    sheet_->show(*profile, model_.now());
 }
 
 void ProfilePage::showIndexing() {
@@ -151,14 +171,24 @@ QImage ProfilePage::picture() const {
     const auto& profile = *model_.profile();
     if (!profile) return {};
     ProfileSheet sheet(appearance_, dayWords());
-    sheet.setGreeting(greeting_, icon_);
+    // Who looks at it is not the one who is greeted.
+    const QString whose = name_.isEmpty() ? words("My photos") : words("%1's photos").arg(name_);
+    sheet.setGreeting(whose, timeWords(), icon_);
     sheet.show(*profile, model_.now());
     sheet.resize(pictureWidthPx, 1);
     sheet.arrange(pictureWidthPx);
-    QImage image(sheet.size() * pictureScale, QImage::Format_RGB32);
+    const Theme& theme = appearance_.theme();
+    const int air = pictureAirPx;
+    QImage image(QSize(sheet.width(), sheet.height() + 2 * air) * pictureScale,
+                 QImage::Format_RGB32);
     image.setDevicePixelRatio(pictureScale);
-    image.fill(appearance_.theme().window);
-    sheet.render(&image, {}, {}, QWidget::DrawChildren);
+    image.fill(theme.window);
+    sheet.render(&image, {0, air}, {}, QWidget::DrawChildren);
+    QPainter painter(&image);
+    painter.setFont(interfaceFont(TextRole::caption));
+    painter.setPen(theme.secondary);
+    painter.drawText(QRect(air * 2, sheet.height(), sheet.width() - 4 * air, air),
+                     Qt::AlignRight | Qt::AlignVCenter, "Kelvaro");
     return image;
 }
 
@@ -174,8 +204,13 @@ void ProfilePage::hideEvent(QHideEvent* event) {
 }
 
 void ProfilePage::keyPressEvent(QKeyEvent* event) {
+    constexpr std::array<int, 6> scrolling{Qt::Key_Up,       Qt::Key_Down, Qt::Key_PageUp,
+                                           Qt::Key_PageDown, Qt::Key_Home, Qt::Key_End};
     if (event->key() == Qt::Key_Escape) return onBack();
-    QWidget::keyPressEvent(event);
+    if (std::ranges::find(scrolling, event->key()) != scrolling.end())
+        QCoreApplication::sendEvent(scroll_->verticalScrollBar(), event);
+    else
+        QWidget::keyPressEvent(event);
 }
 
 } // namespace kelvaro

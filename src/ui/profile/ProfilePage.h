@@ -38,6 +38,7 @@ private:
     void showProfile();
     void showIndexing();
     void choosePeriod(int index);
+    QString timeWords() const;
     YearCalendar::DayWords dayWords() const;
 
     const Appearance& appearance_;
@@ -51,7 +52,7 @@ private:
     QScrollArea* scroll_;
     ProfileSheet* sheet_;
     std::vector<ProfilePeriod> offered_; // as the choice lists them
-    QString greeting_;
+    QString greeting_, name_;
     IconName icon_ = IconName::person;
     std::vector<Subscription> subscriptions_;
 };

@@ -31,8 +31,8 @@ ProfileSheet::ProfileSheet(const Appearance& appearance, YearCalendar::DayWords 
     });
 }
 
-void ProfileSheet::setGreeting(const QString& greeting, IconName icon) {
-    greeting_->show(greeting, icon);
+void ProfileSheet::setGreeting(const QString& greeting, const QString& time, IconName icon) {
+    greeting_->show(greeting, time, icon);
     arrange(width());
 }
 
@@ -42,7 +42,7 @@ void ProfileSheet::show(const Profile& profile, const CivilTime& today) {
     counts_->show(profile.counts, profile.before, titleBefore(profile.period, today));
     tags_->show(profile);
     words_->show(profile);
-    calendar_->show(profile);
+    calendar_->show(profile, today);
     charts_->show(profile);
     showEmpty(profile);
     arrange(width());

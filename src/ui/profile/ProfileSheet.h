@@ -14,7 +14,7 @@ public:
     ProfileSheet(const Appearance& appearance, YearCalendar::DayWords dayWords,
                  QWidget* parent = nullptr);
 
-    void setGreeting(const QString& greeting, IconName icon);
+    void setGreeting(const QString& greeting, const QString& time, IconName icon);
     // `today` names the period before.
     void show(const Profile& profile, const CivilTime& today);
     void setShowsTables(bool shows);

@@ -14,9 +14,8 @@
 namespace kelvaro {
 namespace {
 
-constexpr int weeks = 54; // a leap year that begins on a Sunday has days in so many
 constexpr int namesPx = 32, monthsPx = 20;
-constexpr double largestCellPx = 20;
+constexpr double largestCellPx = 24;
 constexpr int levels = 4; // of fullness, beside none
 
 } // namespace
@@ -24,8 +23,10 @@ constexpr int levels = 4; // of fullness, beside none
 YearCalendar::YearCalendar(const Appearance& appearance, DayWords dayWords, QWidget* parent)
     : MarkView(appearance, parent), dayWords_(std::move(dayWords)) {}
 
-void YearCalendar::show(int year, const std::map<std::int64_t, std::int64_t>& photosByDay) {
+void YearCalendar::show(int year, const std::map<std::int64_t, std::int64_t>& photosByDay,
+                        const DayRange& inQuestion) {
     year_ = year;
+    inQuestion_ = inQuestion;
     firstDay_ = dayNumber({.year = year, .month = 1, .day = 1});
     firstWeekday_ = static_cast<int>(weekdayOf(firstDay_));
     const std::int64_t end = dayNumber({.year = year + 1, .month = 1, .day = 1});
@@ -46,6 +47,7 @@ void YearCalendar::show(int year, const std::map<std::int64_t, std::int64_t>& ph
 }
 
 double YearCalendar::cellPx(int widthPx) const {
+    const int weeks = (firstWeekday_ + std::max(365, static_cast<int>(marks().size())) + 6) / 7;
     return std::min(largestCellPx, double(widthPx - namesPx) / weeks);
 }
 
@@ -68,10 +70,12 @@ int YearCalendar::next(int mark, int key) const {
 }
 
 // By the square root, so that one great day does not wash out the others.
-QColor YearCalendar::colourOf(qint64 count) const {
+QColor YearCalendar::colourOf(int mark) const {
+    const qint64 count = marks()[std::size_t(mark)].count;
     if (count == 0) return faded(theme().text, 0.06);
     const double level = std::ceil(levels * std::sqrt(double(count) / double(most_)));
-    return faded(theme().accent, 0.10 + 0.90 * level / levels);
+    const double cover = inQuestion_.contains(dayOfMark(mark)) ? 1 : 0.4;
+    return faded(theme().accent, cover * (0.10 + 0.90 * level / levels));
 }
 
 void YearCalendar::paintEvent(QPaintEvent*) {
@@ -83,7 +87,7 @@ void YearCalendar::paintEvent(QPaintEvent*) {
         const QRectF day = place(mark).adjusted(air, air, -air, -air);
         painter.setPen(Qt::NoPen);
         if (mark == lit()) painter.setPen(QPen(theme().text, 1.5));
-        painter.setBrush(colourOf(marks()[std::size_t(mark)].count));
+        painter.setBrush(colourOf(mark));
         painter.drawRoundedRect(day, radius, radius);
     }
     paintNames(painter);

@@ -2,6 +2,7 @@
 // of the year in their order.
 #pragma once
 
+#include "profile/ProfilePeriod.h"
 #include "ui/profile/MarkView.h"
 
 #include <cstdint>
@@ -16,8 +17,9 @@ public:
 
     YearCalendar(const Appearance& appearance, DayWords dayWords, QWidget* parent = nullptr);
 
-    // `photosByDay`: days since 1970-01-01.
-    void show(int year, const std::map<std::int64_t, std::int64_t>& photosByDay);
+    // Days since 1970-01-01; those that are not in question are paler.
+    void show(int year, const std::map<std::int64_t, std::int64_t>& photosByDay,
+              const DayRange& inQuestion);
     int heightFor(int widthPx) const;
     std::int64_t dayOfMark(int mark) const { return firstDay_ + mark; }
     QRectF place(int mark) const override;
@@ -28,10 +30,11 @@ protected:
 
 private:
     double cellPx(int widthPx) const;
-    QColor colourOf(qint64 count) const;
+    QColor colourOf(int mark) const;
     void paintNames(QPainter& painter) const;
 
     DayWords dayWords_;
+    DayRange inQuestion_;
     std::int64_t firstDay_ = 0; // the first of January
     int firstWeekday_ = 0;      // its row; Monday is 0
     int year_ = 1970;
