@@ -2,6 +2,7 @@
 // KELVARO_BENCH_RAW names the file; without it the 12 MP one of the test photos is taken. Items are
 // pixels: the counter reads as pixels per second. Aims, where a row states one, are for two cores
 // and grow with the pixels from a file of 24 MP.
+#include "places/Places.h"
 #include "platform/raw/CameraRawEngine.h"
 #include "platform/raw/Demosaic.h"
 #include "platform/raw/Finishing.h"
@@ -22,11 +23,7 @@ namespace {
 
 std::filesystem::path file() {
     if (const char* given = std::getenv("KELVARO_BENCH_RAW")) return given;
-    const char* photos = std::getenv("KELVARO_PHOTOS");
-    const std::filesystem::path folder =
-        photos ? std::filesystem::path(photos)
-               : std::filesystem::path(KELVARO_SOURCE_DIR).parent_path() / "shared/photos";
-    return folder / "raw/gopro_hero7_mural.dng";
+    return places::photos() / "raw/gopro_hero7_mural.dng";
 }
 
 // What a picture of this size may take, given what 24 MP may.
