@@ -1,5 +1,7 @@
 #include "develop/ImageSource.h"
 
+#include "develop/PreparedControls.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -47,18 +49,6 @@ ImageSource withPixels(const ImageSource& source, Image decoded) {
     other.pixelScale = pixelScaleOf(decoded, source.extent.size());
     (source.isRaw() ? other.linearCapture : other.bitmap) = std::move(decoded);
     return other;
-}
-
-PreparedControls preparedControls(const Adjustments& edit, const RawProperties& properties) {
-    PreparedControls controls;
-    if (properties.supportsSharpness) controls.native.sharpness = edit.sharpness;
-    controls.preview = controls.native;
-    controls.preview.reduction = 2;
-    return controls;
-}
-
-const RawDevelopSettings& PreparedControls::at(double scale) const {
-    return scale > 0 && scale <= 0.5 ? preview : native;
 }
 
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,

@@ -45,16 +45,8 @@ ImageSource rawSource(std::filesystem::path url, std::string identity, Image lin
 // the analyses, so that the look does not change with the decode they were measured on.
 ImageSource withPixels(const ImageSource& source, Image decoded);
 
-// The RAW engine's controls for a photo and a recipe: its sharpness where the engine offers one, at
-// full resolution and at half of it.
-struct PreparedControls {
-    RawDevelopSettings native, preview;
-
-    // Those that are enough for `scale` output pixels per full-resolution pixel.
-    const RawDevelopSettings& at(double scale) const;
-    bool operator==(const PreparedControls&) const = default;
-};
-PreparedControls preparedControls(const Adjustments& edit, const RawProperties& properties);
+// How to decode a RAW photo for a recipe at `scale` output pixels per full-resolution pixel: its
+// sharpness where the engine offers one, and half size where that is enough.
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,
                                double scale);
 

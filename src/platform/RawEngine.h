@@ -31,8 +31,6 @@ struct RawDevelopSettings {
     // read once, from one edge to the other, such as an export. What is kept otherwise is fastest
     // to read again.
     bool streamed = false;
-
-    bool operator==(const RawDevelopSettings&) const = default;
 };
 
 // A JPEG file in memory that stands for itself: it carries the orientation to apply and, where its

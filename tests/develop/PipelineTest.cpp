@@ -1,4 +1,5 @@
 #include "develop/Pipeline.h"
+#include "develop/PreparedControls.h"
 
 #include "develop/BrushRaster.h"
 #include "develop/CropGeometry.h"
@@ -257,9 +258,9 @@ TEST_F(PipelineTest, RawDecodesFollowScaleAndSharpness) {
     EXPECT_EQ(rawSettings(edit, properties, 0.5).reduction, 2);
     EXPECT_EQ(rawSettings(edit, properties, 0).reduction, 1);
     const PreparedControls controls = preparedControls(edit, properties);
-    EXPECT_EQ(controls.native, rawSettings(edit, properties, 1));
-    EXPECT_EQ(controls.preview, rawSettings(edit, properties, 0.3));
-    EXPECT_EQ(controls.preview.sharpness, 30);
+    EXPECT_EQ(controls.native.reduction, 1);
+    EXPECT_EQ(controls.preview.reduction, 2);
+    EXPECT_EQ(controls.preview.sharpness, controls.native.sharpness);
 }
 
 TEST(RawToneFilterTest, TakesTheLinearInputAndItsGain) {

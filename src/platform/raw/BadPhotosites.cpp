@@ -149,7 +149,7 @@ void repairListed(const MosaicSamples& samples, const std::vector<BadPoint>& poi
     if (points.empty()) return;
     std::vector<bool> bad(std::size_t(samples.width) * std::size_t(samples.height));
     const auto isInside = [&](const BadPoint& p) {
-        return p.row < samples.height && p.column < samples.width;
+        return p.row >= 0 && p.column >= 0 && p.row < samples.height && p.column < samples.width;
     };
     for (const BadPoint& p : points) {
         if (isInside(p))

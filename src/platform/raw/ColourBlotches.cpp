@@ -9,14 +9,14 @@ namespace kelvaro {
 
 namespace {
 
-constexpr int kLevels = 3; // details of 8, 16 and 32 pixels
+constexpr int kLevels = 4; // details of 4, 8, 16 and 32 pixels
 constexpr float kNoiseTimes = 4.0f, kVisible = 0.0015f, kBright = 0.7f;
 constexpr int kPadding = 64; // floats that the last vector of a row may touch
 
-// How the noise of a cell's details compares with that of the finest level's third detail, 4
-// pixels. White noise of deviation s leaves 0.086 s in the latter. The mean of 64 pixels has s / 8,
-// of which the three details keep 0.889, 0.200 and 0.086.
-constexpr float kNoiseOfLevel[kLevels] = {1.29f, 0.29f, 0.125f};
+// How the noise of a cell's details compares with that of the finishing's coarsest detail, of 4
+// pixels. White noise of deviation s leaves 0.086 s in the latter. The mean of 16 pixels has s / 4,
+// of which the details keep 0.889, 0.200, 0.086 and 0.041.
+constexpr float kNoiseOfLevel[kLevels] = {2.58f, 0.58f, 0.25f, 0.119f};
 
 float noiseAt(const NoiseLine& line, float luminance) {
     const float t = (luminance - line.darkAt) / std::max(1e-6f, line.lightAt - line.darkAt);

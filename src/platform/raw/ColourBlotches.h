@@ -1,5 +1,5 @@
 // Colour noise that is coarser than the finishing of a tile can see: it stays as blotches in the
-// shadows of photos at high sensitivity. The picture's means over squares of 8 × 8 pixels are
+// shadows of photos at high sensitivity. The picture's means over squares of 4 × 4 pixels are
 // decomposed and shrunk as the finishing does, and what that takes away from the colour differences
 // is interpolated over the pixels. Immutable; any thread.
 #pragma once
@@ -27,7 +27,7 @@ public:
              float* v) const;
 
 private:
-    static constexpr int kSide = 8; // pixels of a cell
+    static constexpr int kSide = 4; // pixels of a cell
     struct Cells {
         std::vector<float> luminance, differences[2];
         std::vector<bool> isBright; // nearly saturated, where colours are no measure

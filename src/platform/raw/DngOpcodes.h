@@ -36,7 +36,7 @@ struct RadialGain {
 };
 
 struct BadPoint {
-    int row = 0, column = 0; // in the active area
+    int row = 0, column = 0; // in the active area; others are not looked at
 };
 
 struct Gains {

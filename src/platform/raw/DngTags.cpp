@@ -287,9 +287,14 @@ std::optional<DngTags> readDngTags(const TiffFile& file, int width, int height,
     tags.white = raw->numbers(whiteLevel, kMaximumChannels);
     if (!areFinite(tags.white)) tags.white.clear();
     tags.filters = readFilters(*raw);
-    for (const std::uint16_t list : {opcodeList1, opcodeList2, opcodeList3}) {
-        addOpcodes(raw->bytes(list, kMaximumOpcodeBytes), tags.corrections);
+    // The first list speaks of all that is stored, the others of the active area.
+    addOpcodes(raw->bytes(opcodeList1, kMaximumOpcodeBytes), tags.corrections);
+    for (BadPoint& point : tags.corrections.badPoints) {
+        point.row -= active.top;
+        point.column -= active.left;
     }
+    for (const std::uint16_t list : {opcodeList2, opcodeList3})
+        addOpcodes(raw->bytes(list, kMaximumOpcodeBytes), tags.corrections);
     tags.colour = readColour(all.front());
     const int turn = integer(all.front(), orientation, 1);
     tags.orientation = turn >= 1 && turn <= 8 ? turn : 1;

@@ -114,27 +114,32 @@ void PlaceMap::row(int row, int column, int count, int channel, float* rows, flo
 }
 
 SensorRect PlaceMap::source(const SensorRect& tile) const {
-    double top = 1e9, left = 1e9, bottom = -1e9, right = -1e9;
+    // Polynomials may do anything between the probes: `min` and `max` in this order drop NaN.
+    const auto bounded = [](double v) { return std::max(-1e6, std::min(v, 1e6)); };
+    double top = 1e6, left = 1e6, bottom = -1e6, right = -1e6;
     for (int channel = 0; channel < channels_; ++channel) {
         for (int y = tile.top; y < tile.bottom() + kStep; y += kStep) {
             for (int x = tile.left; x < tile.right() + kStep; x += kStep) {
                 const Place p = at(std::min(y, tile.bottom()), std::min(x, tile.right()), channel);
-                top = std::min(top, p.row), bottom = std::max(bottom, p.row);
-                left = std::min(left, p.column), right = std::max(right, p.column);
+                const double row = bounded(p.row), column = bounded(p.column);
+                top = std::min(top, row), bottom = std::max(bottom, row);
+                left = std::min(left, column), right = std::max(right, column);
             }
         }
     }
     const int firstRow = int(std::floor(top)) - kReach,
               firstColumn = int(std::floor(left)) - kReach;
-    return {firstColumn, firstRow, int(std::ceil(right)) + kReach + 1 - firstColumn,
-            int(std::ceil(bottom)) + kReach + 1 - firstRow};
+    const int most = int(kSteepest) * (tile.width + tile.height) + 64;
+    return {firstColumn, firstRow, std::min(most, int(std::ceil(right)) + kReach + 1 - firstColumn),
+            std::min(most, int(std::ceil(bottom)) + kReach + 1 - firstRow)};
 }
 
 void sampleRow(const float* plane, std::ptrdiff_t stride, const SensorRect& area, const float* rows,
                const float* columns, int count, float* out) {
     for (int i = 0; i < count; ++i) {
-        const float y = std::clamp(rows[i] - float(area.top), 1.0f, float(area.height - 3));
-        const float x = std::clamp(columns[i] - float(area.left), 1.0f, float(area.width - 3));
+        const float y = std::max(1.0f, std::min(rows[i] - float(area.top), float(area.height - 3)));
+        const float x =
+            std::max(1.0f, std::min(columns[i] - float(area.left), float(area.width - 3)));
         const int top = int(y), left = int(x);
         float down[4], across[4];
         splineWeights(y - float(top), down);

@@ -26,7 +26,7 @@ public:
     // The places of `count` pixels of a row in one channel's picture. Between every eighth column
     // they are interpolated, which is exact to a hundredth of a pixel.
     void row(int row, int column, int count, int channel, float* rows, float* columns) const;
-    // All that sampling a tile in any channel needs.
+    // All that sampling a tile in any channel needs, and never much more than twice the tile.
     SensorRect source(const SensorRect& tile) const;
 
 private:
@@ -46,7 +46,8 @@ private:
 };
 
 // `count` values of a plane at places inside it, by Catmull-Rom splines. `area` says which pixels
-// the plane holds, `stride` how many floats a row; it reaches over the places by two pixels.
+// the plane holds, `stride` how many floats a row. Places nearer than two pixels to its edges are
+// moved inwards.
 void sampleRow(const float* plane, std::ptrdiff_t stride, const SensorRect& area, const float* rows,
                const float* columns, int count, float* out);
 

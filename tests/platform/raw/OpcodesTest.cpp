@@ -195,15 +195,22 @@ TEST(Opcodes, ListedPhotositesAreReplaced) {
     dng.scene = [](int row, int column, int) {
         return row == 20 && (column == 30 || column == 32) ? 0.9 : 0.2;
     };
-    Bytes b;
-    b.u32(0).u32(2).u32(0).u32(20).u32(30).u32(20).u32(32);
-    dng.opcodeList1 = listOf(5, b);
-    const auto path = dng.write("bad.dng");
-    const Raster raster = developed(path, {0, true, 1});
-    std::filesystem::remove(path);
-    for (int c = 0; c < 3; ++c) {
-        for (int x = 26; x < 38; ++x)
-            EXPECT_NEAR(raster.row(c, 20)[x], 0.2, 1e-3);
+    dng.width = 90, dng.height = 60;
+    dng.active = {4, 6, 52, 70};
+    // The first list counts from the stored corner, the second from the active area's.
+    for (const bool isFirst : {true, false}) {
+        const std::uint32_t row = isFirst ? 24 : 20, column = isFirst ? 36 : 30;
+        Bytes b;
+        b.u32(0).u32(3).u32(0).u32(row).u32(column).u32(row).u32(column + 2).u32(0).u32(0);
+        (isFirst ? dng.opcodeList1 : dng.opcodeList2) = listOf(5, b);
+        (isFirst ? dng.opcodeList2 : dng.opcodeList1).clear();
+        const auto path = dng.write("bad.dng");
+        const Raster raster = developed(path, {0, true, 1});
+        std::filesystem::remove(path);
+        for (int c = 0; c < 3; ++c) {
+            for (int x = 26; x < 38; ++x)
+                EXPECT_NEAR(raster.row(c, 20)[x], 0.2, 1e-3) << isFirst;
+        }
     }
 }
 
