@@ -10,6 +10,7 @@
 #include <QCloseEvent>
 #include <QMenuBar>
 #include <QScreen>
+#include <QTimer>
 
 namespace kelvaro {
 namespace {
@@ -225,7 +226,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
                             if (answer != 0) return;
                             parts_.library.discardUnsaved();
                             quits_ = true;
-                            close();
+                            // A window cannot close from within its own closing.
+                            QTimer::singleShot(0, this, &QWidget::close);
                         });
 }
 
