@@ -61,6 +61,7 @@ void LibraryStore::Parts::start() {
         requestScan(folder);
     }
     show();
+    watchDay();
 }
 
 bool LibraryStore::Parts::isListed(const FolderUrl& folder) const {
