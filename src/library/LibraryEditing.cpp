@@ -60,9 +60,10 @@ void LibraryStore::Parts::takeOutcome(const WriteOutcome& outcome) {
     };
     const bool tellEdits =
         note(unsavedEdits, outcome.editsFailure.has_value(), outcome.editsPending) &&
-        outcome.isNewFailure; // once, however long a slider is dragged
+        outcome.isNewEditsFailure; // once, however long a slider is dragged
     const bool tellFavorites =
-        note(unsavedFavorites, outcome.favoritesFailure.has_value(), outcome.favoritesPending);
+        note(unsavedFavorites, outcome.favoritesFailure.has_value(), outcome.favoritesPending) &&
+        outcome.isNewFavoritesFailure;
     if (outcome.wasRetry) {
         requestScan(outcome.folder, false); // the disk may have later edits than ours were
     } else if (tellEdits) {

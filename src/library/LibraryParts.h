@@ -58,6 +58,7 @@ struct LibraryStore::Parts {
     // --- LibraryShowing.cpp ---
     LibraryQuery query() const;
     void show();
+    void watchDay();
     void takeView(ViewAnswer answer);
     void showMarks(const FolderUrl& folder, const MergeEffects& effects);
     std::optional<std::size_t> positionOf(const PhotoUrl& photo) const; // in the view
@@ -101,6 +102,7 @@ struct LibraryStore::Parts {
     std::unique_ptr<LibraryEditor> editor;
     Adjustments editorKnows; // what the open editor and the store agree on
     std::uint64_t infoToken = 0, exportToken = 0, noticeNumber = 0;
+    std::optional<std::int64_t> shownDay;
     std::uint64_t viewQuestion = 0;                         // the number of the latest
     std::map<FolderUrl, std::vector<std::string>> reported; // problems that were told already
     std::vector<std::string> toReport;                      // once all scans have ended

@@ -5,6 +5,7 @@
 #include "library/LibrarySettings.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace kelvaro {
 namespace {
@@ -12,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double mergeBudgetSeconds = 0.003; // for one turn of the main thread
+constexpr std::chrono::milliseconds gathering(15);
 
 bool isBelow(const std::string& path, const std::string& ancestor) {
     if (ancestor == "/") return true;
@@ -59,6 +61,7 @@ void LibraryStore::Parts::start() {
         requestScan(folder);
     }
     show();
+    watchDay();
 }
 
 bool LibraryStore::Parts::isListed(const FolderUrl& folder) const {
@@ -109,7 +112,8 @@ void LibraryStore::Parts::runScan(const FolderUrl& folder) {
         waiting.push_back(std::move(arrival));
         return waiting.size() == 1;
     });
-    if (isFirst) poster.post([this] { takeScans(); });
+    // What arrives until then is taken over at once: views are read anew after each turn.
+    if (isFirst) views.postLater(gathering, [this] { poster.post([this] { takeScans(); }); });
 }
 
 // Takes over what has arrived, for a moment; the rest waits for the next turn.
@@ -182,11 +186,12 @@ void LibraryStore::Parts::takeListing(ScanResult result) {
     if (isOther) {
         const FolderPhotos photos = state.photos;
         const bool photosChanged = effects.photosChanged;
-        auto metas = photosChanged ? state.metas : std::vector<SharedMeta>();
+        const auto metas = std::make_shared<const std::vector<SharedMeta>>(
+            photosChanged ? state.metas : std::vector<SharedMeta>());
         views.change(ViewQueue::Source::stream, [=](PhotoTable& table) {
             if (photosChanged) {
                 table.setFolder(photos);
-                table.setMeta(metasOf(*photos, metas));
+                table.setMeta(metasOf(*photos, *metas));
             }
             setMarks(table, *photos, *marks);
         });
@@ -273,11 +278,13 @@ void LibraryStore::Parts::requestMetas(const FolderUrl& folder) {
     const FolderState& state = *states.find(folder);
     const bool isComplete = std::none_of(state.metas.begin(), state.metas.end(),
                                          [](const SharedMeta& meta) { return !meta; });
-    metaNotes.with([&](auto& notes) {
+    std::vector<SharedMeta> known = isComplete ? std::vector<SharedMeta>() : state.metas;
+    views.dispose(metaNotes.with([&](auto& notes) {
         MetaNote& note = notes[folder];
         if (note.cancellation) note.cancellation->cancel();
-        note = {state.photos, state.metas, std::make_shared<Cancellation>()};
-    });
+        return std::exchange(
+            note, MetaNote{state.photos, std::move(known), std::make_shared<Cancellation>()});
+    }));
     if (isComplete) {
         readingMetas.erase(folder);
         return;

@@ -81,7 +81,9 @@ AddFolderResult LibraryStore::addFolder(const std::filesystem::path& folder) {
     const FolderUrl url = real->string();
     for (const FolderUrl& listed : *p.folders) {
         if (listed == url) return AddFolderResult::alreadyListed;
-        // One that was written into the settings under another path.
+        // One that was written into the settings under another path. An absent drive might not
+        // answer for long, and has not the folder that was found.
+        if (p.missingFolders->contains(listed)) continue;
         if (const auto other = p.services.files.resolved(listed); other && *other == *real)
             return AddFolderResult::alreadyListed;
     }
@@ -251,10 +253,6 @@ void LibraryStore::setThumbSize(double points) {
     if (!(points > 0) || !parts_->thumbSize.update(points)) return;
     parts_->services.settings.set(settingKeys::thumbSize, points);
     if (hadMonths != (points < Parts::monthGroupsBelow)) parts_->show();
-}
-
-void LibraryStore::dayChanged() {
-    parts_->show();
 }
 
 // --- Selection, navigation, requests ---

@@ -171,7 +171,6 @@ public:
     void setSearchFocus(bool wanted);
     void setSortOrder(SortOrder order);
     void setThumbSize(double points);
-    void dayChanged(); // "Today" has become "Yesterday"
 
     // --- Selection, navigation, requests ---
     const Published<PhotoSet>& selection() const;

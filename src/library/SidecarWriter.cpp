@@ -48,7 +48,7 @@ void SidecarWriter::takeFound(const Unsaved& left) {
         }
         for (const auto& [photo, favorite] : left.favorites) {
             const auto [at, isNew] = all[FolderUrl(folderOf(photo))].favorites.try_emplace(
-                std::string(fileNameOf(photo)), PendingFavorite{favorite, revision_ + 1});
+                std::string(fileNameOf(photo)), PendingFavorite{favorite, revision_ + 1, false});
             if (isNew) found.favorites[photo] = {favorite, ++revision_};
         }
     });
@@ -73,7 +73,7 @@ std::uint64_t SidecarWriter::setFavorites(const FolderUrl& folder,
     pending_.with([&](auto& pending) {
         auto& favorites = pending[folder].favorites;
         for (const std::string& name : names)
-            favorites[name] = {favorite, revision};
+            favorites[name] = {favorite, revision, false};
     });
     queueAttempt(folder, false);
     return revision;
@@ -143,7 +143,7 @@ void SidecarWriter::writeEdits(const FolderUrl& folder, const Pending& pending,
             outcome.edits.emplace(name, edit.revision);
         } else {
             outcome.editsFailure = std::move(written).error();
-            outcome.isNewFailure = outcome.isNewFailure || !edit.isTold;
+            outcome.isNewEditsFailure = outcome.isNewEditsFailure || !edit.isTold;
         }
     }
 }
@@ -151,6 +151,9 @@ void SidecarWriter::writeEdits(const FolderUrl& folder, const Pending& pending,
 void SidecarWriter::writeFavorites(const FolderUrl& folder, const Pending& pending,
                                    WriteOutcome& outcome) {
     if (pending.favorites.empty()) return;
+    outcome.isNewFavoritesFailure =
+        std::any_of(pending.favorites.begin(), pending.favorites.end(),
+                    [](const auto& favorite) { return !favorite.second.isTold; });
     std::map<std::string, bool> changes;
     for (const auto& [name, favorite] : pending.favorites)
         changes.emplace(name, favorite.favorite);
@@ -183,6 +186,11 @@ void SidecarWriter::settle(const Pending& tried, WriteOutcome& outcome) {
             if (before == tried.edits.end()) continue;
             if (before->second.revision == edit.revision) edit.waited = true;
             if (!outcome.edits.contains(name)) edit.isTold = true;
+        }
+        for (auto& [name, favorite] : left.favorites) {
+            const auto before = tried.favorites.find(name);
+            if (before != tried.favorites.end() && before->second.revision == favorite.revision)
+                favorite.isTold = true;
         }
         outcome.editsPending = !left.edits.empty();
         outcome.favoritesPending = !left.favorites.empty();

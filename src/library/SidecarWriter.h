@@ -25,7 +25,8 @@ struct WriteOutcome {
     // edit of another program instead, where ours had waited.
     std::map<std::string, std::uint64_t> edits, favorites;
     std::optional<Failure> editsFailure, favoritesFailure;
-    bool isNewFailure = false; // of an edit that had not failed before, under any revision
+    // Of a photo whose edit had not failed before, and of a change of favourites that had not.
+    bool isNewEditsFailure = false, isNewFavoritesFailure = false;
     bool editsPending = false, favoritesPending = false; // something is left to be written
     bool wasRetry = false; // of things that had failed before, without a new change
 };
@@ -76,6 +77,7 @@ private:
     struct PendingFavorite {
         bool favorite = false;
         std::uint64_t revision = 0;
+        bool isTold = false; // this change has failed
     };
     struct Pending {
         std::map<std::string, PendingEdit> edits;

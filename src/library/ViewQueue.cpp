@@ -7,6 +7,7 @@ namespace {
 
 constexpr double shortestPause = 0.15; // seconds between views while changes stream in
 constexpr double largestShare = 0.2;   // of the queue's time that goes into them
+constexpr double optionsPause = 1;     // seconds between filter options meanwhile
 
 using Selection = std::unordered_set<PhotoUrl>;
 
@@ -91,9 +92,14 @@ void ViewQueue::answer() {
     if (question.number == 0) return; // nobody has asked yet
     ViewAnswer answer{.question = question.number};
     answer.view = std::make_shared<const LibraryView>(table_.query(question.request));
-    if (tableChanged_ || !(answeredScope_ == question.request.scope) ||
-        answeredOnly_ != question.request.only)
+    const bool isElsewhere = !(answeredScope_ == question.request.scope) ||
+                             answeredOnly_ != question.request.only;
+    optionsChanged_ = optionsChanged_ || tableChanged_;
+    if (isElsewhere || (optionsChanged_ && (!isStreaming_ || begun >= nextOptions_))) {
         answer.options = table_.filterOptions(question.request);
+        optionsChanged_ = false;
+        nextOptions_ = begun + optionsPause;
+    }
     answer.kept = keptOf(*question.selection, *answer.view);
     tableChanged_ = false;
     answeredNumber_ = question.number;

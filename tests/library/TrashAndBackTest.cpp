@@ -2,21 +2,15 @@
 // knows nothing but the standard: on the home disk and on a disk of their own.
 #include "StoreScene.h"
 
+#include "fakes/OwnDisk.h"
 #include "platform/system/FreedesktopTrash.h"
 
 #include <fstream>
-#include <gmock/gmock.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace kelvaro {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int notAllowed = 77; // the system grants no mounts
 
 std::string percentDecoded(const std::string& text) {
     std::string plain;
@@ -87,27 +81,14 @@ TEST(TrashAndBackTest, OnTheHomeDisk) {
 
 TEST(TrashAndBackTest, OnAnotherDisk) {
     TemporaryFolder root;
-    const pid_t child = ::fork();
-    if (child == 0) { // with mounts of its own
-        const int flags = ::getuid() == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS;
-        const fs::path disk = root / "disk";
-        fs::create_directories(disk);
-        if (::unshare(flags) != 0 ||
-            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=1m") != 0)
-            ::_exit(notAllowed);
-        {
-            StoreScene scene;
-            const std::string own = ".Trash-" + std::to_string(::getuid());
-            runThere(scene, disk / "trip", disk / own, disk);
-        }
-        ::_exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == notAllowed) GTEST_SKIP() << "no mounts for this user";
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+    const fs::path disk = root / "disk";
+    const auto result = withOwnDisk(disk, "1m", [&] {
+        StoreScene scene;
+        runThere(scene, disk / "trip", disk / (".Trash-" + std::to_string(::getuid())), disk);
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    if (!result) GTEST_SKIP() << "no mounts for this user";
+    EXPECT_EQ(*result, 0);
 }
 
 } // namespace
