@@ -2,6 +2,7 @@
 // views together and gives every command its operation. Main thread.
 #pragma once
 
+#include "app/UsageCounts.h"
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
@@ -38,6 +39,7 @@ struct WindowParts {
     const LocalCalendar& calendar;
     std::string version;
     std::unique_ptr<Prompts> prompts = nullptr; // sheets when null
+    UsageCounts* usage = nullptr;               // counts nothing when null
 };
 
 class MainWindow final : public QMainWindow {
@@ -52,6 +54,7 @@ public:
     ViewerPage& viewer() const { return *viewer_; }
     ExportSheet& exportSheet() const { return *exportSheet_; }
     SettingsSheet& settingsSheet() const { return *settings_; }
+    const CellPictures& pictures() const { return pictures_; }
     QString noticeText() const { return notice_->text(); }
 
 protected:
@@ -70,6 +73,11 @@ private:
     void showRoot();
     void showCommands();
     void showIndexing();
+    void showProfileName();
+    void awaitMidnight();
+    void shareUsage(bool shares);
+    QPoint noticePlace(QSize pill) const;
+    QPoint statusPlace(QSize pill) const;
     void addFolder();
     void addGivenFolder(const std::filesystem::path& folder);
     void moveToTrash();
@@ -96,6 +104,7 @@ private:
     Pill *notice_, *indexing_;
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
+    std::size_t mostIndexing_ = 0; // folders since the last pause
     bool quits_ = false, introduced_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;

@@ -88,8 +88,7 @@ SettingsSheet::SettingsSheet(const Appearance& appearance, LibraryStore& lib,
                      [this](int mode) { lib_.setAppearance(static_cast<AppearanceMode>(mode)); });
     QObject::connect(photoBar_, &Switch::clicked, this,
                      [this](bool on) { lib_.setShowsFilmstrip(on); });
-    QObject::connect(usage_, &Switch::clicked, this,
-                     [this](bool on) { settings_.set(settingsKey::shareUsageCounts, on); });
+    QObject::connect(usage_, &Switch::clicked, this, [this](bool on) { onUsageShared(on); });
     QObject::connect(name_, &QLineEdit::textEdited, this, [this](const QString& name) {
         settings_.set(settingsKey::profileName, name.trimmed().toStdString());
         if (onProfileChanged) onProfileChanged();

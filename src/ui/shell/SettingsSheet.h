@@ -23,6 +23,7 @@ public:
     static IconName profileIcon(const std::string& stored);
 
     std::function<void()> onProfileChanged;
+    std::function<void(bool)> onUsageShared;
 
 private:
     void addRow(const QString& title, const QString& note, QWidget* control);
