@@ -40,9 +40,7 @@ function(kelvaro_test name)
     cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LINKS" ${ARGN})
     add_executable(test_${name} ${ARG_SOURCES})
     target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-    target_compile_definitions(test_${name} PRIVATE
-        KELVARO_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
-    target_link_libraries(test_${name} PRIVATE kelvaro_options ${ARG_LINKS}
+    target_link_libraries(test_${name} PRIVATE kelvaro_options kelvaro_places ${ARG_LINKS}
         GTest::gtest GTest::gmock GTest::gtest_main)
     gtest_discover_tests(test_${name} DISCOVERY_TIMEOUT 60
         PROPERTIES TIMEOUT 300 LABELS "${ARG_LABEL}")

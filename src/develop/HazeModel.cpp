@@ -13,12 +13,30 @@ namespace {
 constexpr double kBrightestShare = 0.001;
 constexpr double kBrightestGuide = 1.5; // as in the kernel
 constexpr double kLeastAirlight = 0.000001;
+constexpr double kHazeSaturation = 0.12; // what haze has by day
+constexpr double kSaturationBeyond = 0.35;
 constexpr double kRegularisation = 0.00002; // of the squared guide
 constexpr int kFitRadii =
     8; // the fit's window against the patch: wider than the glow it would leave
 
 int patchRadius(PixelSize size) {
     return int(0.025 * 0.5 * std::max(size.width, size.height));
+}
+
+// Haze is scattered daylight and nearly grey, but what is bright in every channel may be a cream
+// wall or a lamp. Taken as it is, its colour would turn skies and shadows into the opposite one, so
+// of the saturation beyond haze's own only a part is believed; that part leaves sunsets their
+// warmth. The largest channel stays.
+std::array<double, 3> believable(std::array<double, 3> air) {
+    const auto [low, high] = std::minmax({air[0], air[1], air[2]});
+    if (!(high > 0)) return air;
+    const double saturation = 1 - std::max(low, 0.0) / high;
+    if (!(saturation > kHazeSaturation)) return air;
+    const double kept =
+        (kHazeSaturation + (saturation - kHazeSaturation) * kSaturationBeyond) / saturation;
+    for (double& channel : air)
+        channel = high - (high - channel) * kept;
+    return air;
 }
 
 // Calls use(index, channel values, not below 0) for every pixel.
@@ -97,7 +115,7 @@ std::optional<std::array<double, 3>> measuredAirlight(const ConstTileView& small
     });
     std::array<double, 3> air{sum[0] / pixels, sum[1] / pixels, sum[2] / pixels};
     if (!normalisedAirlight(air)) return std::nullopt;
-    return air;
+    return believable(air);
 }
 
 Raster fittedHazeMap(const ConstTileView& small, const std::array<double, 3>& airlight) {

@@ -110,6 +110,36 @@ TEST_F(Develop, RecipesComeFromSidecarFileAndOptions) {
               2);
 }
 
+// An ellipse and a stroke, each two stops darker, and a gradient that is switched off.
+TEST_F(Develop, MasksFromARecipeFile) {
+    writeFile(picture("masks.json"), R"({"masks": [
+        {"exposure": -2, "components": [{"kind": "radial", "mode": "add", "feather": 0,
+            "start": {"x": 0.25, "y": 0.2}, "end": {"x": 0.1, "y": 0.1}}]},
+        {"exposure": -2, "components": [{"kind": "brush", "mode": "add", "strokes": [
+            {"points": [{"x": 0.7, "y": 0.3}, {"x": 0.8, "y": 0.3}], "radius": 0.06,
+             "feather": 0, "flow": 100, "erase": false}]}]},
+        {"exposure": -2, "enabled": false, "components": [{"kind": "linear", "mode": "add",
+            "start": {"x": 0, "y": 1}, "end": {"x": 0, "y": 2}}]}]})");
+    const auto linear = [&](const std::string& name, std::vector<std::string> options) {
+        options.insert(options.end(), {"--linear", "--long-edge", "200"});
+        const Outcome outcome = develop(sample(".png"), picture(name), std::move(options));
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        return decoded(picture(name));
+    };
+    const DecodedBitmap plain = linear("plain.tif", {});
+    const DecodedBitmap masked = linear("masked.tif", {"--recipe", picture("masks.json").string()});
+    const PixelSize size = plain.pixels.size;
+    const auto ratioAt = [&](double x, double y) { // of the longer side, from the lower left
+        const int column = int(x * 200), row = size.height - 1 - int(y * 200);
+        const int at = column * plain.pixels.channels + 1;
+        return masked.pixels.row<float>(row)[at] / plain.pixels.row<float>(row)[at];
+    };
+    EXPECT_NEAR(ratioAt(0.25, 0.2), 0.25, 0.01);
+    EXPECT_NEAR(ratioAt(0.75, 0.3), 0.25, 0.01);
+    EXPECT_NEAR(ratioAt(0.5, 0.2), 1, 0.01);
+    EXPECT_NEAR(ratioAt(0.25, 0.4), 1, 0.01);
+}
+
 TEST_F(Develop, SpacesAndLinearPictures) {
     const fs::path photo = sample(".dng");
     for (const char* space : {"sRGB", "displayP3"}) {

@@ -2,6 +2,7 @@
 // a picture of the right size, broken ones a sentence or a sane picture, none of them a crash, and
 // all stay as they are. KELVARO_PHOTOS says where the collection lies.
 #include "cli/CliRunner.h"
+#include "places/Places.h"
 #include "platform/PhotoKinds.h"
 
 #include <chrono>
@@ -12,15 +13,10 @@ namespace {
 
 using namespace test;
 
-fs::path collection() {
-    const char* named = std::getenv("KELVARO_PHOTOS");
-    return named ? fs::path(named) : fs::path(KELVARO_SOURCE_DIR) / ".." / "shared" / "photos";
-}
-
 std::vector<fs::path> photosIn(const char* folder) {
     std::vector<fs::path> photos;
-    if (fs::is_directory(collection() / folder))
-        for (const auto& entry : fs::directory_iterator(collection() / folder))
+    if (fs::is_directory(places::photos() / folder))
+        for (const auto& entry : fs::directory_iterator(places::photos() / folder))
             if (entry.is_regular_file()) photos.push_back(entry.path());
     std::sort(photos.begin(), photos.end());
     return photos;
@@ -30,8 +26,8 @@ struct RealPhotos : testing::Test {
     TemporaryFolder folder;
 
     void SetUp() override {
-        if (!fs::is_directory(collection()))
-            GTEST_SKIP() << "no photo collection at " << collection();
+        if (!fs::is_directory(places::photos()))
+            GTEST_SKIP() << "no photo collection at " << places::photos();
     }
     Outcome develop(const fs::path& photo) {
         return cli({"develop", photo.string(), "-o", (folder.path() / "out.jpg").string(),

@@ -32,10 +32,10 @@ std::vector<OddPhoto> oddPhotos() {
     return {
         {"one pixel", {1, 1}, false, flat(0.4f)},
         {"one column",
-         {1, 700},
+         {1, 5000},
          false,
          [](int, int y) {
-             const float v = float(y) / 700;
+             const float v = float(y) / 5000;
              return test::Pixel{v, v * v, 0.1f, 1};
          }},
         {"one row", {700, 1}, false, flat(0.2f)},
@@ -114,6 +114,29 @@ TEST(Degenerate, EveryPhotoDevelopsToNumbers) {
                                                     Pipeline::OutputSpace::sRGB),
                               what);
             }
+}
+
+// Decoders turn what is no number into 0; but where such pixels come all the same, everything ends.
+TEST(Degenerate, PixelsThatAreNoNumbersStopNothing) {
+    const auto renderer = makeTiledRenderer(1);
+    BrushRaster brushes;
+    const PixelSize size{33, 5};
+    for (const float value : {NAN, INFINITY, -INFINITY}) {
+        const Image picture = test::imageOf(size, [&](int x, int) {
+            return x % 2 ? test::Pixel{value, value, value, 1} : test::Pixel{0.5f, 0.4f, value, 1};
+        });
+        RawProperties properties;
+        properties.size = size;
+        for (const ImageSource& source :
+             {bitmapSource("a", "", picture, size), rawSource("a", "", picture, properties)})
+            for (const Adjustments& edit : {test::everything(), strongest(1), strongest(-1)}) {
+                const auto image = developedPhoto(source, edit, 1, *renderer, brushes, nullptr);
+                ASSERT_TRUE(image);
+                EXPECT_TRUE(renderer->renderBitmap(
+                    Pipeline::gamutMapped(*image, Pipeline::OutputSpace::sRGB), image->extent(),
+                    Pipeline::bitmapFormat(Pipeline::OutputSpace::sRGB, SampleType::u8)));
+            }
+    }
 }
 
 TEST(Degenerate, MasksOfAnyShapeGiveWeightsBetweenNothingAndAll) {

@@ -61,6 +61,24 @@ TEST(HazeModel, FindsTheAirlightOfAMadeLandscape) {
         EXPECT_NEAR((*air)[k], kAir[k], 0.01);
 }
 
+// A lamp or a cream wall is no haze: its brightness counts, its colour only in part.
+TEST(HazeModel, TakesNoSaturatedAirlight) {
+    const auto airOf = [](double r, double g, double b) {
+        const Raster flat = rasterOf({30, 20}, false, [=](int, int) {
+            return test::Pixel{float(r), float(g), float(b), 1};
+        });
+        return *measuredAirlight(flat.view());
+    };
+    const auto wall = airOf(0.9, 0.9, 0.6); // a saturation of 1/3: 0.12 + 0.35 × 0.2133
+    EXPECT_NEAR(wall[0], 0.9, 1e-6);
+    EXPECT_NEAR(wall[2], 0.9 * (1 - 0.19467), 1e-5);
+    const auto lamp = airOf(1, 0.5, 0.2);
+    EXPECT_NEAR(lamp[2], 1 - 0.358, 1e-5);
+    EXPECT_NEAR((1 - lamp[1]) / (1 - lamp[2]), 0.5 / 0.8, 1e-5) << "the same hue";
+    const auto haze = airOf(0.72, 0.76, 0.8);
+    EXPECT_NEAR(haze[0], 0.72, 1e-6);
+}
+
 TEST(HazeModel, FindsTheDepthOfAMadeLandscape) {
     const Raster picture = hazyLandscape();
     const Raster map = fittedHazeMap(picture.view(), kAir);

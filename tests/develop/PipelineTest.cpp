@@ -60,7 +60,7 @@ TEST_F(PipelineTest, RunsTheStagesOfABitmapInTheirOrder) {
     EXPECT_THAT(
         bitmapOperations(everything()),
         ElementsAreArray(Names{"source", "bitmapToScene", "colourMatrix", "colourMatrix",
-                               "sceneToBitmap", "sceneHaze", "kelvaroTone", "bitmapToScene",
+                               "balancedToBitmap", "sceneHaze", "kelvaroTone", "bitmapToScene",
                                "rawGain", "sceneTone", "sceneToBitmap", "twLocal", "twColour",
                                "twMono", "twVignette", "kelvaroGrain", "twGamut"}));
 }
@@ -99,14 +99,15 @@ TEST_F(PipelineTest, EachControlBringsOnlyItsOwnStages) {
     const Names tone{"bitmapToScene", "rawGain", "sceneToBitmap"};
     const Names curve{"bitmapToScene", "sceneTone", "sceneToBitmap"};
     const Names light{"bitmapToScene", "colourMatrix", "sceneToBitmap"};
+    const Names balance{"bitmapToScene", "colourMatrix", "balancedToBitmap"};
     const struct {
         double Adjustments::*field;
         double value;
         Names stages;
     } cases[] = {
         {&Adjustments::exposure, 1, light},
-        {&Adjustments::temperature, -10, light},
-        {&Adjustments::tint, 10, light},
+        {&Adjustments::temperature, -10, balance},
+        {&Adjustments::tint, 10, balance},
         {&Adjustments::dehaze, 10, {"sceneHaze"}},
         {&Adjustments::clarity, -10, {"kelvaroTone"}},
         {&Adjustments::brightness, 10, {"kelvaroTone"}},
@@ -316,6 +317,47 @@ TEST_F(PipelineTest, OutputSpacesDifferWhereTheirGamutsDo) {
     const auto srgb = samples(Pipeline::OutputSpace::sRGB);
     EXPECT_GT(srgb[2], 30);
     EXPECT_GT(srgb[1], 200);
+}
+
+// The largest step of a channel between neighbours of a row, as a screen shows it.
+float largestStep(const Raster& row) {
+    float largest = 0;
+    const auto shown = [&](int x, std::size_t channel) {
+        return std::clamp(test::pixelAt(row, x, 0)[channel], 0.0f, 1.0f);
+    };
+    for (int x = 1; x < row.extent().width; ++x)
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            largest = std::max(largest, std::abs(shown(x, channel) - shown(x - 1, channel)));
+    return largest;
+}
+
+// A sunlit wall that a mask brightens beyond white: no yellow patch beside the white.
+TEST_F(PipelineTest, HighlightsTurnWhiteWithoutAnEdge) {
+    const Image wall = test::imageOf({400, 1}, [](int x, int) {
+        const float light = 0.7f + 0.0025f * float(x);
+        return test::Pixel{light, 0.8f * light, 0.5f * light, 1};
+    });
+    for (const auto space : Pipeline::allOutputSpaces) {
+        const Raster shown = test::drawn(*renderer_, Pipeline::gamutMapped(wall, space));
+        EXPECT_LT(largestStep(shown), 0.03f);
+        EXPECT_EQ(test::pixelAt(shown, 399, 0), (test::Pixel{1, 1, 1, 1}));
+    }
+}
+
+// A white that the camera clipped takes the tint of the light greys around it.
+TEST_F(PipelineTest, WhiteBalanceLeavesNoEdgeAroundWhite) {
+    Adjustments edit;
+    edit.temperature = -100;
+    const PixelSize size{401, 1};
+    const Image greys = test::imageOf(size, [](int x, int) {
+        const float light = 0.8f + 0.0005f * float(x);
+        return test::Pixel{light, light, light, 1};
+    });
+    const ImageSource source = bitmapSource("a.png", "", greys, size);
+    const Raster shown = test::drawn(
+        *renderer_, Pipeline::gamutMapped(developed(source, edit), Pipeline::OutputSpace::sRGB));
+    EXPECT_LT(largestStep(shown), 0.02f);
+    EXPECT_LT(test::pixelAt(shown, 400, 0)[0], 0.8f) << "still blue";
 }
 
 TEST_F(PipelineTest, ShowsClippingAndMasks) {

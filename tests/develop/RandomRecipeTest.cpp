@@ -6,40 +6,18 @@
 #include "develop/Guides.h"
 #include "develop/Pictures.h"
 #include "develop/Recipes.h"
+#include "develop/ScalarForm.h"
 #include "develop/ToneAnalysis.h"
 #include "platform/imaging/ReferenceRenderer.h"
 #include "platform/imaging/SameBits.h"
 #include "platform/imaging/TiledRenderer.h"
 #include "recipe/AdjustmentCatalogue.h"
 
-#include <deque>
 #include <gtest/gtest.h>
-#include <map>
+#include <random>
 
 namespace kelvaro {
 namespace {
-
-// Graphs whose kernels run in their scalar form: the same text, one float at a time.
-class ScalarForm {
-public:
-    Image of(const Image& image) {
-        const auto found = done_.find(&image.node());
-        if (found != done_.end()) return found->second;
-        ImageNode node = image.node();
-        for (Image& input : node.inputs)
-            input = of(input);
-        if (auto* operation = std::get_if<KernelOperation>(&node.operation)) {
-            Kernel& kernel = kernels_.emplace_back(*operation->kernel);
-            kernel.vector = kernel.scalar;
-            operation->kernel = &kernel;
-        }
-        return done_[&image.node()] = Image(std::make_shared<const ImageNode>(std::move(node)));
-    }
-
-private:
-    std::deque<Kernel> kernels_; // their addresses are in the graph
-    std::map<const ImageNode*, Image> done_;
-};
 
 struct Development {
     ImageSource source;
@@ -79,7 +57,7 @@ TEST(RandomRecipes, AllExecutorsDrawTheSame) {
             randomDevelopment(seed, sizes[seed % std::size(sizes)]).image(*one, brushes);
         const Raster expected = test::drawn(*plain, image);
         const Raster vector = test::drawn(*one, image);
-        const Raster scalar = test::drawn(*one, ScalarForm().of(image));
+        const Raster scalar = test::drawn(*one, test::ScalarForm().of(image));
         const auto fromVector = test::worstDifference(vector, expected);
         EXPECT_LT(fromVector.worst, kTolerance) << "seed " << seed << ": " << fromVector.where;
         const auto fromScalar = test::worstDifference(scalar, expected);
@@ -88,12 +66,36 @@ TEST(RandomRecipes, AllExecutorsDrawTheSame) {
 }
 
 TEST(RandomRecipes, AnyNumberOfThreadsDrawsTheSameBits) {
-    const auto one = makeTiledRenderer(1), eight = makeTiledRenderer(8);
+    const auto one = makeTiledRenderer(1);
     BrushRaster brushes;
-    for (unsigned seed = 1; seed <= 30; ++seed) {
+    for (unsigned seed = 1; seed <= 14; ++seed) {
         const Image image = randomDevelopment(seed, {777, 301}).image(*one, brushes);
-        EXPECT_TRUE(test::sameBits(test::drawn(*one, image), test::drawn(*eight, image)))
-            << "seed " << seed;
+        const Raster alone = test::drawn(*one, image);
+        for (int threads = 2; threads <= 8; ++threads)
+            EXPECT_TRUE(test::sameBits(alone, test::drawn(*makeTiledRenderer(threads), image)))
+                << "seed " << seed << ", " << threads << " threads";
+    }
+}
+
+// Tiles begin where the rectangle does: a part drawn alone has its tile edges elsewhere.
+TEST(RandomRecipes, APartDrawnAloneIsThatPartOfTheWhole) {
+    const auto renderer = makeTiledRenderer(2);
+    BrushRaster brushes;
+    std::mt19937 random(11);
+    const auto upTo = [&](int most) { return int(random() % unsigned(most)); };
+    for (unsigned seed = 1; seed <= 30; ++seed) {
+        const Image image = randomDevelopment(seed, {1201, 67}).image(*renderer, brushes);
+        const Raster whole = test::drawn(*renderer, image);
+        const PixelRect& extent = image.extent();
+        const PixelRect from{extent.x + upTo(extent.width), extent.y + upTo(extent.height),
+                             1 + upTo(700), 1 + upTo(40)};
+        const PixelRect part = intersection(from, extent);
+        const auto alone = renderer->renderRaster(image, part);
+        ASSERT_TRUE(alone);
+        for (int y = part.y; y < part.top(); ++y)
+            for (int x = part.x; x < part.right(); ++x)
+                ASSERT_EQ(test::pixelAt(*alone, x, y), test::pixelAt(whole, x, y))
+                    << "seed " << seed << " at " << x << ", " << y;
     }
 }
 

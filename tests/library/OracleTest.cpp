@@ -1,6 +1,7 @@
 // The records of every photo in the folder KELVARO_PHOTOS against what an independent reader says
 // (oracle.json). Each difference is explained in the table below.
 #include "library/LibrarySamples.h"
+#include "places/Places.h"
 #include "platform/metadata/ExifPropertyReader.h"
 
 #include <gtest/gtest.h>
@@ -26,11 +27,7 @@ constexpr Explained kExplained[] = {
     {"raw/canon_eos_d30", "shutter", "written as 1/n with whole n"},
 };
 
-std::filesystem::path photos() {
-    const char* given = std::getenv("KELVARO_PHOTOS");
-    return given ? std::filesystem::path(given)
-                 : std::filesystem::path(KELVARO_SOURCE_DIR).parent_path() / "shared/photos";
-}
+using places::photos;
 
 // The first of the keys that is there; texts are trimmed, and of several numbers the first counts.
 std::string told(const json& file, std::initializer_list<const char*> keys) {

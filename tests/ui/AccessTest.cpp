@@ -41,7 +41,8 @@ QStringList faultsBelow(const QWidget* root) {
         for (const QWidget* up = widget->parentWidget(); up && up != root; up = up->parentWidget())
             isPart = isPart || qobject_cast<const QAbstractSpinBox*>(up) ||
                      qobject_cast<const QComboBox*>(up);
-        if (isPart || !isInteractive(widget)) continue;
+        const bool isAbsent = widget->isHidden() && !widget->isEnabled();
+        if (isPart || isAbsent || !isInteractive(widget)) continue;
         const QStringList found = faults(widget);
         if (!found.isEmpty())
             lines << QString("%1 '%2': %3")

@@ -184,7 +184,7 @@ TEST_F(Walk, AsksBeforeQuittingWithAnEditThatCouldNotBeWritten) {
               (std::vector<std::string>{"Quit Without Saving", "Keep Open"}));
     script.answers["quit"] = 0;
     window->close();
-    EXPECT_FALSE(window->isVisible());
+    until([&] { return !window->isVisible(); });
 }
 
 TEST_F(Walk, SurvivesAFolderThatVanishesWhileItsPhotosAreSelected) {

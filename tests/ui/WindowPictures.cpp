@@ -36,9 +36,7 @@ public:
         exporter.reset();
         library.reset();
         settings.set("introductionSeen", true);
-        std::vector<std::string> all = folders_;
-        all.push_back("/media/me/Card A");
-        settings.set("folders", all);
+        settings.set("folders", folders_);
         openSized();
         drawLibrary();
         drawSheets();
@@ -112,8 +110,18 @@ private:
         QTest::mouseClick(window->libraryPage().toolbar().filterButton(), Qt::LeftButton);
         take("filter");
         pressEscape();
-        library->setScope({Scope::Kind::folder, "/media/me/Card A"});
+        takeMissingDrive();
+    }
+    // The last folder goes away for a moment.
+    void takeMissingDrive() {
+        const std::string folder = folders_.back(), away = folder + ".away";
+        library->setScope({Scope::Kind::folder, folder});
+        wait();
+        std::filesystem::rename(folder, away);
+        library->rescanAll();
         take("missing-drive");
+        std::filesystem::rename(away, folder);
+        library->rescanAll();
         library->setScope({Scope::Kind::all, {}});
         wait();
     }

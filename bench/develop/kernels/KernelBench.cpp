@@ -27,6 +27,7 @@ std::vector<Case> cases() {
                                     0,         0.0170827, 0.0723974, 0.9105199};
     return {{bitmapToScene(), {}},
             {sceneToBitmap(), {}},
+            {balancedToBitmap(), {}},
             {rawColour(), {}},
             {twLogLuma(), {}},
             {twGuideAB(), {0.12}},
@@ -41,6 +42,7 @@ std::vector<Case> cases() {
             {twGamut(), {}},
             {twOutputGamut(), {1, 0, 0, 0, 1, 0, 0, 0, 1}},
             {twOutputGamut(), p3},
+            {displayGamut(), p3},
             {sceneHaze(), {0.5, 0.8, 0.85, 0.9}},
             {kelvaroTone(), {0, 0.4, 1, 0}},
             {twVignette(), {1024, 700, 0, 0, 1024, 700, 1, 0, -0.5}},

@@ -1,4 +1,5 @@
 // Speed of reading the properties of every test photo.
+#include "places/Places.h"
 #include "platform/metadata/ExifPropertyReader.h"
 
 #include <benchmark/benchmark.h>
@@ -11,10 +12,7 @@ namespace kelvaro {
 namespace {
 
 void readAll(benchmark::State& state) {
-    const char* photos = std::getenv("KELVARO_PHOTOS");
-    const std::filesystem::path folder =
-        photos ? std::filesystem::path(photos)
-               : std::filesystem::path(KELVARO_SOURCE_DIR).parent_path() / "shared/photos";
+    const std::filesystem::path folder = places::photos();
     std::vector<std::filesystem::path> files;
     for (const char* part : {"raw", "bitmap"}) {
         std::error_code error;

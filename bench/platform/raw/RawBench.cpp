@@ -1,5 +1,6 @@
 // Speed of opening, unpacking and developing. KELVARO_BENCH_RAW names the file; without it the 12
 // MP one of the test photos is taken. Items are pixels: the counter reads as pixels per second.
+#include "places/Places.h"
 #include "platform/raw/CameraRawEngine.h"
 #include "platform/raw/Demosaic.h"
 #include "platform/raw/Finishing.h"
@@ -16,11 +17,7 @@ namespace {
 
 std::filesystem::path file() {
     if (const char* given = std::getenv("KELVARO_BENCH_RAW")) return given;
-    const char* photos = std::getenv("KELVARO_PHOTOS");
-    const std::filesystem::path folder =
-        photos ? std::filesystem::path(photos)
-               : std::filesystem::path(KELVARO_SOURCE_DIR).parent_path() / "shared/photos";
-    return folder / "raw/gopro_hero7_mural.dng";
+    return places::photos() / "raw/gopro_hero7_mural.dng";
 }
 
 void openAndPreview(benchmark::State& state) {

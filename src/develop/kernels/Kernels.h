@@ -7,9 +7,10 @@
 namespace kelvaro::kernel {
 
 // Domain.kernel: between display-linear and scene-linear light
-const Kernel& bitmapToScene(); // s
-const Kernel& sceneToBitmap(); // s
-const Kernel& rawColour();     // s, reference
+const Kernel& bitmapToScene();    // s
+const Kernel& sceneToBitmap();    // s
+const Kernel& balancedToBitmap(); // s, before
+const Kernel& rawColour();        // s, reference
 
 // Guide.kernel: edge-preserving guides on log luminance
 const Kernel& twLogLuma();    // s → (y, y², 0)
@@ -28,6 +29,7 @@ const Kernel& twColour();      // s ; angle, sat, vib
 const Kernel& twMono();        // s
 const Kernel& twGamut();       // s
 const Kernel& twOutputGamut(); // s ; r0.xyz, r1.xyz, r2.xyz
+const Kernel& displayGamut();  // s ; r0.xyz, r1.xyz, r2.xyz
 
 // Haze.kernel
 const Kernel& sceneHaze(); // s, model ; amount, air.r, air.g, air.b

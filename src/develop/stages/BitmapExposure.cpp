@@ -13,8 +13,9 @@ Image bitmapExposureStage(const Image& image, const StageRun& run) {
     if (edit.exposure == 0 && edit.temperature == 0 && edit.tint == 0) return image;
     Image scene = applyKernel(kernel::bitmapToScene(), {image}, {});
     scene = exposureAdjusted(scene, edit.exposure);
-    scene = whiteBalanced(scene, kBitmapWhite, edit.temperature, edit.tint);
-    return applyKernel(kernel::sceneToBitmap(), {scene}, {});
+    const Image balanced = whiteBalanced(scene, kBitmapWhite, edit.temperature, edit.tint);
+    if (balanced == scene) return applyKernel(kernel::sceneToBitmap(), {scene}, {});
+    return applyKernel(kernel::balancedToBitmap(), {balanced, scene}, {});
 }
 
 } // namespace kelvaro

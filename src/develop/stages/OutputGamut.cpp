@@ -7,7 +7,7 @@ Image outputGamutStage(const Image& image, const std::array<std::array<float, 3>
     std::vector<double> uniforms;
     for (const auto& row : rows)
         uniforms.insert(uniforms.end(), row.begin(), row.end());
-    return applyKernel(kernel::twOutputGamut(), {image}, std::move(uniforms));
+    return applyKernel(kernel::displayGamut(), {image}, std::move(uniforms));
 }
 
 } // namespace kelvaro

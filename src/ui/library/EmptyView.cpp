@@ -30,6 +30,8 @@ EmptyView::EmptyView(const Appearance& appearance, QWidget* parent)
     button_ = new QPushButton(this);
     button_->setObjectName("emptyButton");
     button_->setProperty("kind", "primary");
+    button_->setEnabled(false); // until there is something to offer
+    button_->hide();
     QObject::connect(button_, &QPushButton::clicked, this, [this] { onButton(); });
     auto* column = new QVBoxLayout(this);
     column->setSpacing(measure::margin);

@@ -251,7 +251,10 @@ void LibraryPage::showSubtitle() {
 void LibraryPage::showEmptyState() {
     const auto state = lib_.emptyState();
     const bool appears = !state && middle_->currentWidget() != grid_;
+    const bool hadKeyboard = grid_->hasFocus();
     middle_->setCurrentWidget(state ? static_cast<QWidget*>(empty_) : grid_);
+    // A hidden grid would hand the keyboard to whatever comes next.
+    if (state && hadKeyboard) empty_->setFocus();
     // Whoever searches or chooses in the sidebar keeps the keyboard there.
     const QWidget* focused = QApplication::focusWidget();
     const bool isFree = !focused || focused == empty_ || empty_->isAncestorOf(focused);

@@ -284,7 +284,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
                             if (answer != 0) return;
                             parts_.library.discardUnsaved();
                             quits_ = true;
-                            close();
+                            // A window cannot close from within its own closing.
+                            QTimer::singleShot(0, this, &QWidget::close);
                         });
 }
 

@@ -5,6 +5,7 @@
 #include "develop/Pictures.h"
 #include "develop/Recipes.h"
 #include "develop/ToneAnalysis.h"
+#include "places/Places.h"
 
 #include <bit>
 #include <cstdio>
@@ -86,8 +87,7 @@ std::vector<GoldenPicture> drawnGoldenPictures(Renderer& renderer) {
 }
 
 std::filesystem::path goldenPath(const std::string& name) {
-    return std::filesystem::path(KELVARO_SOURCE_DIR) / "tests/develop/golden/pictures" /
-           (name + ".golden");
+    return places::source() / "tests/develop/golden/pictures" / (name + ".golden");
 }
 
 std::optional<Raster> readGolden(const std::filesystem::path& path) {

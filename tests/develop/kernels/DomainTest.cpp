@@ -32,6 +32,16 @@ Rgb toBitmap(const Sample& s, const std::vector<double>&) {
                   (x <= 20.2 ? 0.36 + 0.64 * u / (u + 0.64) : 0.98 * x / 20.2) / x);
 }
 
+Rgb balancedToBitmap(const Sample& sample, const std::vector<double>& none) {
+    const Rgb s = rgb(sample.inputs[0]);
+    const double x = norm(s), before = norm(rgb(sample.inputs[1]));
+    const double most = before > 20.2 / 0.98 ? before : 20.2 / 0.98; // NaN counts as little
+    Sample held = sample;
+    for (int k = 0; k < 3; k++)
+        held.inputs[0][k] = x > most ? s[k] * most / x : s[k];
+    return toBitmap(held, none);
+}
+
 Rgb withReferenceColour(const Sample& sample, const std::vector<double>&) {
     const Rgb s = rgb(sample.inputs[0]), reference = rgb(sample.inputs[1]);
     const double before = luminance(reference), after = luminance(s);
@@ -53,6 +63,7 @@ TEST(DomainKernels, followTheirSteps) {
     how.infinities = false;
     compareAllForms(kernel::bitmapToScene(), {{}}, toScene, how);
     compareAllForms(kernel::sceneToBitmap(), {{}}, toBitmap, how);
+    compareAllForms(kernel::balancedToBitmap(), {{}}, balancedToBitmap, how);
     how.exceptions = 0.0005; // references whose luminance is what is left of larger terms
     compareAllForms(kernel::rawColour(), {{}}, withReferenceColour, how);
     how.exceptions = 0;
@@ -71,6 +82,22 @@ TEST(DomainKernels, knownValues) {
     const Rgb same = vectorPixel(kernel::bitmapToScene(), s, {});
     for (int k = 0; k < 3; k++)
         EXPECT_EQ(same[k], static_cast<float>(s.inputs[0][k]));
+}
+
+// Scene light of white, made blue: display white in that tint; and what was brighter stays so.
+TEST(DomainKernels, balancedWhiteIsNoBrighterThanWhite) {
+    Sample s;
+    const double white = 20.2 / 0.98;
+    for (const double before : {1.0, 3.0}) {
+        s.inputs[0] = {0.5 * white * before, white * before, 2 * white * before, 1};
+        s.inputs[1] = {white * before, white * before, white * before, 1};
+        const Rgb c = vectorPixel(kernel::balancedToBitmap(), s, {});
+        EXPECT_NEAR(norm(c), before, 1e-5);
+        EXPECT_NEAR(c[2] / c[0], 4, 1e-5);
+    }
+    s.inputs[0] = {0.1, 0.2, 0.4, 1}; // far below: sceneToBitmap
+    EXPECT_EQ(vectorPixel(kernel::balancedToBitmap(), s, {}),
+              vectorPixel(kernel::sceneToBitmap(), s, {}));
 }
 
 TEST(DomainKernels, sceneToBitmapIsTheInverse) {

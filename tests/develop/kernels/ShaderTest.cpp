@@ -1,6 +1,7 @@
 // Every kernel text as a compute shader: the prelude, the text, and for each kernel a call with
 // arguments from buffers, through glslc.
 #include "develop/kernels/Kernels.h"
+#include "places/Places.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +17,7 @@
 namespace kelvaro::test {
 namespace {
 
-const std::filesystem::path kSource = std::filesystem::path(KELVARO_SOURCE_DIR) / "src";
+const std::filesystem::path kSource = places::source() / "src";
 
 std::string contents(const std::filesystem::path& file) {
     std::ostringstream text;
@@ -32,8 +33,8 @@ struct Family {
 std::vector<Family> families() {
     using namespace kernel;
     return {
-        {"Colour", {&twColour(), &twMono(), &twGamut(), &twOutputGamut()}},
-        {"Domain", {&bitmapToScene(), &sceneToBitmap(), &rawColour()}},
+        {"Colour", {&twColour(), &twMono(), &twGamut(), &twOutputGamut(), &displayGamut()}},
+        {"Domain", {&bitmapToScene(), &sceneToBitmap(), &balancedToBitmap(), &rawColour()}},
         {"Finish", {&kelvaroTone(), &twVignette(), &kelvaroGrain()}},
         {"Guide",
          {&twLogLuma(), &twGuideAB(), &rawLogNorm(), &rawGuide(), &rawApplyAB(), &rawMidDetail()}},

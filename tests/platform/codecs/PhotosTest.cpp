@@ -1,5 +1,6 @@
 // Real files: every sound one decodes to the size that another program reads from it, no broken one
 // does harm. Needs the test photos (environment variable KELVARO_PHOTOS).
+#include "places/Places.h"
 #include "platform/codecs/CodecTestSupport.h"
 
 #include <algorithm>
@@ -14,10 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path photos() {
-    const char* set = std::getenv("KELVARO_PHOTOS");
-    return set ? fs::path(set) : fs::path(KELVARO_SOURCE_DIR) / "../shared/photos";
-}
+using places::photos;
 
 std::vector<fs::path> filesIn(const fs::path& folder) {
     std::vector<fs::path> files;

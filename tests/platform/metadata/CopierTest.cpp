@@ -1,6 +1,7 @@
 // What an exported picture takes over from its photo, in every format: written by our writers and
 // read back both by our reader and by the library.
 #include "fakes/TemporaryFolder.h"
+#include "places/Places.h"
 #include "platform/codecs/CodecImageFiles.h"
 #include "platform/metadata/ExifMetadataCopier.h"
 #include "platform/metadata/ExifPropertyReader.h"
@@ -163,8 +164,8 @@ TEST_F(CopierTest, SaysThatThePhotoIsGone) {
 
 // Real photos of many makers: what the reader finds in the copy is what it found in the photo.
 TEST_F(CopierTest, KeepsThePropertiesOfRealPhotos) {
-    const char* photos = std::getenv("KELVARO_PHOTOS");
-    if (!photos) GTEST_SKIP() << "no photos";
+    const fs::path photos = places::photos();
+    if (!fs::exists(photos)) GTEST_SKIP() << "no photos";
     const auto same = [](const PropertyDictionary& found, const PropertyDictionary& original,
                          const std::string& what) {
         for (const auto& [key, value] : original.values()) {
@@ -180,7 +181,7 @@ TEST_F(CopierTest, KeepsThePropertiesOfRealPhotos) {
     };
     int count = 0;
     for (const char* part : {"raw", "bitmap"})
-        for (const auto& entry : fs::directory_iterator(fs::path(photos) / part)) {
+        for (const auto& entry : fs::directory_iterator(photos / part)) {
             const auto original = reader.read(entry.path());
             const auto copied = copier.copy(entry.path(), {48, 32}, OutputSpace::sRGB);
             if (!original || !copied || original->exif.isEmpty()) continue;

@@ -1,5 +1,6 @@
 // Every photo of the folder KELVARO_PHOTOS against what an independent reader says of it
 // (oracle.json). Prints each difference; one that is not in the table below is a failure.
+#include "places/Places.h"
 #include "platform/metadata/ExifPropertyReader.h"
 
 #include <gtest/gtest.h>
@@ -16,11 +17,7 @@ namespace {
 
 using nlohmann::json;
 
-std::filesystem::path photos() {
-    const char* given = std::getenv("KELVARO_PHOTOS");
-    return given ? std::filesystem::path(given)
-                 : std::filesystem::path(KELVARO_SOURCE_DIR).parent_path() / "shared/photos";
-}
+using places::photos;
 
 struct Allowed {
     const char* file;  // the beginning of the path; "" for all

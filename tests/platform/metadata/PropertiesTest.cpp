@@ -1,3 +1,4 @@
+#include "places/Places.h"
 #include "platform/metadata/ExifPropertyReader.h"
 #include "platform/metadata/HeifContainer.h"
 
@@ -14,11 +15,7 @@
 namespace kelvaro {
 namespace {
 
-std::filesystem::path photos() {
-    const char* given = std::getenv("KELVARO_PHOTOS");
-    return given ? std::filesystem::path(given)
-                 : std::filesystem::path(KELVARO_SOURCE_DIR).parent_path() / "shared/photos";
-}
+using places::photos;
 
 class Properties : public ::testing::Test {
 protected:

@@ -1,6 +1,7 @@
 // Opens and develops a file for a test.
 #pragma once
 
+#include "places/Places.h"
 #include "platform/raw/CameraRawEngine.h"
 
 #include <gtest/gtest.h>
@@ -10,11 +11,7 @@
 
 namespace kelvaro::test {
 
-inline std::filesystem::path photos() {
-    const char* given = std::getenv("KELVARO_PHOTOS");
-    return given ? std::filesystem::path(given)
-                 : std::filesystem::path(KELVARO_SOURCE_DIR).parent_path() / "shared/photos";
-}
+using places::photos;
 
 inline Raster developed(const std::filesystem::path& path, const RawDevelopSettings& settings = {},
                         RawProperties* properties = nullptr) {
