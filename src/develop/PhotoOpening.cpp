@@ -42,7 +42,11 @@ Result<ImageSource> streamedRaw(RawFile& file, const std::filesystem::path& phot
 Result<std::string> photoIdentity(FileSystem& files, const std::filesystem::path& photo) {
     const auto status = files.status(photo);
     if (!status) return fail(status.error());
-    return std::to_string(status->size) + "-" + std::to_string(status->modified.nanoseconds);
+    return photoIdentity(status->size, status->modified);
+}
+
+std::string photoIdentity(std::int64_t size, FileTime modified) {
+    return std::to_string(size) + "-" + std::to_string(modified.nanoseconds);
 }
 
 Result<ImageSource> PhotoOpener::open(const std::filesystem::path& photo, const Adjustments& edit,

@@ -11,6 +11,7 @@ namespace kelvaro {
 
 // What tells this state of a file from others: its size and the time of its last change.
 Result<std::string> photoIdentity(FileSystem& files, const std::filesystem::path& photo);
+std::string photoIdentity(std::int64_t size, FileTime modified);
 
 struct PhotoOpener {
     FileSystem& files;

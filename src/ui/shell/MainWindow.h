@@ -58,6 +58,7 @@ public:
     ExportSheet& exportSheet() const { return *exportSheet_; }
     SettingsSheet& settingsSheet() const { return *settings_; }
     ProfilePage& profilePage() const { return *profile_; }
+    const CellPictures& pictures() const { return pictures_; }
     QString noticeText() const { return notice_->text(); }
 
 protected:
@@ -76,6 +77,9 @@ private:
     void showRoot();
     void showCommands();
     void showIndexing();
+    void awaitMidnight();
+    QPoint noticePlace(QSize pill) const;
+    QPoint statusPlace(QSize pill) const;
     void addFolder();
     void addGivenFolder(const std::filesystem::path& folder);
     void moveToTrash();
@@ -110,6 +114,7 @@ private:
     Pill *notice_, *indexing_;
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
+    std::size_t mostIndexing_ = 0; // folders since the last pause
     bool quits_ = false, settling_ = false, introduced_ = false, showsProfile_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;
