@@ -37,11 +37,15 @@ void RenderSession::Work::open(const std::filesystem::path& photo, OpenedCallbac
     open->photo = photo;
     front_->opened = std::move(opened);
     front_->open = open;
+    engine_.canvasOpened();
     rendering_.post([this, open] { runOpen(open); });
 }
 
 void RenderSession::Work::close() {
-    if (front_->open) front_->open->cancellation->cancel();
+    if (front_->open) {
+        front_->open->cancellation->cancel();
+        engine_.canvasClosed();
+    }
     if (front_->newest) {
         front_->newest->cancellation->cancel();
         front_->newest->refinement->cancel();

@@ -40,14 +40,20 @@ public:
     std::unique_ptr<LibraryStore> library;
     std::unique_ptr<EditingServices> editing;
     std::unique_ptr<Exporter> exporter;
+    std::unique_ptr<ProfileServices> profile;
     std::unique_ptr<MainWindow> window;
 
     WindowScene() { settings.set("introductionSeen", true); }
-    ~WindowScene() {
+    // Closes everything that stands on the services.
+    void end() {
         window.reset();
+        profile.reset();
         exporter.reset();
         editing.reset();
         library.reset();
+    }
+    ~WindowScene() {
+        end();
         render.reset();
     }
 
@@ -74,6 +80,9 @@ public:
                         *services.raw, *services.properties, metadata, engine.exportRenderer(),
                         *services.brushes, engine.work(), *services.clock},
             main);
+        profile = std::make_unique<ProfileServices>(
+            ProfileServices::Parts{*library, *exporter, settings, desktop, *services.clock,
+                                   *services.calendar, *services.texts, main, "1.2.3"});
         window = std::make_unique<MainWindow>(
             WindowParts{.appearance = appearance,
                         .library = *library,
@@ -82,6 +91,7 @@ public:
                         .thumbnails = render->thumbnails(),
                         .editing = *editing,
                         .exporter = *exporter,
+                        .profile = *profile,
                         .settings = settings,
                         .folders = folders,
                         .desktop = desktop,

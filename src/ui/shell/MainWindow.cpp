@@ -8,15 +8,20 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDateTime>
 #include <QMenuBar>
 #include <QScreen>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace kelvaro {
 namespace {
 
 constexpr QSize firstSize(1280, 800);
-constexpr int noticeBottomPx = 24;
+constexpr int noticeHeightPx = 36, noticeBottomPx = 24;
+constexpr int viewerBarPx = 44;
+constexpr int scrollBarPx = 12; // beside the grid's headings
 
 unsigned circumstancesOf(const CommandState& state, const EditorTools& tools) {
     using namespace circumstance;
@@ -37,8 +42,10 @@ MainWindow::MainWindow(WindowParts parts)
       pictures_(parts_.appearance, parts_.thumbnails),
       commands_(new CommandActions(this)),
       pages_(new QStackedWidget(this)),
-      notice_(new Pill(parts_.appearance, "noticePill", this, noticeBottomPx)),
-      indexing_(new Pill(parts_.appearance, "indexingPill", this, noticeBottomPx)) {
+      notice_(new Pill(parts_.appearance, "noticePill", this, noticeHeightPx,
+                       [this](QSize pill) { return noticePlace(pill); })),
+      indexing_(new Pill(parts_.appearance, "indexingPill", this, statusHeightPx,
+                         [this](QSize pill) { return statusPlace(pill); })) {
     setObjectName("window");
     setWindowTitle("Kelvaro");
     setWindowIcon(programIcon());
@@ -55,6 +62,7 @@ MainWindow::MainWindow(WindowParts parts)
     observeStore();
     qApp->installEventFilter(this);
     restoreGeometryKept();
+    awaitMidnight();
 }
 
 MainWindow::~MainWindow() {
@@ -63,7 +71,8 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::makePages() {
-    library_ = new LibraryPage(parts_.appearance, parts_.library, pictures_, *commands_, this);
+    library_ = new LibraryPage(parts_.appearance, parts_.library, parts_.thumbnails, pictures_,
+                               *commands_, this);
     editor_ = new EditorPage(parts_.appearance,
                              {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
                               parts_.editing, *commands_},
@@ -82,9 +91,12 @@ void MainWindow::makePages() {
     library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
     library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
     library_->setShowsSidebar(parts_.settings.get<bool>(settingsKey::showsSidebar).value_or(true));
-    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings, this);
+    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings,
+                                  parts_.profile.usage(), this);
+    makeProfile();
     exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
-    exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this);
+    exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this,
+                                     [this](QSize pill) { return statusPlace(pill); });
     exportSheet_->onChanged = [this](const ExportSettings& now) { now.save(parts_.settings); };
     exportSheet_->onExport = [this](const ExportSettings& now) { startExport(now); };
     exportSheet_->onClosed = [this] {
@@ -135,12 +147,23 @@ void MainWindow::showRoot() {
         state.appearance == AppearanceMode::dark ||
         (state.appearance == AppearanceMode::system && parts_.desktop.preferences().prefersDark);
     if (dark != parts_.appearance.theme().dark) applyAppearance();
-    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_) : library_;
+    showsProfile_ = showsProfile_ && !state.isEditing;
+    if (showsProfile_) setWindowTitle(words("Your Profile") + " — Kelvaro");
+    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_)
+                    : showsProfile_ ? static_cast<QWidget*>(profile_)
+                                    : library_;
     if (pages_->currentWidget() != page) {
         const QRect cell =
             state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get()) : QRect();
         pages_->setCurrentWidget(page);
-        state.isEditing ? editor_->canvas().setFocus() : library_->grid().setFocus();
+        indexing_->place();
+        exportStatus_->place();
+        if (page == library_)
+            library_->grid().setFocus();
+        else if (page == editor_)
+            editor_->canvas().setFocus();
+        else
+            page->setFocus();
         if (cell.isValid()) editor_->growFrom(cell);
     }
     if (!state.errorMessage || *state.errorMessage == shownError_) return;
@@ -156,7 +179,8 @@ void MainWindow::showCommands() {
     const CommandState& state = parts_.library.commandState().state();
     unsigned now = circumstancesOf(state, parts_.library.editorTools().state());
     if (state.isEditing) now = (now & ~circumstance::editedPhoto) | editor_->circumstances();
-    commands_->setCircumstances(now);
+    // The selection in the grid behind the profile is nothing to act on.
+    commands_->setCircumstances(showsProfile_ ? 0 : now);
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
                                             : state.selectionIsAllFavorite;
     commands_->setOn(CommandId::favorite, isFavorite);
@@ -165,13 +189,44 @@ void MainWindow::showCommands() {
 }
 
 void MainWindow::showIndexing() {
-    const auto& folders = parts_.library.indexingFolders().get();
-    if (folders.empty()) return indexing_->leave();
-    // A quick look at unchanged folders says nothing.
-    if (parts_.library.photoCount() > 0 && folders.size() < 2) return;
-    indexing_->showProgress(counted(static_cast<qint64>(folders.size()),
-                                    "Looking through 1 folder…", "Looking through %1 folders…"),
-                            std::nullopt);
+    const std::size_t folders = parts_.library.indexingFolders().get().size();
+    mostIndexing_ = folders == 0 ? 0 : std::max(mostIndexing_, folders);
+    // A quick look at one folder, or while something else is told, says nothing.
+    const bool isQuiet = parts_.library.photoCount() > 0 && mostIndexing_ < 2;
+    if (folders == 0 || isQuiet || exportStatus_->isShown()) return indexing_->leave();
+    indexing_->showProgress(
+        counted(static_cast<qint64>(folders), "Looking through 1 folder…",
+                "Looking through %1 folders…"),
+        mostIndexing_ > 1 ? std::optional(double(mostIndexing_ - folders) / double(mostIndexing_))
+                          : std::nullopt);
+}
+
+QPoint MainWindow::noticePlace(QSize pill) const {
+    return {(width() - pill.width()) / 2, height() - noticeBottomPx - pill.height()};
+}
+
+// In the bars above the photos, so that it never covers one.
+QPoint MainWindow::statusPlace(QSize pill) const {
+    if (pages_->currentWidget() == library_) {
+        const QRect row = library_->statusRow();
+        const QPoint origin = library_->mapTo(this, row.topLeft());
+        return {origin.x() + row.width() - pill.width() - scrollBarPx,
+                origin.y() + (row.height() - pill.height()) / 2};
+    }
+    return {(width() - pill.width()) / 2, pages_->y() + (viewerBarPx - pill.height()) / 2};
+}
+
+// Headings say "Today" and "Yesterday".
+void MainWindow::awaitMidnight() {
+    const QDateTime now = QDateTime::currentDateTime();
+    const qint64 left = now.msecsTo(now.date().addDays(1).startOfDay());
+    // In steps, because a machine may sleep meanwhile.
+    constexpr qint64 longestMs = 10 * 60 * 1000;
+    QTimer::singleShot(std::clamp<qint64>(left + 500, 500, longestMs), this,
+                       [this, day = now.date()] {
+                           if (QDate::currentDate() != day) parts_.library.dayChanged();
+                           awaitMidnight();
+                       });
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {

@@ -2,6 +2,7 @@
 // views together and gives every command its operation. Main thread.
 #pragma once
 
+#include "app/ProfileServices.h"
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
@@ -13,6 +14,8 @@
 #include "ui/export/ExportStatus.h"
 #include "ui/library/InfoPanel.h"
 #include "ui/library/LibraryPage.h"
+#include "ui/profile/ProfilePage.h"
+#include "ui/profile/ProfilePrompt.h"
 #include "ui/shell/CommandActions.h"
 #include "ui/shell/Pill.h"
 #include "ui/shell/Prompts.h"
@@ -32,6 +35,7 @@ struct WindowParts {
     ThumbnailLoader& thumbnails;
     EditingServices& editing;
     Exporter& exporter;
+    ProfileServices& profile;
     SettingsStore& settings;
     const UserFolders& folders;
     Desktop& desktop;
@@ -53,6 +57,8 @@ public:
     EditorPage& editor() const { return *editor_; }
     ExportSheet& exportSheet() const { return *exportSheet_; }
     SettingsSheet& settingsSheet() const { return *settings_; }
+    ProfilePage& profilePage() const { return *profile_; }
+    const CellPictures& pictures() const { return pictures_; }
     QString noticeText() const { return notice_->text(); }
 
 protected:
@@ -71,6 +77,9 @@ private:
     void showRoot();
     void showCommands();
     void showIndexing();
+    void awaitMidnight();
+    QPoint noticePlace(QSize pill) const;
+    QPoint statusPlace(QSize pill) const;
     void addFolder();
     void addGivenFolder(const std::filesystem::path& folder);
     void moveToTrash();
@@ -80,6 +89,10 @@ private:
     void startExport(const ExportSettings& settings);
     void toggleInfo();
     void introduce();
+    void makeProfile();
+    void showProfile(bool shows);
+    void showProfileName();
+    void shareProfile();
     void restoreGeometryKept();
     ProtectedPaths protectedPaths() const;
     // The edit as it stands now, saved or not.
@@ -92,6 +105,8 @@ private:
     QStackedWidget* pages_;
     LibraryPage* library_ = nullptr;
     EditorPage* editor_ = nullptr;
+    ProfilePage* profile_ = nullptr;
+    ProfilePrompt* profilePrompt_ = nullptr;
     InfoPanel *libraryInfo_ = nullptr, *editorInfo_ = nullptr;
     SettingsSheet* settings_ = nullptr;
     ExportSheet* exportSheet_ = nullptr;
@@ -99,7 +114,8 @@ private:
     Pill *notice_, *indexing_;
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
-    bool quits_ = false, settling_ = false, introduced_ = false;
+    std::size_t mostIndexing_ = 0; // folders since the last pause
+    bool quits_ = false, settling_ = false, introduced_ = false, showsProfile_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;
 };

@@ -12,7 +12,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int previewPx = 512;
+constexpr int previewPx = 1280;
 
 } // namespace
 
@@ -148,7 +148,8 @@ void MainWindow::startExport(const ExportSettings& settings) {
     exportStatus_->begin();
     Exporter::Options options;
     options.onPhoto = [this](const Exporter::PhotoOutcome& outcome) {
-        if (outcome.file) exportStatus_->noteFile(outcome.file->url);
+        if (!outcome.file) return;
+        exportStatus_->noteFile(outcome.file->url);
     };
     parts_.exporter.start(std::move(jobs), settings, protectedPaths(), std::move(options));
 }

@@ -89,7 +89,8 @@ const char* iconPath(IconName name) {
     case IconName::driveMissing:
         return "M3 12.5 5 5h10l2 7.5v3H3zM3 12.5h14M8.2 7.2l3.6 3.6M11.8 7.2 8.2 10.8";
     case IconName::edited:
-        return "M4 6h4.2M11.8 6H16M4 14h1.7M9.3 14H16M10 4.2v3.6M7.5 12.2v3.6";
+        return "M3.5 6.5h6.2M14.3 6.5h2.2M12 4.2a2.3 2.3 0 1 0 0 4.6 2.3 2.3 0 0 0 0-4.6zM3.5 "
+               "13.5h2.2M10.3 13.5h6.2M8 11.2a2.3 2.3 0 1 0 0 4.6 2.3 2.3 0 0 0 0-4.6z";
     case IconName::exportArrow:
         return "M10 12.5V3.5M6.5 6.5 10 3l3.5 3.5M6 9.5H4.5v7h11v-7H14";
     case IconName::favorite:

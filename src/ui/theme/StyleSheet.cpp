@@ -78,6 +78,7 @@ QListWidget::indicator { width: 14px; height: 14px; border: 1px solid @scrollHov
     background: @control; }
 QListWidget::indicator:checked { background: @knob; border-color: @knob;
     image: url(:/kelvaro/check.svg); }
+#sidebar { background: @panel; }
 QScrollBar { background: transparent; border: none; margin: 0; }
 QScrollBar:vertical { width: 12px; }
 QScrollBar:horizontal { height: 12px; }
@@ -124,6 +125,7 @@ QString styleSheetOf(const Theme& theme) {
         {"@controlHover", over(theme.hover, theme.control)},
         {"@controlPressed", over(theme.pressed, theme.control)},
         {"@control", theme.control.name()},
+        {"@panel", theme.panel.name()},
         {"@primaryHover", theme.primary.lighter(theme.dark ? 104 : 106).name()},
         {"@primary", theme.primary.name()},
         {"@onPrimary", theme.onPrimary.name()},
