@@ -67,6 +67,7 @@ InspectorView::InspectorView(const Appearance& appearance, CommandActions& comma
     column->addLayout(banner);
     column->addWidget(stack_, 1);
     column->addWidget(makeFoot(commands));
+    show(inspectorPanels({}, {}), {});
 }
 
 QWidget* InspectorView::makePanels() {
