@@ -92,8 +92,8 @@ void ViewQueue::answer() {
     if (question.number == 0) return; // nobody has asked yet
     ViewAnswer answer{.question = question.number};
     answer.view = std::make_shared<const LibraryView>(table_.query(question.request));
-    const bool isElsewhere = !(answeredScope_ == question.request.scope) ||
-                             answeredOnly_ != question.request.only;
+    const bool isElsewhere =
+        !(answeredScope_ == question.request.scope) || answeredOnly_ != question.request.only;
     optionsChanged_ = optionsChanged_ || tableChanged_;
     if (isElsewhere || (optionsChanged_ && (!isStreaming_ || begun >= nextOptions_))) {
         answer.options = table_.filterOptions(question.request);
