@@ -133,6 +133,7 @@ public:
     // The cache stays beside the library, so that the second run of this program has it at once.
     Run(Bench& bench, const std::filesystem::path& library)
         : bench_(bench),
+          empty_(residentMegabytes()),
           cache_(library.parent_path() / (library.filename().string() + "-cache.db")) {
         storeFolders(bench.settings, foldersIn(library));
         measure(first_, [this] { open(); });

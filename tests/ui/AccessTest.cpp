@@ -8,6 +8,7 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QScrollBar>
+#include <QTableView>
 #include <QTranslator>
 
 namespace kelvaro {
@@ -41,7 +42,7 @@ QStringList faultsBelow(const QWidget* root) {
         bool isPart = false;
         for (const QWidget* up = widget->parentWidget(); up && up != root; up = up->parentWidget())
             isPart = isPart || qobject_cast<const QAbstractSpinBox*>(up) ||
-                     qobject_cast<const QComboBox*>(up);
+                     qobject_cast<const QComboBox*>(up) || qobject_cast<const QTableView*>(up);
         const bool isAbsent = widget->isHidden() && !widget->isEnabled();
         if (isPart || isAbsent || !isInteractive(widget)) continue;
         const QStringList found = faults(widget);

@@ -179,12 +179,21 @@ private:
                 }
             }
         }
+        SourcePlanes planes;
+        planes.stride = stride;
+        planes.area = source;
+        const bool isShared = places_.isShared();
         float rows[Workshop::kWidth], columns[Workshop::kWidth];
         for (int row = 0; row < tile.height; ++row) {
-            for (int c = 0; c < channels; ++c) {
+            planes.count = isShared ? channels : 1;
+            for (int c = 0; c < channels; c += planes.count) {
+                float* out[kMaximumChannels] = {};
+                for (int k = 0; k < planes.count; ++k) {
+                    planes.first[k] = shop.source[c + k].data();
+                    out[k] = shop.row(c + k, row);
+                }
                 places_.row(tile.top + row, tile.left, tile.width, c, rows, columns);
-                sampleRow(shop.source[c].data(), stride, source, rows, columns, tile.width,
-                          shop.row(c, row));
+                sampleRow(planes, rows, columns, tile.width, out);
             }
         }
     }

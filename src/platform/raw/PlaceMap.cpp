@@ -1,11 +1,15 @@
 #include "platform/raw/PlaceMap.h"
 
+#include <hwy/highway.h>
+
 #include <algorithm>
 #include <cmath>
 
 namespace kelvaro {
 
 namespace {
+
+namespace hn = hwy::HWY_NAMESPACE; // what every machine has is enough for four floats
 
 constexpr int kStep = 8;  // columns between two places that are worked out
 constexpr int kReach = 3; // of the splines, and what interpolation may differ
@@ -134,23 +138,36 @@ SensorRect PlaceMap::source(const SensorRect& tile) const {
             std::min(most, int(std::ceil(bottom)) + kReach + 1 - firstRow)};
 }
 
-void sampleRow(const float* plane, std::ptrdiff_t stride, const SensorRect& area, const float* rows,
-               const float* columns, int count, float* out) {
+bool PlaceMap::isShared() const {
+    return std::all_of(warps_.begin(), warps_.end(),
+                       [](const LensWarp& warp) { return warp.planes.size() == 1; });
+}
+
+void sampleRow(const SourcePlanes& planes, const float* rows, const float* columns, int count,
+               float* const* out) {
+    const hn::Full128<float> tag; // the four neighbours of one row
+    const SensorRect& area = planes.area;
+    const auto lastRow = float(area.height - 3), lastColumn = float(area.width - 3);
     for (int i = 0; i < count; ++i) {
-        const float y = std::max(1.0f, std::min(rows[i] - float(area.top), float(area.height - 3)));
-        const float x =
-            std::max(1.0f, std::min(columns[i] - float(area.left), float(area.width - 3)));
+        // In this order they drop NaN.
+        const float y = std::max(1.0f, std::min(rows[i] - float(area.top), lastRow));
+        const float x = std::max(1.0f, std::min(columns[i] - float(area.left), lastColumn));
         const int top = int(y), left = int(x);
-        float down[4], across[4];
+        float down[4];
+        HWY_ALIGN float across[4];
         splineWeights(y - float(top), down);
         splineWeights(x - float(left), across);
-        const float* from = plane + (top - 1) * stride + left - 1;
-        float sum = 0;
-        for (int r = 0; r < 4; ++r, from += stride) {
-            sum += down[r] * (across[0] * from[0] + across[1] * from[1] + across[2] * from[2] +
-                              across[3] * from[3]);
+        const auto weights = hn::Load(tag, across);
+        const std::ptrdiff_t at = (top - 1) * planes.stride + left - 1;
+        for (int c = 0; c < planes.count; ++c) {
+            const float* from = planes.first[c] + at;
+            auto sum = hn::Mul(hn::LoadU(tag, from), hn::Set(tag, down[0]));
+            for (int r = 1; r < 4; ++r) {
+                sum = hn::Add(
+                    sum, hn::Mul(hn::LoadU(tag, from + r * planes.stride), hn::Set(tag, down[r])));
+            }
+            out[c][i] = hn::GetLane(hn::SumOfLanes(tag, hn::Mul(sum, weights)));
         }
-        out[i] = sum;
     }
 }
 

@@ -23,6 +23,8 @@ public:
 
     // Nothing to do: both pictures are the same.
     bool isIdentity() const { return warps_.empty() && rowScale_ == 1 && columnScale_ == 1; }
+    // Whether all channels come from the same places.
+    bool isShared() const;
     // The places of `count` pixels of a row in one channel's picture. Between every eighth column
     // they are interpolated, which is exact to a hundredth of a pixel.
     void row(int row, int column, int count, int channel, float* rows, float* columns) const;
@@ -45,10 +47,18 @@ private:
     std::vector<LensWarp> warps_;
 };
 
-// `count` values of a plane at places inside it, by Catmull-Rom splines. `area` says which pixels
-// the plane holds, `stride` how many floats a row. Places nearer than two pixels to its edges are
-// moved inwards.
-void sampleRow(const float* plane, std::ptrdiff_t stride, const SensorRect& area, const float* rows,
-               const float* columns, int count, float* out);
+// Planes of pixels side by side: where they begin, how many floats a row has, and which pixels they
+// hold.
+struct SourcePlanes {
+    const float* first[kMaximumChannels] = {};
+    int count = 0;
+    std::ptrdiff_t stride = 0;
+    SensorRect area;
+};
+
+// `count` values of each plane at places inside it, by Catmull-Rom splines. Places nearer than two
+// pixels to its edges are moved inwards.
+void sampleRow(const SourcePlanes& planes, const float* rows, const float* columns, int count,
+               float* const* out);
 
 } // namespace kelvaro

@@ -62,7 +62,6 @@ MainWindow::MainWindow(WindowParts parts)
     observeStore();
     qApp->installEventFilter(this);
     restoreGeometryKept();
-    awaitMidnight();
 }
 
 MainWindow::~MainWindow() {
@@ -214,19 +213,6 @@ QPoint MainWindow::statusPlace(QSize pill) const {
                 origin.y() + (row.height() - pill.height()) / 2};
     }
     return {(width() - pill.width()) / 2, pages_->y() + (viewerBarPx - pill.height()) / 2};
-}
-
-// Headings say "Today" and "Yesterday".
-void MainWindow::awaitMidnight() {
-    const QDateTime now = QDateTime::currentDateTime();
-    const qint64 left = now.msecsTo(now.date().addDays(1).startOfDay());
-    // In steps, because a machine may sleep meanwhile.
-    constexpr qint64 longestMs = 10 * 60 * 1000;
-    QTimer::singleShot(std::clamp<qint64>(left + 500, 500, longestMs), this,
-                       [this, day = now.date()] {
-                           if (QDate::currentDate() != day) parts_.library.dayChanged();
-                           awaitMidnight();
-                       });
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {

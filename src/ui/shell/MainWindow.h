@@ -77,7 +77,6 @@ private:
     void showRoot();
     void showCommands();
     void showIndexing();
-    void awaitMidnight();
     QPoint noticePlace(QSize pill) const;
     QPoint statusPlace(QSize pill) const;
     void addFolder();
