@@ -68,8 +68,7 @@ public:
         settings.set("folders", std::vector<std::string>{folder_});
         open(true);
         canvas().onPainted = [this](const CanvasFrame& frame) {
-            if (frame.number == lastFrame_) return;
-            lastFrame_ = frame.number;
+            if (std::exchange(lastFrame_, frame.image.cacheKey()) == frame.image.cacheKey()) return;
             painted_ = true;
             lastStage_ = frame.stage;
         };
@@ -233,7 +232,7 @@ private:
 
     std::string folder_;
     int frames_, walk_;
-    std::uint64_t lastFrame_ = 0;
+    qint64 lastFrame_ = 0; // the key of its image
     ViewStage lastStage_ = ViewStage::preview;
     bool painted_ = false;
 };
