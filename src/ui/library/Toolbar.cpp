@@ -116,6 +116,7 @@ Toolbar::Toolbar(const Appearance& appearance, QAction* exports, QAction* profil
     size_->setSingleStep(50);
     size_->setPageStep(150);
     size_->setFixedWidth(112);
+    size_->setFocusPolicy(Qt::TabFocus);
     QObject::connect(size_, &QSlider::valueChanged, this,
                      [this](int value) { onCellSize(cellFor(value)); });
 
@@ -133,7 +134,8 @@ Toolbar::Toolbar(const Appearance& appearance, QAction* exports, QAction* profil
     row->addWidget(new Glyph(appearance, IconName::squareLarge, this));
     row->addSpacing(measure::unit);
     row->addWidget(actionButton(appearance, IconName::exportArrow, exports, "exportButton", this));
-    row->addWidget(actionButton(appearance, IconName::person, profile, "profileButton", this));
+    profile_ = actionButton(appearance, IconName::person, profile, "profileButton", this);
+    row->addWidget(profile_);
 }
 
 void Toolbar::makeSearch(const Appearance& appearance) {
