@@ -18,6 +18,7 @@ bool isInteractive(const QWidget* widget) {
     if (qobject_cast<const QScrollBar*>(widget)) return false;
     // Parts of Qt's own widgets.
     if (widget->objectName().startsWith("qt_")) return false;
+    if (widget->metaObject()->className() == QString("QTableCornerButton")) return false;
     return qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QLineEdit*>(widget) ||
            qobject_cast<const QAbstractSlider*>(widget) || qobject_cast<const QComboBox*>(widget) ||
            qobject_cast<const QAbstractSpinBox*>(widget) || dynamic_cast<const GridView*>(widget) ||
