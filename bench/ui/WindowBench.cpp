@@ -134,7 +134,7 @@ private:
     const std::int64_t begin_ = qEnvironmentVariable(startVariable).toLongLong();
     QtMainThread mainThread_;
     Cancellation interruption_;
-    WindowServices services_{mainThread_, {}, interruption_};
+    WindowServices services_{mainThread_, {}, interruption_, "bench"};
     Appearance appearance_;
     MainWindow window_{partsOf(services_, appearance_, "bench")};
     std::int64_t firstPainted_ = 0, firstGrid_ = 0, firstWhole_ = 0;

@@ -81,6 +81,9 @@ struct Command {
     bool held = false;           // acts for as long as the key is down
 };
 
+// The profile's help text after the name of the user, once it is known.
+inline constexpr std::string_view profileHelpAfterName = "'s profile (⇧⌘P)";
+
 std::span<const Command> commands();
 const Command& command(CommandId id);
 

@@ -57,6 +57,12 @@ struct ListRequest {
     bool groups = false, json = false;
 };
 
+struct ProfileRequest {
+    std::vector<std::filesystem::path> folders;
+    std::optional<std::int64_t> from, to; // days since 1970-01-01, both inclusive
+    bool json = false;
+};
+
 // Which part of a set of photos to work on, where several machines share it: 1 of 1 is all of it.
 struct Shard {
     std::size_t number = 1, count = 1;

@@ -13,6 +13,7 @@ ExitCode runRecipe(const RecipeRequest& request, Services& services);
 ExitCode runInfo(const PanelRequest& request, Services& services);
 ExitCode runFavorite(const FavoriteRequest& request, Services& services);
 ExitCode runList(const ListRequest& request, Services& services);
+ExitCode runProfile(const ProfileRequest& request, Services& services);
 ExitCode runExport(const ExportOrder& request, Services& services);
 
 // The edit that lies beside a photo; the unedited record when there is none. Failures name the

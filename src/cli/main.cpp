@@ -132,14 +132,19 @@ void addExportLook(CLI::App* command, ExportOrder& request) {
         ->check(CLI::Range(256, 20000));
     command
         ->add_option("--border", request.borderPercent,
-                     "A white border, in percent of the longer side")
-        ->check(CLI::Range(1.0, 20.0));
+                     "A white border, in percent of the longer side; 1 where no number follows")
+        ->check(CLI::Range(1.0, 20.0))
+        ->expected(0, 1)
+        ->default_str("1")
+        ->option_text("[PERCENT]");
     command
         ->add_option_function<std::string>(
             "--stamp", [&](const std::string& name) { request.stamp = *DateStamp::style(name); },
-            "Imprint the day of capture: dayMonthYear or monthDayYear")
+            "Imprint the day of capture: dayMonthYear (where nothing follows) or monthDayYear")
         ->check(CLI::IsMember({"none", "dayMonthYear", "monthDayYear"}))
-        ->option_text("STYLE");
+        ->expected(0, 1)
+        ->default_str("dayMonthYear")
+        ->option_text("[STYLE]");
     command
         ->add_option_function<std::string>(
             "--space",
@@ -265,6 +270,47 @@ CLI::App* addList(CLI::App& app, ListRequest& request) {
     return command;
 }
 
+// The day of "2024-03-09"; none when the text names no day of the calendar.
+std::optional<std::int64_t> dayFrom(const std::string& text) {
+    CivilTime date;
+    char rest = 0;
+    const bool isShaped =
+        text.size() == 10 &&
+        std::sscanf(text.c_str(), "%4d-%2d-%2d%c", &date.year, &date.month, &date.day, &rest) == 3;
+    if (!isShaped || date.month < 1 || date.month > 12) return std::nullopt;
+    const std::int64_t day = dayNumber(date);
+    // A 31st that the month lacks comes back as a day of the next.
+    return civilFromSeconds(day * 86'400) == date ? std::optional(day) : std::nullopt;
+}
+
+void addDayOption(CLI::App* command, const std::string& name, std::optional<std::int64_t>& day,
+                  const std::string& help) {
+    const auto check = [](const std::string& text) {
+        return dayFrom(text) ? std::string() : "write a day as 2024-03-09";
+    };
+    command
+        ->add_option_function<std::string>(
+            name, [&day](const std::string& text) { day = dayFrom(text); }, help)
+        ->check(CLI::Validator(check, "DATE"));
+}
+
+CLI::App* addProfile(CLI::App& app, ProfileRequest& request) {
+    CLI::App* command =
+        app.add_subcommand("profile", "Tell how the photos of folders were taken, in words");
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "folders",
+            [&](const std::vector<std::string>& paths) {
+                request.folders.assign(paths.begin(), paths.end());
+            },
+            "The folders; folders inside them are not looked into")
+        ->required();
+    addDayOption(command, "--from", request.from, "Only photos of this day and later");
+    addDayOption(command, "--to", request.to, "Only photos of this day and earlier");
+    command->add_flag("--json", request.json, "One JSON object, with the charts");
+    return command;
+}
+
 int run(int argc, char** argv) {
     CLI::App app{"Kelvaro on the command line: develops photos without ever changing an original.",
                  "kelvaro-cli"};
@@ -280,6 +326,8 @@ int run(int argc, char** argv) {
     const CLI::App* recipeCommand = addRecipe(app, recipe);
     const CLI::App* favoriteCommand = addFavorite(app, favorite);
     const CLI::App* listCommand = addList(app, list);
+    ProfileRequest profile;
+    const CLI::App* profileCommand = addProfile(app, profile);
     ExportOrder exports;
     const CLI::App* exportCommand = addExport(app, exports);
     addInfo(app, info);
@@ -297,6 +345,7 @@ int run(int argc, char** argv) {
     if (favoriteCommand->parsed()) return static_cast<int>(runFavorite(favorite, services));
     if (listCommand->parsed()) return static_cast<int>(runList(list, services));
     if (exportCommand->parsed()) return static_cast<int>(runExport(exports, services));
+    if (profileCommand->parsed()) return static_cast<int>(runProfile(profile, services));
     return static_cast<int>(runInfo(info, services));
 }
 

@@ -1,6 +1,6 @@
 // How each value of the information panel is spelt, and where it stands.
 #include "library/PhotoInfo.h"
-#include "library/SearchText.h"
+#include "library/SettingTexts.h"
 
 #include <fmt/format.h>
 
@@ -10,11 +10,6 @@
 namespace kelvaro {
 
 namespace {
-
-// Up to two decimals, none that is not needed.
-std::string number(double value) {
-    return fmt::format("{}", std::round(value * 100) / 100);
-}
 
 std::string biasText(double stops) {
     return std::round(stops * 10) == 0 ? "0 EV" : fmt::format("{:+.1f} EV", stops);
@@ -73,15 +68,13 @@ private:
 };
 
 void addCapture(const PhotoInfo& info, Rows& rows) {
-    const auto millimetres = [](double value) { return number(value) + " mm"; };
     rows.section("Exposure");
-    rows.add("aperture", "Aperture", info.aperture, [](double f) { return "ƒ/" + number(f); });
-    rows.add("shutter", "Shutter", info.shutter,
-             [](double seconds) { return shutterNotation(seconds) + " s"; });
-    rows.add("iso", "ISO", info.iso, [](int iso) { return fmt::format("ISO {}", iso); });
-    rows.add("focal", "Focal length", info.focal, millimetres);
+    rows.add("aperture", "Aperture", info.aperture, apertureText);
+    rows.add("shutter", "Shutter", info.shutter, shutterText);
+    rows.add("iso", "ISO", info.iso, isoText);
+    rows.add("focal", "Focal length", info.focal, focalText);
     rows.add("focal35", "35 mm equivalent", info.focal35,
-             [](double value) { return number(value) + " mm equiv."; });
+             [](double value) { return focalText(value) + " equiv."; });
     rows.add("bias", "Exposure compensation", info.bias, biasText);
     rows.section("Camera");
     rows.add("camera", "Camera", info.camera);

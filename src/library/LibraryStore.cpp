@@ -34,6 +34,7 @@ LibraryStore::Parts::Parts(const LibraryServices& given)
     : services(given),
       poster(given.main),
       metaReader(given.properties, given.metaCache, given.calendar),
+      moved(given.files, metaReader),
       scan({given.files, given.random, given.texts, metaReader, given.drives, writes}),
       views(given.texts, given.calendar, given.clock, given.main,
             [this](ViewAnswer answer) { takeView(std::move(answer)); }),
@@ -45,9 +46,9 @@ LibraryStore::Parts::Parts(const LibraryServices& given)
       scans("kelvaro.scan", scanThreads(), [this](const FolderUrl& folder) { runScan(folder); }) {
     const auto all = [this](auto&... fields) { (connect(fields), ...); };
     all(folders, missingFolders, indexingFolders, unsavedFavorites, unsavedEdits, version,
-        favoriteRevision, metaRevision, view, filterOptions, scope, filter, searchText, searchFocus,
-        sortOrder, thumbSize, selection, scrollTarget, openPhoto, infoRequest, info, exportRequest,
-        clipboard, showsFilmstrip, appearance, notice, errorMessage);
+        favoriteRevision, metaRevision, view, filterOptions, scope, restriction, filter, searchText,
+        searchFocus, sortOrder, thumbSize, selection, scrollTarget, openPhoto, infoRequest, info,
+        exportRequest, clipboard, showsFilmstrip, appearance, notice, errorMessage);
 }
 
 LibraryStore::Parts::~Parts() {
@@ -80,7 +81,9 @@ AddFolderResult LibraryStore::addFolder(const std::filesystem::path& folder) {
     const FolderUrl url = real->string();
     for (const FolderUrl& listed : *p.folders) {
         if (listed == url) return AddFolderResult::alreadyListed;
-        // One that was written into the settings under another path.
+        // One that was written into the settings under another path. An absent drive might not
+        // answer for long, and has not the folder that was found.
+        if (p.missingFolders->contains(listed)) continue;
         if (const auto other = p.services.files.resolved(listed); other && *other == *real)
             return AddFolderResult::alreadyListed;
     }
@@ -184,6 +187,12 @@ SharedMeta LibraryStore::meta(const PhotoUrl& url) const {
     return parts_->states.meta(url);
 }
 
+void LibraryStore::inspect(std::function<void(const std::vector<KnownPhoto>&)> read) const {
+    const LibraryQuery request = parts_->query();
+    parts_->views.read([read = std::move(read), unavailable = request.unavailable](
+                           const PhotoTable& table) { read(table.facts(unavailable)); });
+}
+
 std::vector<std::string> LibraryStore::readProblems(const FolderUrl& folder) const {
     const FolderState* state = parts_->states.find(folder);
     return state ? state->problems : std::vector<std::string>();
@@ -204,7 +213,21 @@ std::optional<EmptyState> LibraryStore::emptyState() const {
 
 void LibraryStore::setScope(Scope scope) {
     if (scope.kind == Scope::Kind::folder) parts_->scans.prefer(scope.folder);
-    if (parts_->scope.update(std::move(scope))) parts_->show();
+    const bool leaves = parts_->restriction.update(nullptr);
+    if (parts_->scope.update(std::move(scope)) || leaves) parts_->show();
+}
+
+void LibraryStore::showOnly(SharedRestriction restriction) {
+    Parts& p = *parts_;
+    p.scope.update({});
+    p.searchText.update({});
+    p.filter.update({});
+    p.restriction.set(std::move(restriction));
+    p.show();
+}
+
+void LibraryStore::leaveRestriction() {
+    if (parts_->restriction.update(nullptr)) parts_->show();
 }
 
 void LibraryStore::setFilter(PhotoFilter filter) {
@@ -230,10 +253,6 @@ void LibraryStore::setThumbSize(double points) {
     if (!(points > 0) || !parts_->thumbSize.update(points)) return;
     parts_->services.settings.set(settingKeys::thumbSize, points);
     if (hadMonths != (points < Parts::monthGroupsBelow)) parts_->show();
-}
-
-void LibraryStore::dayChanged() {
-    parts_->show();
 }
 
 // --- Selection, navigation, requests ---
@@ -367,6 +386,10 @@ void LibraryStore::copyAdjustments(const PhotoUrl& photo) {
     showNotice(std::string(texts::adjustmentsCopied));
 }
 
+void LibraryStore::setClipboard(const Adjustments& adjustments) {
+    parts_->clipboard.set(adjustments);
+}
+
 void LibraryStore::pasteAdjustments(const std::vector<PhotoUrl>& photos, PasteGeometry geometry) {
     Parts& p = *parts_;
     if (!p.clipboard.get()) return;
@@ -461,6 +484,10 @@ bool LibraryStore::isIdle() const {
            p.views.isIdle() && p.running == 0;
 }
 
+void LibraryStore::afterWrites(std::function<void()> job) {
+    parts_->writer.post(std::move(job));
+}
+
 void LibraryStore::waitForWrites() {
     parts_->writer.waitUntilIdle();
 }
@@ -486,6 +513,7 @@ KELVARO_FIELD(std::uint64_t, metaRevision)
 KELVARO_FIELD(std::shared_ptr<const LibraryView>, view)
 KELVARO_FIELD(FilterOptions, filterOptions)
 KELVARO_FIELD(Scope, scope)
+KELVARO_FIELD(SharedRestriction, restriction)
 KELVARO_FIELD(PhotoFilter, filter)
 KELVARO_FIELD(std::string, searchText)
 KELVARO_FIELD(bool, searchFocus)

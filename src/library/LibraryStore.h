@@ -138,6 +138,9 @@ public:
     // Metadata read so far; null until it has been read.
     SharedMeta meta(const PhotoUrl& url) const;
     const Published<std::uint64_t>& metaRevision() const;
+    // Calls back once, on a thread of the store's own, with every photo that is not in a missing
+    // folder, as the library is after all changes so far. What is passed ends with the call.
+    void inspect(std::function<void(const std::vector<KnownPhoto>&)> read) const;
     // Why edits or favourites of a folder could not be read; empty when all was.
     std::vector<std::string> readProblems(const FolderUrl& folder) const;
 
@@ -148,6 +151,8 @@ public:
     // Cameras, lenses, focal lengths and kinds of the photos in scope.
     const Published<FilterOptions>& filterOptions() const;
     const Published<Scope>& scope() const;
+    // Null while every photo in scope is shown. Another scope leaves it.
+    const Published<SharedRestriction>& restriction() const;
     const Published<PhotoFilter>& filter() const;
     const Published<std::string>& searchText() const;
     const Published<bool>& searchFocus() const; // the search field should take the keyboard
@@ -157,12 +162,15 @@ public:
     std::optional<EmptyState> emptyState() const;
 
     void setScope(Scope scope);
+    // Of the whole library these photos alone, without search and filter; they can be searched and
+    // filtered then.
+    void showOnly(SharedRestriction restriction);
+    void leaveRestriction();
     void setFilter(PhotoFilter filter);
     void setSearchText(std::string text);
     void setSearchFocus(bool wanted);
     void setSortOrder(SortOrder order);
     void setThumbSize(double points);
-    void dayChanged(); // "Today" has become "Yesterday"
 
     // --- Selection, navigation, requests ---
     const Published<PhotoSet>& selection() const;
@@ -196,6 +204,7 @@ public:
     void setAdjustments(const PhotoUrl& photo, const Adjustments& adjustments);
     void revertToOriginal(const std::vector<PhotoUrl>& photos);
     void copyAdjustments(const PhotoUrl& photo);
+    void setClipboard(const Adjustments& adjustments); // without a notice
     void pasteAdjustments(const std::vector<PhotoUrl>& photos,
                           PasteGeometry geometry = PasteGeometry::keepOwn);
     void setFavorite(const std::vector<PhotoUrl>& photos, bool favorite);
@@ -235,6 +244,9 @@ public:
     bool isIdle() const;
     // All writes so far have ended. Blocks.
     void waitForWrites();
+
+    // Runs `job` on the queue that writes edits and favourites, after the writes so far.
+    void afterWrites(std::function<void()> job);
 
     // --- View states: each is read again after changes and published only when it differs ---
     const LibrarySlice<RootState>& rootState() const;

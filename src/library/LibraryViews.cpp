@@ -21,6 +21,7 @@ std::string counted(std::size_t count) {
 }
 
 std::string scopeTitle(const LibraryStore& lib) {
+    if (const auto& restriction = *lib.restriction()) return restriction->title;
     switch (lib.scope()->kind) {
     case Scope::Kind::folder:
         return texts::folderName(lib.scope()->folder);

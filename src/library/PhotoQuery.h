@@ -3,10 +3,13 @@
 #pragma once
 
 #include "library/FolderListing.h"
+#include "library/PhotoMeta.h"
 #include "platform/PhotoKinds.h"
 
 #include <array>
 #include <cstddef>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -36,6 +39,14 @@ struct PhotoFilter {
     }
     bool operator==(const PhotoFilter&) const = default;
 };
+
+// Photos that were picked out by something else than the library's own questions, shown alone until
+// they are left. A value: what it asks depends on nothing that changes, and any thread may ask it.
+struct PhotoRestriction {
+    std::string title;                                         // "ƒ/2.8 · 2024"
+    std::function<bool(const Photo&, const PhotoMeta*)> holds; // no metadata: null
+};
+using SharedRestriction = std::shared_ptr<const PhotoRestriction>;
 
 enum class SortKey { dateTaken, modified, created, name, size };
 inline constexpr std::array kSortKeys{SortKey::dateTaken, SortKey::modified, SortKey::created,
@@ -69,6 +80,16 @@ struct LibraryQuery {
     bool monthGroups = false;                  // months instead of days, for small thumbnails
     FileTime now;                              // tells today from other days
     std::unordered_set<FolderUrl> unavailable; // folders whose photos are not shown
+    SharedRestriction only;                    // null: every photo in scope
+};
+
+// What is known of one photo of the library. The pointers hold for as long as whoever gave them
+// says.
+struct KnownPhoto {
+    const Photo* photo = nullptr;
+    const PhotoMeta* meta = nullptr; // null: not read yet
+    bool isEdited = false, isFavorite = false;
+    std::optional<FileTime> editDate; // of the latest edit; none where it is unknown
 };
 
 // A self-contained answer: it stays good while the table changes.

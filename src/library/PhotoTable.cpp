@@ -198,6 +198,20 @@ std::string PhotoTable::searchText(std::string_view url) const {
     return text;
 }
 
+std::vector<KnownPhoto> PhotoTable::facts(const std::unordered_set<FolderUrl>& unavailable) const {
+    std::vector<KnownPhoto> all;
+    all.reserve(size());
+    for (const auto& [name, folder] : folders_) {
+        if (unavailable.contains(name)) continue;
+        for (const Row row : folder.rows) {
+            const RowData& data = rows_[row];
+            all.push_back(
+                {data.photo, data.meta.get(), data.isEdited, data.isFavorite, data.editDate});
+        }
+    }
+    return all;
+}
+
 PhotoTable::Flags PhotoTable::inScope(const LibraryQuery& request) const {
     Flags flags(rows_.size());
     const Scope& scope = request.scope;
@@ -209,6 +223,8 @@ PhotoTable::Flags PhotoTable::inScope(const LibraryQuery& request) const {
             flags[row] = scope.kind == Scope::Kind::edited      ? data.isEdited
                          : scope.kind == Scope::Kind::favorites ? data.isFavorite
                                                                 : true;
+            if (request.only && flags[row])
+                flags[row] = request.only->holds(*data.photo, data.meta.get());
         }
     }
     return flags;
@@ -343,11 +359,13 @@ FilterOptions PhotoTable::filterOptions(const LibraryQuery& request) const {
     Flags cameras(filterTexts_.size()), lenses(filterTexts_.size());
     std::unordered_set<double> focalLengths;
     bool hasRaw = false, hasImage = false;
+    double last = 0; // neighbours mostly share a lens
     for (Row row = 0; row < flags.size(); ++row) {
         if (!flags[row]) continue;
         const RowData& data = rows_[row];
         cameras[data.camera] = lenses[data.lens] = true;
-        if (data.meta && data.meta->focalLength) focalLengths.insert(*data.meta->focalLength);
+        const auto focal = data.meta ? data.meta->focalLength : std::nullopt;
+        if (focal && *focal != last) focalLengths.insert(last = *focal);
         (data.photo->isRaw ? hasRaw : hasImage) = true;
     }
     const auto named = [&](const Flags& numbers) {

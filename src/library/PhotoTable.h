@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -48,6 +49,9 @@ public:
     bool isFavorite(std::string_view url) const;
     // All words of the photo, folded and joined by single blanks; empty when not in the table.
     std::string searchText(std::string_view url) const;
+
+    // Every photo of every other folder; valid until the next change.
+    std::vector<KnownPhoto> facts(const std::unordered_set<FolderUrl>& unavailable = {}) const;
 
     LibraryView query(const LibraryQuery& request);
     // Of all photos in scope, whatever the search text and the filter.

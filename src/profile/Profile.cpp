@@ -6,15 +6,10 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <set>
+#include <unordered_map>
 
 namespace kelvaro {
 namespace {
-
-bool isIn(const DayRange& days, const ShotRecord& record) {
-    if (!days.first && !days.end) return true;
-    if (!record.taken) return false;
-    return days.contains(dayOf(*record.taken));
-}
 
 std::vector<ShotRecord> recordsIn(const ProfileSource& source, const DayRange& days) {
     std::vector<ShotRecord> records;
@@ -24,8 +19,10 @@ std::vector<ShotRecord> recordsIn(const ProfileSource& source, const DayRange& d
 }
 
 std::int64_t editsIn(const ProfileSource& source, const DayRange& days) {
+    const bool isEverything = !days.first && !days.end;
     return std::count_if(source.editDays.begin(), source.editDays.end(),
-                         [&](std::int64_t day) { return days.contains(day); });
+                         [&](std::int64_t day) { return days.contains(day); }) +
+           (isEverything ? source.undatedEdits : 0);
 }
 
 std::int64_t exportsIn(const ProfileSource& source, const DayRange& days) {
@@ -44,7 +41,43 @@ PeriodCounts countsOf(const ProfileSource& source, const DayRange& days,
             .exports = exportsIn(source, days)};
 }
 
+std::int64_t firstDayOf(int year) {
+    return dayNumber({.year = year, .month = 1, .day = 1});
+}
+
+// The year whose days the calendar shows. A clock that was set wrong must not take it to 2099.
+int calendarYearOf(const Profile& profile, const CivilTime& today) {
+    if (profile.period.kind != ProfilePeriod::Kind::allTime) {
+        const auto first = *daysOf(profile.period, today).first;
+        return civilFromSeconds(first * kSecondsPerDay).year;
+    }
+    for (const int year : profile.years)
+        if (year <= today.year) return year;
+    return profile.years.empty() ? today.year : profile.years.back();
+}
+
+void addCalendar(const ProfileSource& source, const CivilTime& today, Profile& profile) {
+    std::unordered_map<std::int64_t, std::int64_t> counts;
+    for (const ShotRecord& record : source.records)
+        if (record.taken) ++counts[dayOf(*record.taken)];
+    std::set<int, std::greater<>> years;
+    for (const auto& [day, count] : counts)
+        years.insert(civilFromSeconds(day * kSecondsPerDay).year);
+    profile.years.assign(years.begin(), years.end());
+    profile.calendarYear = calendarYearOf(profile, today);
+    for (const auto& [day, count] : counts) {
+        if (day >= firstDayOf(profile.calendarYear) && day < firstDayOf(profile.calendarYear + 1))
+            profile.photosByDay.emplace(day, count);
+    }
+}
+
 } // namespace
+
+bool isIn(const DayRange& days, const ShotRecord& record) {
+    if (!days.first && !days.end) return true;
+    if (!record.taken) return false;
+    return days.contains(dayOf(*record.taken));
+}
 
 Profile makeProfile(const ProfileSource& source, const DayRange& days) {
     const bool isEverything = !days.first && !days.end;
@@ -59,7 +92,6 @@ Profile makeProfile(const ProfileSource& source, const DayRange& days) {
     profile.lensSentence = lensSentence(summary);
     for (const ChartKind kind : kChartKinds)
         profile.charts.emplace_back(kind, records, summary);
-    profile.photosByDay = std::move(summary.byDay);
     return profile;
 }
 
@@ -67,20 +99,19 @@ Profile makeProfile(const ProfileSource& source, const ProfilePeriod& period,
                     const CivilTime& today) {
     Profile profile = makeProfile(source, daysOf(period, today));
     profile.period = period;
+    addCalendar(source, today, profile);
     if (const auto before = daysBefore(period, today)) {
         profile.before = countsOf(source, *before, summarized(recordsIn(source, *before)));
     }
     return profile;
 }
 
-std::vector<int> yearsOf(const ProfileSource& source) {
-    std::set<std::int64_t> days;
-    for (const ShotRecord& record : source.records)
-        if (record.taken) days.insert(dayOf(*record.taken));
-    std::set<int, std::greater<>> years;
-    for (const std::int64_t day : days)
-        years.insert(civilFromSeconds(day * kSecondsPerDay).year);
-    return {years.begin(), years.end()};
+std::vector<std::string> sentencesOf(const Profile& profile) {
+    std::vector<std::string> sentences;
+    if (profile.signature) sentences.push_back("Your signature: " + *profile.signature + ".");
+    for (const auto& sentence : {profile.cameraSentence, profile.lensSentence})
+        if (sentence) sentences.push_back(*sentence);
+    return sentences;
 }
 
 std::string comparison(std::int64_t now, std::int64_t before, const std::string& titleBefore) {

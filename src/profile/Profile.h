@@ -4,6 +4,7 @@
 
 #include "profile/ProfileCharts.h"
 #include "profile/ProfilePeriod.h"
+#include "profile/ProfileSource.h"
 #include "profile/StyleTag.h"
 
 #include <cstdint>
@@ -13,13 +14,6 @@
 #include <vector>
 
 namespace kelvaro {
-
-// The whole library's past, as the profile reads it.
-struct ProfileSource {
-    std::vector<ShotRecord> records;
-    std::vector<std::int64_t> editDays;                // one per edited photo: of its latest edit
-    std::map<std::int64_t, std::int64_t> exportsByDay; // photos exported
-};
 
 struct PeriodCounts {
     std::int64_t photos = 0, daysOut = 0, favorites = 0, edits = 0, exports = 0;
@@ -32,18 +26,25 @@ struct Profile {
     std::optional<PeriodCounts> before; // none for all time
     std::vector<StyleTag> tags;         // every one earned, in the order of the rules
     std::optional<std::string> signature, cameraSentence, lensSentence;
-    std::vector<Chart> charts;                        // one per kind
-    std::map<std::int64_t, std::int64_t> photosByDay; // for a calendar; days since 1970-01-01
+    std::vector<Chart> charts; // one per kind
+    // All photos of the year that the period lies in, for a calendar; of all time the latest year
+    // with photos. Days since 1970-01-01.
+    int calendarYear = 0;
+    std::map<std::int64_t, std::int64_t> photosByDay;
+    std::vector<int> years; // with photos, the latest first
 };
 
-// A photo without a capture time belongs to all time alone.
+// Whether the record counts in these days. One without a capture time counts in all time alone.
+bool isIn(const DayRange& days, const ShotRecord& record);
+
+// A photo without a capture time belongs to all time alone, as does an edit without a date.
 Profile makeProfile(const ProfileSource& source, const ProfilePeriod& period,
                     const CivilTime& today);
 // The same for any stretch of days, compared with nothing.
 Profile makeProfile(const ProfileSource& source, const DayRange& days);
 
-// The years that photos were taken in, the latest first.
-std::vector<int> yearsOf(const ProfileSource& source);
+// The signature and the gear, one line each; none without records that tell.
+std::vector<std::string> sentencesOf(const Profile& profile);
 
 // "12 more than last month", "3 fewer than 2023", "as many as last month"; empty without a period
 // before.

@@ -1,7 +1,8 @@
 #include "profile/ProfileCharts.h"
 
+#include "library/SettingTexts.h"
+#include "platform/LocalCalendar.h"
 #include "profile/FocalBands.h"
-#include "profile/SettingText.h"
 #include "profile/Shares.h"
 #include "profile/WallTime.h"
 
@@ -16,21 +17,24 @@ constexpr std::string_view others = "Others";
 
 constexpr std::array<std::string_view, 7> weekdays{"Monday", "Tuesday",  "Wednesday", "Thursday",
                                                    "Friday", "Saturday", "Sunday"};
+constexpr std::array<std::string_view, 12> months{"January",   "February", "March",    "April",
+                                                  "May",       "June",     "July",     "August",
+                                                  "September", "October",  "November", "December"};
 // Full stops; values go to the nearest, those beyond the ends to the ends.
 constexpr std::array<double, 8> apertureStops{1.4, 2, 2.8, 4, 5.6, 8, 11, 16};
-constexpr std::array<double, 8> isoStops{100, 200, 400, 800, 1600, 3200, 6400, 12'800};
+constexpr std::array<int, 8> isoStops{100, 200, 400, 800, 1600, 3200, 6400, 12'800};
 struct ShutterStop {
     double seconds = 0;
-    std::string_view label;
+    std::string_view label, tick;
 };
-constexpr std::array<ShutterStop, 8> shutterStops{{{1.0 / 4000, "1/4000 s or faster"},
-                                                   {1.0 / 1000, "1/1000 s"},
-                                                   {1.0 / 250, "1/250 s"},
-                                                   {1.0 / 60, "1/60 s"},
-                                                   {1.0 / 15, "1/15 s"},
-                                                   {1.0 / 4, "1/4 s"},
-                                                   {1, "1 s"},
-                                                   {4, "4 s or longer"}}};
+constexpr std::array<ShutterStop, 8> shutterStops{{{1.0 / 4000, "1/4000 s or faster", "1/4000"},
+                                                   {1.0 / 1000, "1/1000 s", "1/1000"},
+                                                   {1.0 / 250, "1/250 s", "1/250"},
+                                                   {1.0 / 60, "1/60 s", "1/60"},
+                                                   {1.0 / 15, "1/15 s", "1/15"},
+                                                   {1.0 / 4, "1/4 s", "1/4"},
+                                                   {1, "1 s", "1 s"},
+                                                   {4, "4 s or longer", "4 s"}}};
 
 double centre(double stop) {
     return stop;
@@ -56,45 +60,54 @@ bool isOfNames(ChartKind kind) {
     return kind == ChartKind::camera || kind == ChartKind::lens;
 }
 
-std::vector<std::string> fixedLabels(ChartKind kind) {
-    std::vector<std::string> labels;
-    const auto add = [&](auto label) { labels.emplace_back(label); };
+std::string bandRange(const FocalBand& band) {
+    if (band.widestMm == 0) return fmt::format("≤ {}", band.longestMm);
+    if (&band == &FocalBands::all().back()) return fmt::format("≥ {}", band.widestMm);
+    return fmt::format("{}–{}", band.widestMm, band.longestMm);
+}
+
+// The bars of a chart whose bars are always the same, without counts.
+std::vector<ChartBar> fixedBars(ChartKind kind) {
+    std::vector<ChartBar> bars;
+    const auto add = [&](std::string label, std::string tick) {
+        bars.push_back({std::move(label), std::move(tick), 0});
+    };
     switch (kind) {
     case ChartKind::hour:
         for (int hour = 0; hour < 24; ++hour)
-            add(fmt::format("{}:00", hour));
+            add(fmt::format("{}:00", hour), std::to_string(hour));
         break;
     case ChartKind::weekday:
         for (const auto day : weekdays)
-            add(day);
+            add(std::string(day), std::string(day.substr(0, 3)));
+        break;
+    case ChartKind::month:
+        for (const auto month : months)
+            add(std::string(month), std::string(month.substr(0, 3)));
         break;
     case ChartKind::focalLength:
         for (const FocalBand& band : FocalBands::all()) {
-            if (band.widestMm == 0)
-                add(fmt::format("≤ {} mm", band.longestMm));
-            else if (&band == &FocalBands::all().back())
-                add(fmt::format("≥ {} mm", band.widestMm));
-            else
-                add(fmt::format("{}–{} mm", band.widestMm, band.longestMm));
+            const std::string range = bandRange(band);
+            add(range + " mm", range);
         }
         break;
     case ChartKind::aperture:
         for (const double stop : apertureStops)
-            add(apertureText(stop));
+            add(apertureText(stop), apertureText(stop));
         break;
     case ChartKind::shutter:
         for (const ShutterStop& stop : shutterStops)
-            add(stop.label);
+            add(std::string(stop.label), std::string(stop.tick));
         break;
     case ChartKind::iso:
-        for (const double stop : isoStops)
-            add(fmt::format("ISO {}", stop));
+        for (const int stop : isoStops)
+            add(isoText(stop), std::to_string(stop));
         break;
     case ChartKind::camera:
     case ChartKind::lens:
         break;
     }
-    return labels;
+    return bars;
 }
 
 } // namespace
@@ -105,8 +118,7 @@ Chart::Chart(ChartKind kind, std::span<const ShotRecord> records, const ShotSumm
         nameBars(kind == ChartKind::camera ? summary.cameras : summary.lenses);
         return;
     }
-    for (std::string& label : fixedLabels(kind))
-        bars_.push_back({std::move(label), 0});
+    bars_ = fixedBars(kind);
     for (const ShotRecord& record : records) {
         const auto bar = barOf(record);
         if (!bar) continue;
@@ -117,11 +129,11 @@ Chart::Chart(ChartKind kind, std::span<const ShotRecord> records, const ShotSumm
 
 void Chart::nameBars(const std::vector<NamedCount>& names) {
     const std::size_t own = names.size() > mostNames ? mostNames - 1 : names.size();
-    ChartBar rest{std::string(others), 0};
+    ChartBar rest{std::string(others), std::string(others), 0};
     for (std::size_t i = 0; i < names.size(); ++i) {
         recorded_ += names[i].count;
         if (i < own)
-            bars_.push_back({names[i].name, names[i].count});
+            bars_.push_back({names[i].name, names[i].name, names[i].count});
         else
             rest.count += names[i].count;
     }
@@ -134,6 +146,8 @@ std::string_view Chart::title() const {
         return "Hour of the day";
     case ChartKind::weekday:
         return "Day of the week";
+    case ChartKind::month:
+        return "Month";
     case ChartKind::focalLength:
         return "Focal length";
     case ChartKind::aperture:
@@ -158,6 +172,9 @@ std::optional<std::size_t> Chart::barOf(const ShotRecord& record) const {
     case ChartKind::weekday:
         if (!record.taken) return std::nullopt;
         return static_cast<std::size_t>(weekdayOf(dayOf(*record.taken)));
+    case ChartKind::month:
+        if (!record.taken) return std::nullopt;
+        return static_cast<std::size_t>(civilFromSeconds(*record.taken).month - 1);
     case ChartKind::focalLength:
         if (!record.focal) return std::nullopt;
         return FocalBands::indexOf(*record.focal);

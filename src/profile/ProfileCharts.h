@@ -14,13 +14,15 @@
 
 namespace kelvaro {
 
-enum class ChartKind { hour, weekday, focalLength, aperture, shutter, iso, camera, lens };
+enum class ChartKind { hour, weekday, month, focalLength, aperture, shutter, iso, camera, lens };
 inline constexpr std::array kChartKinds{
-    ChartKind::hour,    ChartKind::weekday, ChartKind::focalLength, ChartKind::aperture,
-    ChartKind::shutter, ChartKind::iso,     ChartKind::camera,      ChartKind::lens};
+    ChartKind::hour,        ChartKind::weekday,  ChartKind::month,
+    ChartKind::focalLength, ChartKind::aperture, ChartKind::shutter,
+    ChartKind::iso,         ChartKind::camera,   ChartKind::lens};
 
 struct ChartBar {
-    std::string label;
+    std::string label; // "1/250 s"
+    std::string tick;  // as short as an axis needs it: "1/250"
     std::int64_t count = 0;
     bool operator==(const ChartBar&) const = default;
 };

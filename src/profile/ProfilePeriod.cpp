@@ -1,6 +1,7 @@
 #include "profile/ProfilePeriod.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace kelvaro {
 namespace {
@@ -42,6 +43,32 @@ std::string title(const ProfilePeriod& period) {
         break;
     }
     return "All time";
+}
+
+std::string storedText(const ProfilePeriod& period) {
+    switch (period.kind) {
+    case ProfilePeriod::Kind::thisMonth:
+        return "thisMonth";
+    case ProfilePeriod::Kind::lastMonth:
+        return "lastMonth";
+    case ProfilePeriod::Kind::thisYear:
+        return "thisYear";
+    case ProfilePeriod::Kind::year:
+        return std::to_string(period.year);
+    case ProfilePeriod::Kind::allTime:
+        break;
+    }
+    return "allTime";
+}
+
+ProfilePeriod periodFrom(std::string_view text) {
+    using Kind = ProfilePeriod::Kind;
+    for (const Kind kind : {Kind::thisMonth, Kind::lastMonth, Kind::thisYear})
+        if (storedText({kind}) == text) return {kind};
+    int year = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), year);
+    const bool isYear = error == std::errc() && end == text.data() + text.size();
+    return isYear && year > 0 && year <= 9999 ? ProfilePeriod{Kind::year, year} : ProfilePeriod{};
 }
 
 DayRange daysOf(const ProfilePeriod& period, const CivilTime& today) {

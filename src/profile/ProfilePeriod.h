@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace kelvaro {
 
@@ -30,6 +31,10 @@ struct ProfilePeriod {
 
 // "This month", "Last month", "This year", "2023", "All time".
 std::string title(const ProfilePeriod& period);
+
+// The form kept in the settings: "thisMonth", "2023"; a text that is none gives all time.
+std::string storedText(const ProfilePeriod& period);
+ProfilePeriod periodFrom(std::string_view storedText);
 
 DayRange daysOf(const ProfilePeriod& period, const CivilTime& today);
 

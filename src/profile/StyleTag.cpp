@@ -1,6 +1,6 @@
 #include "profile/StyleTag.h"
 
-#include "profile/SettingText.h"
+#include "library/SettingTexts.h"
 #include "profile/Shares.h"
 
 #include <algorithm>

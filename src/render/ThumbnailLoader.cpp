@@ -213,10 +213,11 @@ void ThumbnailLoader::runDeveloping() {
     const JobPointer job = next(&Waiting::developing);
     if (!job) return;
     const ThumbnailKey& key = job->key;
-    const auto admission = engine_.work().waitForAdmission(renderEstimateBytes(kUsualPixels),
-                                                           &job->cancellation, job->admission);
+    auto admission = engine_.work().waitForAdmission(renderEstimateBytes(kUsualPixels),
+                                                     &job->cancellation, job->admission);
     if (!admission) return;
     auto made = maker_.developed(key.photo, key.edit, key.sizePx, &job->cancellation);
+    admission.reset(); // before anybody hears of the picture
     if (!made) return finish(job, fail(std::move(made).error()), "failed");
     finish(job, std::make_shared<const Bitmap>(std::move(*made)), "developed");
 }

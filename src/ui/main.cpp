@@ -1,7 +1,6 @@
 // The program with the window: reads what the environment asks, puts the services together, shows
 // the library.
 #include "app/LaunchOptions.h"
-#include "app/UsageCounts.h"
 #include "ui/shell/ProgramParts.h"
 #include "ui/shell/QtMainThread.h"
 #include "ui/shell/ScreenProfile.h"
@@ -48,17 +47,13 @@ int run(int argc, char** argv) {
         QApplication::installTranslator(&translator);
     QtMainThread mainThread;
     const Cancellation interruption;
-    WindowServices parts(mainThread, launchOptions(), interruption);
+    WindowServices parts(mainThread, launchOptions(), interruption, KELVARO_VERSION);
     reportCrashes(parts.folders(), KELVARO_VERSION);
     addFolders(parts.library(), QApplication::arguments());
-    NoUsageSender sender;
-    UsageCounts usage(parts.settings(), sender, KELVARO_VERSION, parts.desktop().systemName());
-    usage.countLaunch();
-    usage.sendPending();
     Appearance appearance;
     int status = 0;
     {
-        MainWindow window(partsOf(parts, appearance, KELVARO_VERSION, &usage));
+        MainWindow window(partsOf(parts, appearance, KELVARO_VERSION));
         window.show();
         const auto takeProfile = [&window](const QScreen* screen) {
             window.setScreenProfile(screenProfile(screen));

@@ -177,6 +177,58 @@ TEST_F(LibraryStoreTest, SearchFilterAndScopeChangeWhatIsShown) {
     EXPECT_THAT(store.filterOptions()->formats, ElementsAre(PhotoKind::raw, PhotoKind::image));
 }
 
+TEST_F(LibraryStoreTest, PickedOutPhotosShowAloneUntilTheyAreLeft) {
+    const FolderUrl trip = scene.added("Trip", {"a.jpg", "b.jpg", "c.nef"});
+    store.setScope({Scope::Kind::folder, trip});
+    store.setSearchText("c");
+    const auto images = std::make_shared<const PhotoRestriction>(PhotoRestriction{
+        "Images", [](const Photo& photo, const PhotoMeta*) { return !photo.isRaw; }});
+    store.showOnly(images); // of everything, whatever was searched before
+    scene.settle();
+    expectVisible({"a.jpg", "b.jpg"});
+    EXPECT_EQ(store.rootState().state().windowTitle, "Images");
+    EXPECT_EQ(*store.scope(), Scope());
+    EXPECT_THAT(store.filterOptions()->formats, ElementsAre(PhotoKind::image));
+    store.setSearchText("b.jpg"); // a search within
+    scene.settle();
+    expectVisible({"b.jpg"});
+    store.setSearchText("");
+    writeFile(trip + "/d.jpg", "photo"); // found later, and of the kind
+    store.rescanAll();
+    scene.settle();
+    expectVisible({"a.jpg", "b.jpg", "d.jpg"});
+    store.leaveRestriction();
+    scene.settle();
+    expectVisible({"a.jpg", "b.jpg", "c.nef", "d.jpg"});
+    store.showOnly(images);
+    store.setScope({}); // the scope that it had all along
+    scene.settle();
+    expectVisible({"a.jpg", "b.jpg", "c.nef", "d.jpg"});
+}
+
+TEST_F(LibraryStoreTest, InspectionSeesEveryPhotoAfterTheChangesSoFar) {
+    const FolderUrl trip = scene.added("Trip", {"a.jpg", "b.jpg"});
+    store.setFavorite({trip + "/a.jpg"}, true);
+    Adjustments edit;
+    edit.exposure = 1;
+    store.setAdjustments(trip + "/b.jpg", edit);
+    std::map<std::string, std::pair<bool, bool>> seen;
+    store.inspect([&](const std::vector<KnownPhoto>& photos) {
+        for (const KnownPhoto& facts : photos)
+            seen[facts.photo->name] = {facts.isFavorite, facts.isEdited && facts.editDate};
+    });
+    scene.settle();
+    EXPECT_EQ(seen, (std::map<std::string, std::pair<bool, bool>>{{"a", {true, false}},
+                                                                  {"b", {false, true}}}));
+    std::filesystem::rename(trip, trip + " is away");
+    store.rescanAll();
+    scene.settle();
+    std::size_t left = 1;
+    store.inspect([&](const std::vector<KnownPhoto>& photos) { left = photos.size(); });
+    scene.settle();
+    EXPECT_EQ(left, 0u);
+}
+
 TEST_F(LibraryStoreTest, TheSelectionNeverHoldsWhatIsNotShown) {
     const FolderUrl a = scene.added("a", {"1.jpg", "2.jpg", "3.jpg"});
     store.selectAll();

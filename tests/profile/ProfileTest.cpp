@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace kelvaro {
 namespace {
 
@@ -35,6 +37,7 @@ TEST(Profile, CountsAPeriodBesideAsMuchOfTheOneBefore) {
                       on({2024, 2, 10, 12, 0, 0}),  on({2024, 2, 11, 0, 0, 0}),
                       on({2023, 12, 31, 23, 0, 0}), ShotRecord{}};
     source.records[0].favorite = true;
+    source.undatedEdits = 1;
     source.editDays = {dayNumber({2024, 3, 2}), dayNumber({2024, 2, 1})};
     source.exportsByDay = {{dayNumber({2024, 3, 31}), 7}, {dayNumber({2024, 2, 10}), 2}};
     const CivilTime today{2024, 3, 10, 9, 0, 0};
@@ -49,8 +52,12 @@ TEST(Profile, CountsAPeriodBesideAsMuchOfTheOneBefore) {
     EXPECT_EQ(makeProfile(source, {Kind::year, 2023}, today).counts.photos, 1);
     const Profile all = makeProfile(source, {Kind::allTime}, today);
     EXPECT_EQ(all.counts.photos, 8);
+    EXPECT_EQ(all.counts.edits, 3);
     EXPECT_FALSE(all.before);
-    EXPECT_EQ(yearsOf(source), (std::vector{2024, 2023}));
+    EXPECT_EQ(all.years, (std::vector{2024, 2023}));
+    EXPECT_EQ(all.calendarYear, 2024);
+    EXPECT_EQ(all.photosByDay.size(), 5u);
+    EXPECT_EQ(month.photosByDay, all.photosByDay); // the whole year around the month
     // January looks back over the turn of the year.
     const CivilTime january{2024, 1, 31};
     EXPECT_EQ(makeProfile(source, {Kind::lastMonth}, january).counts.photos, 1);
@@ -138,12 +145,51 @@ TEST(Profile, RecordsLeaveOutWhatCannotBe) {
     meta.focalLength = -5;
     meta.camera = "  ";
     meta.takenOnWall = secondsAsUtc({2099, 12, 31, 23, 0, 0});
+    for (const double absurd : {0.0, -1.0, 1e300, std::nan(""), HUGE_VAL}) {
+        meta.aperture = meta.shutter = meta.focalLength = absurd;
+        const ShotRecord odd = makeShotRecord(photo, &meta, true);
+        EXPECT_FALSE(odd.aperture || odd.shutter || odd.focal) << absurd;
+    }
+    meta.shutter = 1e9;
     const ShotRecord record = makeShotRecord(photo, &meta, true);
     ShotRecord expected;
     expected.isRaw = expected.favorite = true;
     expected.taken = meta.takenOnWall;
     EXPECT_EQ(record, expected);
     EXPECT_EQ(makeShotRecord(photo, nullptr, false).taken, std::nullopt);
+}
+
+// Clocks that were set wrong, hours that come twice or never, and names of any length.
+TEST(Profile, OddTimesAndNamesCountLikeOthers) {
+    ProfileSource source;
+    // 2024-03-31 02:30 did not exist in Berlin, 2024-10-27 02:30 came twice.
+    source.records = {on({1900, 1, 1, 0, 0, 0}), on({2099, 12, 31, 23, 59, 59}),
+                      on({2024, 3, 31, 2, 30, 0}), on({2024, 10, 27, 2, 30, 0}),
+                      on({2024, 10, 27, 2, 30, 0})};
+    source.records[0].camera = std::string(5000, 'x');
+    source.records[1].camera = "Ünïcode ƒ";
+    const CivilTime today{2024, 12, 1};
+    const Profile profile = makeProfile(source, {ProfilePeriod::Kind::allTime}, today);
+    EXPECT_EQ(profile.counts, (PeriodCounts{5, 4, 0, 0, 0}));
+    EXPECT_EQ(profile.years, (std::vector{2099, 2024, 1900}));
+    EXPECT_EQ(profile.calendarYear, 2024);           // not the one that is still to come
+    EXPECT_EQ(profile.charts[0].bars()[2].count, 3); // by the clock on the wall
+    EXPECT_EQ(makeProfile(source, {ProfilePeriod::Kind::year, 1900}, today).counts.photos, 1);
+    EXPECT_EQ(makeProfile(source, {ProfilePeriod::Kind::year, 2099}, today).counts.photos, 1);
+    EXPECT_TRUE(profile.tags.empty());
+    const Profile nothing = makeProfile({}, {ProfilePeriod::Kind::thisMonth}, today);
+    EXPECT_EQ(nothing.counts, PeriodCounts());
+    EXPECT_EQ(nothing.calendarYear, 2024);
+    EXPECT_TRUE(sentencesOf(nothing).empty());
+}
+
+TEST(Profile, TiesAreSettledTheSameEveryTime) {
+    using Counts = std::initializer_list<std::pair<const char*, int>>;
+    for (const auto& counts : {Counts{{"b", 5}, {"a", 5}}, Counts{{"a", 5}, {"b", 5}}}) {
+        const ShotSummary summary = summarized(shot(counts));
+        EXPECT_EQ(summary.cameras.front().name, "a");
+        EXPECT_EQ(*cameraSentence(summary), "Your a and b share the work almost equally.");
+    }
 }
 
 TEST(Profile, ZoomsCarryARangeInTheirName) {

@@ -1,128 +1,50 @@
-#include "profile/StyleTag.h"
+#include "TagCases.h"
 
-#include "platform/LocalCalendar.h"
 #include "profile/FocalBands.h"
 
-#include <algorithm>
-#include <functional>
 #include <gtest/gtest.h>
-#include <optional>
+
+#include <set>
 
 namespace kelvaro {
 namespace {
 
-using Fill = std::function<void(ShotRecord&)>;
-
-std::vector<ShotRecord> records(std::size_t count, const Fill& fill = {}) {
-    std::vector<ShotRecord> list(count);
-    if (fill) std::for_each(list.begin(), list.end(), fill);
-    return list;
-}
-
-// `hits` records filled one way, the rest of `all` the other.
-std::vector<ShotRecord> mixed(std::size_t hits, std::size_t all, const Fill& hit,
-                              const Fill& other) {
-    auto list = records(hits, hit);
-    const auto rest = records(all - hits, other);
-    list.insert(list.end(), rest.begin(), rest.end());
-    return list;
-}
+using namespace test;
 
 std::optional<StyleTag> tag(const std::vector<ShotRecord>& list, const std::string& title,
                             std::int64_t edits = 0) {
-    const auto tags = styleTags(summarized(list), edits);
-    const auto found = std::find_if(tags.begin(), tags.end(),
-                                    [&](const StyleTag& each) { return each.title == title; });
-    return found == tags.end() ? std::nullopt : std::optional(*found);
+    return earned({"", list, edits}, title);
 }
 
-Fill focal(double mm) {
-    return [mm](ShotRecord& record) { record.focal = mm; };
-}
-Fill lens(const std::string& name) {
-    return [name](ShotRecord& record) { record.lens = name; };
-}
-Fill camera(const std::string& name) {
-    return [name](ShotRecord& record) { record.camera = name; };
-}
-Fill aperture(double number) {
-    return [number](ShotRecord& record) { record.aperture = number; };
-}
-Fill shutter(double seconds) {
-    return [seconds](ShotRecord& record) { record.shutter = seconds; };
-}
-Fill iso(int value) {
-    return [value](ShotRecord& record) { record.iso = value; };
-}
-// 2024-03-11 was a Monday.
-std::int64_t at(int day, int hour, int minute = 0, int second = 0) {
-    return secondsAsUtc({2024, 3, day, hour, minute, second});
-}
-Fill taken(int day, int hour, int minute = 0) {
-    return [=](ShotRecord& record) { record.taken = at(day, hour, minute); };
-}
-Fill heart(bool favorite) {
-    return [=](ShotRecord& record) { record.favorite = favorite; };
-}
-Fill raw(bool isRaw) {
-    return [=](ShotRecord& record) { record.isRaw = isRaw; };
+TEST(StyleTag, EachIsEarnedFromItsThresholdOn) {
+    std::set<int> rules;
+    for (const TagCase& each : tagCases()) {
+        SCOPED_TRACE(each.title + ", " + each.threshold);
+        rules.insert(each.rule);
+        EXPECT_FALSE(earned(each.shortOf, each.title)) << each.shortOf.told;
+        const auto exact = earned(each.exactly, each.title), past = earned(each.past, each.title);
+        ASSERT_TRUE(exact && past);
+        EXPECT_EQ(exact->reason, each.reason);
+        for (const double strength : {exact->strength, past->strength}) {
+            EXPECT_GE(strength, -1e-12);
+            EXPECT_LE(strength, 1);
+        }
+        // Further in is stronger; a count of cameras and a limit on photos are no further in.
+        if (each.rule != 7 && each.rule != 25) {
+            EXPECT_GT(past->strength, exact->strength);
+        }
+    }
+    EXPECT_EQ(rules.size(), 28u);
 }
 
-// A rule on a share: the tag at exactly the limit and not one record short of it.
-struct ShareCase {
-    std::string title;
-    Fill hit, other;
-    std::size_t limit = 0;  // of 100 records
-    std::string reason;     // at the limit
-    bool countsAll = false; // the share is one of all records
-};
-
-TEST(StyleTag, SharesCountFromTheirLimitOn) {
-    const std::vector<ShareCase> cases{
-        {"Ultra-wide explorer", focal(20), focal(200), 50, "50% of your photos at 20 mm or wider."},
-        {"Wildlife reach", focal(300), focal(299), 15, "15% of your photos at 300 mm or longer."},
-        {"Prime lover", lens("50mm F1.8"), lens("70-200mm"), 60,
-         "60% of your photos with fixed-focal-length lenses."},
-        {"Zoom wanderer", lens("18 - 55"), lens("50mm"), 70,
-         "70% of your photos with zoom lenses."},
-        {"One-lens wonder", lens("50mm"), lens("85mm"), 85, "85% of your photos with your 50mm"},
-        {"Phone in the pocket too", camera("iPhone 15"), camera("X-T5"), 10,
-         "10% of your photos from a phone, the rest from a camera."},
-        {"Motion freezer", shutter(1.0 / 1000), shutter(1.0 / 999), 40,
-         "40% of your photos at 1/1000 s or faster."},
-        {"Long-exposure artist", shutter(1), shutter(0.99), 5,
-         "5 photos exposed for a second or longer."},
-        {"ISO-fearless", iso(6400), iso(6399), 10, "10% of your photos at ISO 6400 or higher."},
-        {"Early bird", taken(11, 8, 59), taken(11, 9), 30,
-         "30% of your photos between 5:00 and 9:00, in the morning's soft light."},
-        {"Lunch-break shooter", taken(11, 12), taken(11, 11, 59), 30,
-         "30% of your photos between 12:00 and 14:00."},
-        {"Golden-hour chaser", taken(11, 20, 59), taken(11, 21), 35,
-         "35% of your photos between 17:00 and 21:00, when the light turns warm."},
-        {"Night owl", taken(11, 4, 59), taken(11, 5), 25,
-         "25% of your photos after 21:00 or before 5:00."},
-        {"Night owl", taken(11, 21), taken(11, 20, 59), 25,
-         "25% of your photos after 21:00 or before 5:00."},
-        {"Weekend shooter", taken(10, 15), taken(11, 15), 60,
-         "60% of your photos on Saturdays and Sundays."},
-        {"Generous with hearts", heart(true), heart(false), 30,
-         "You've favourited 30% of these photos.", true},
-        {"RAW purist", raw(true), raw(false), 90, "90% of your photos are RAW files.", true},
-        {"Straight-out-of-camera", raw(false), raw(true), 90,
-         "90% of your photos are JPEG or HEIC.", true},
-    };
-    for (const ShareCase& each : cases) {
+TEST(StyleTag, RecordsWithoutTheValueDoNotCountAgainstIt) {
+    for (const TagCase& each : tagCases()) {
+        // Hearts, edits and RAW files are shares of all records.
+        if (each.rule >= 24) continue;
         SCOPED_TRACE(each.title);
-        const auto earned = tag(mixed(each.limit, 100, each.hit, each.other), each.title);
-        ASSERT_TRUE(earned);
-        EXPECT_EQ(earned->reason, each.reason);
-        EXPECT_GE(earned->strength, -1e-12);
-        EXPECT_LE(earned->strength, 1);
-        EXPECT_FALSE(tag(mixed(each.limit - 1, 100, each.hit, each.other), each.title));
-        if (each.countsAll) continue;
-        auto padded = mixed(each.limit, 100, each.hit, each.other);
-        padded.resize(300); // records without the value do not count against it
-        EXPECT_TRUE(tag(padded, each.title));
+        TagPhotos padded = each.exactly;
+        padded.records.resize(padded.records.size() + 300);
+        EXPECT_TRUE(earned(padded, each.title));
     }
 }
 
@@ -153,27 +75,6 @@ TEST(StyleTag, FocalBandsCloseAtWholeMillimetres) {
 }
 
 TEST(StyleTag, TypicalSettingsTakeTheUpperOfTwoMiddles) {
-    struct Case {
-        std::string title;
-        Fill inside, outside;
-        std::string reason;
-    };
-    const std::vector<Case> cases{
-        {"Wide-open dreamer", aperture(1.8), aperture(1.9),
-         "Usually at ƒ/1.8 or wider: soft backgrounds, thin focus."},
-        {"Bokeh fan", aperture(2.8), aperture(2.9),
-         "A typical aperture of ƒ/2.8: subjects lifted off soft backgrounds."},
-        {"Everything in focus", aperture(8), aperture(7.9),
-         "A typical aperture of ƒ/8: sharp from front to back."},
-        {"Low-light hero", iso(1600), iso(1599),
-         "A typical ISO of 1600: you keep shooting when the light goes."},
-        {"Daylight shooter", iso(200), iso(201), "A typical ISO of 200: good light, clean files."},
-    };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.title);
-        EXPECT_EQ(tag(records(10, each.inside), each.title)->reason, each.reason);
-        EXPECT_FALSE(tag(records(10, each.outside), each.title));
-    }
     EXPECT_FALSE(tag(records(10, aperture(1.4)), "Bokeh fan"));
     // Five and five: the larger half decides.
     EXPECT_FALSE(tag(mixed(5, 10, aperture(1.4), aperture(4)), "Wide-open dreamer"));
@@ -181,16 +82,8 @@ TEST(StyleTag, TypicalSettingsTakeTheUpperOfTwoMiddles) {
 }
 
 TEST(StyleTag, GearRulesCountCamerasPhonesAndLenses) {
-    EXPECT_TRUE(
-        tag(mixed(60, 100, camera("Google PIXEL 8"), camera("D850")), "Phone in the pocket too"));
-    EXPECT_FALSE(
-        tag(mixed(61, 100, camera("Galaxy S24"), camera("D850")), "Phone in the pocket too"));
-    auto three = mixed(40, 70, camera("a"), camera("b"));
-    EXPECT_FALSE(tag(three, "Multi-camera shooter"));
-    const auto more = records(30, camera("c"));
-    three.insert(three.end(), more.begin(), more.end());
-    EXPECT_EQ(tag(three, "Multi-camera shooter")->reason,
-              "3 cameras each took at least 10% of your photos.");
+    EXPECT_TRUE(tag(mixed(20, 100, camera("Galaxy S24"), camera("X")), "Phone in the pocket too"));
+    EXPECT_FALSE(tag(mixed(50, 100, camera("a"), camera("b")), "Multi-camera shooter"));
     // One lens among a handful is no wonder.
     auto many = records(90, lens("50mm"));
     for (const char* name : {"24mm", "35mm", "85mm"})
@@ -200,44 +93,12 @@ TEST(StyleTag, GearRulesCountCamerasPhonesAndLenses) {
     EXPECT_TRUE(tag(many, "One-lens wonder"));
 }
 
-TEST(StyleTag, BurstsDaysAndBigDaysFollowTheClockOnTheWall) {
-    // Three of ten frames follow within two seconds, whatever order they are given in.
-    std::vector<ShotRecord> frames;
-    for (int i = 0; i < 20; ++i)
-        frames.push_back(records(1, taken(11, i)).front());
-    for (int i = 0; i < 6; ++i)
-        frames[static_cast<std::size_t>(19 - i)].taken = at(11, i, 0, 2);
-    EXPECT_EQ(tag(frames, "Burst shooter")->reason,
-              "30% of your frames came within two seconds of the one before.");
-    frames[19].taken = at(11, 0, 0, 3);
-    EXPECT_FALSE(tag(frames, "Burst shooter"));
-    frames[19].taken = at(11, 0, 0, 2);
-    frames.pop_back();
-    EXPECT_FALSE(tag(frames, "Burst shooter")); // nineteen frames are too few
-
-    const auto onDays = [](int days, int perDay) {
-        std::vector<ShotRecord> list;
-        for (int i = 0; i < days * perDay; ++i)
-            list.push_back(records(1, taken(1 + i / perDay, 10, i % perDay)).front());
-        return list;
-    };
-    EXPECT_EQ(tag(onDays(5, 6), "Deliberate shooter")->reason,
-              "About 6 carefully chosen frames per day out shooting.");
-    EXPECT_FALSE(tag(onDays(5, 7), "Deliberate shooter"));
-    EXPECT_FALSE(tag(onDays(4, 6), "Deliberate shooter"));
-    EXPECT_EQ(tag(records(200, taken(11, 10)), "Big-day shooter")->reason,
-              "200 photos in a single day.");
-    EXPECT_FALSE(tag(records(199, taken(11, 10)), "Big-day shooter"));
-}
-
-TEST(StyleTag, CurationCountsHeartsAndEdits) {
-    EXPECT_EQ(tag(mixed(5, 100, heart(true), heart(false)), "Tough curator")->reason,
-              "Only 5% of these photos made your favourites.");
-    EXPECT_FALSE(tag(mixed(4, 99, heart(true), heart(false)), "Tough curator"));
-    EXPECT_FALSE(tag(mixed(6, 100, heart(true), heart(false)), "Tough curator"));
-    EXPECT_FALSE(tag(records(100), "Tough curator"));
-    EXPECT_EQ(tag(records(10), "Thoughtful editor", 5)->reason, "5 edits for 10 photos taken.");
-    EXPECT_FALSE(tag(records(10), "Thoughtful editor", 4));
+TEST(StyleTag, BurstsNeedTwentyFramesAndDeliberationFiveDays) {
+    // Nineteen frames at once are no burst yet.
+    EXPECT_FALSE(tag(records(19, taken(11, 10)), "Burst shooter"));
+    EXPECT_TRUE(tag(records(20, taken(11, 10)), "Burst shooter"));
+    EXPECT_FALSE(tag(mixed(6, 12, taken(1, 10), taken(2, 10)), "Deliberate shooter"));
+    EXPECT_FALSE(tag(records(100), "Tough curator")); // without a single heart
 }
 
 TEST(StyleTag, TheMostTellingComeFirst) {

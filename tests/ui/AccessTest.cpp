@@ -8,6 +8,7 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QScrollBar>
+#include <QTableView>
 #include <QTranslator>
 
 namespace kelvaro {
@@ -40,7 +41,7 @@ QStringList faultsBelow(const QWidget* root) {
         bool isPart = false;
         for (const QWidget* up = widget->parentWidget(); up && up != root; up = up->parentWidget())
             isPart = isPart || qobject_cast<const QAbstractSpinBox*>(up) ||
-                     qobject_cast<const QComboBox*>(up);
+                     qobject_cast<const QComboBox*>(up) || qobject_cast<const QTableView*>(up);
         const bool isAbsent = widget->isHidden() && !widget->isEnabled();
         if (isPart || isAbsent || !isInteractive(widget)) continue;
         const QStringList found = faults(widget);
@@ -64,6 +65,18 @@ TEST_F(Access, EveryControlHasNameTabAndHelp) {
     library->requestExport();
     settle();
     EXPECT_EQ(faultsBelow(window.get()).join("\n").toStdString(), "");
+}
+
+TEST_F(Access, EveryToolOfTheEditorHasNameTabAndHelp) {
+    settings.set("folders", std::vector<std::string>{photos("Trip", 2).string()});
+    open();
+    library->openEditor(PhotoUrl(library->view().get()->photos.front()->url));
+    settle();
+    for (const CommandId id : {CommandId::crop, CommandId::masks}) {
+        window->commands().action(id)->trigger();
+        settle();
+        EXPECT_EQ(faultsBelow(&window->editor()).join("\n").toStdString(), "");
+    }
 }
 
 // Marks everything that was looked up.

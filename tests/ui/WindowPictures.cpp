@@ -32,9 +32,7 @@ public:
         take("first-launch");
         pressEscape();
         take("empty-library");
-        window.reset();
-        exporter.reset();
-        library.reset();
+        end();
         settings.set("introductionSeen", true);
         settings.set("folders", folders_);
         openSized();

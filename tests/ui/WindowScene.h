@@ -38,14 +38,22 @@ public:
     Appearance appearance;
     std::unique_ptr<RenderServices> render;
     std::unique_ptr<LibraryStore> library;
+    std::unique_ptr<EditingServices> editing;
     std::unique_ptr<Exporter> exporter;
+    std::unique_ptr<ProfileServices> profile;
     std::unique_ptr<MainWindow> window;
 
     WindowScene() { settings.set("introductionSeen", true); }
-    ~WindowScene() {
+    // Closes everything that stands on the services.
+    void end() {
         window.reset();
+        profile.reset();
         exporter.reset();
+        editing.reset();
         library.reset();
+    }
+    ~WindowScene() {
+        end();
         render.reset();
     }
 
@@ -54,6 +62,7 @@ public:
     MainWindow& open(bool asks = false) {
         render = std::make_unique<RenderServices>(services, *services.clock, main, folders,
                                                   RenderLogs{});
+        const RecoveryReport recovered = EditingServices::recover(services, folders);
         library = std::make_unique<LibraryStore>(LibraryServices{.files = *services.files,
                                                                  .settings = settings,
                                                                  .folders = folders,
@@ -64,19 +73,25 @@ public:
                                                                  .texts = *services.texts,
                                                                  .calendar = *services.calendar,
                                                                  .trash = trash});
+        editing = std::make_unique<EditingServices>(services, folders, main, *library, recovered);
         RenderEngine& engine = render->engine();
         exporter = std::make_unique<Exporter>(
             ExportParts{*services.files, *services.random, *services.reader, *services.writer,
                         *services.raw, *services.properties, metadata, engine.exportRenderer(),
                         *services.brushes, engine.work(), *services.clock},
             main);
+        profile = std::make_unique<ProfileServices>(
+            ProfileServices::Parts{*library, *exporter, settings, desktop, *services.clock,
+                                   *services.calendar, *services.texts, main, "1.2.3"});
         window = std::make_unique<MainWindow>(
             WindowParts{.appearance = appearance,
                         .library = *library,
                         .engine = engine,
                         .sessions = render->sessions(),
                         .thumbnails = render->thumbnails(),
+                        .editing = *editing,
                         .exporter = *exporter,
+                        .profile = *profile,
                         .settings = settings,
                         .folders = folders,
                         .desktop = desktop,

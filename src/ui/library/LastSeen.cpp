@@ -1,7 +1,7 @@
 #include "ui/library/LastSeen.h"
 
 #include "develop/PhotoOpening.h"
-#include "ui/viewer/PhotoCanvas.h"
+#include "ui/editor/CanvasFrame.h"
 
 #include <algorithm>
 

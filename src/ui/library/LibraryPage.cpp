@@ -80,8 +80,11 @@ void LibraryPage::makeLayout() {
     auto* heading = new QHBoxLayout;
     heading->setContentsMargins(measure::margin, 4, measure::margin, 0);
     heading->setSpacing(measure::unit);
+    makeRestrictionButtons();
+    heading->addWidget(toProfile_);
     heading->addWidget(title_);
     heading->addWidget(subtitle_, 1);
+    heading->addWidget(showAll_);
 
     right_ = new QWidget(this);
     auto* content = new QVBoxLayout;
@@ -101,6 +104,21 @@ void LibraryPage::makeLayout() {
     sidebar_->setFixedWidth(measure::sidebarWidth);
     row->addWidget(sidebar_);
     row->addWidget(right_, 1);
+}
+
+// The two ways out of photos that the profile picked out.
+void LibraryPage::makeRestrictionButtons() {
+    toProfile_ = named(new QPushButton(words("‹ Profile"), this), "backToProfile",
+                       words("Back to your profile"), words("Back to your profile"));
+    showAll_ = named(new QPushButton(words("Show All Photos"), this), "showAllPhotos",
+                     words("Show All Photos"), words("Show every photo of the library again"));
+    for (QPushButton* button : {toProfile_, showAll_})
+        button->setProperty("kind", "quiet");
+    QObject::connect(toProfile_, &QPushButton::clicked, this, [this] { onBackToProfile(); });
+    QObject::connect(showAll_, &QPushButton::clicked, this, [this] {
+        lib_.leaveRestriction();
+        grid_->setFocus();
+    });
 }
 
 void LibraryPage::setSidePanel(QWidget* panel) {
@@ -156,6 +174,10 @@ void LibraryPage::observeStore() {
     watch(lib_.thumbSize(),
           [this] { grid_->setCellSize(static_cast<int>(lib_.thumbSize().get())); });
     watch(lib_.view(), [this] { showVisible(); });
+    watch(lib_.restriction(), [this] {
+        toProfile_->setVisible(bool(*lib_.restriction()));
+        showAll_->setVisible(bool(*lib_.restriction()));
+    });
     watch(lib_.selection(), [this] { showSelection(); });
     watch(lib_.favoriteRevision(), [this] { grid_->refresh(); });
     watch(lib_.version(), [this] { grid_->refresh(); });
@@ -293,6 +315,14 @@ void LibraryPage::openFilter() {
 
 void LibraryPage::setShowsSidebar(bool shows) {
     sidebar_->setVisible(shows);
+}
+
+QRect LibraryPage::cellOnScreen(const PhotoUrl& photo) const {
+    const int index = content_.indexOf(photo);
+    if (index < 0 || !grid_->isVisible()) return {};
+    const QRect cell = grid_->cellOnScreen(index);
+    if (!grid_->viewport()->rect().intersects(cell)) return {};
+    return {grid_->viewport()->mapToGlobal(cell.topLeft()), cell.size()};
 }
 
 void LibraryPage::focusSearch() {

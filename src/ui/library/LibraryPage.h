@@ -14,6 +14,7 @@
 
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
 
@@ -34,13 +35,15 @@ public:
     bool showsSidebar() const { return !sidebar_->isHidden(); }
     void setShowsSidebar(bool shows);
     void focusSearch();
+    // Where a photo's cell is on the screen; invalid when it is not shown.
+    QRect cellOnScreen(const PhotoUrl& photo) const;
     void changeCellSize(int steps);
     // A panel at the right edge; the page becomes its parent.
     void setSidePanel(QWidget* panel);
     // The row of the subtitle, for what the window tells at its end.
     QRect statusRow() const;
 
-    std::function<void()> onAddFolder;
+    std::function<void()> onAddFolder, onBackToProfile;
     std::function<void(const std::filesystem::path&)> onAddGivenFolder;
     std::function<void(const std::filesystem::path&)> onShowFolder;
 
@@ -68,6 +71,7 @@ private:
     void restore(const PhotoPlace& place);
     void showSelection();
     void showSubtitle();
+    void makeRestrictionButtons();
     void showEmptyState();
     void tellSelection();
     void setCellSize(int wanted);
@@ -81,6 +85,7 @@ private:
     Sidebar* sidebar_;
     Toolbar* toolbar_;
     QLabel *title_, *subtitle_;
+    QPushButton *toProfile_, *showAll_; // while photos were picked out
     QStackedWidget* middle_;
     GridView* grid_;
     EmptyView* empty_;

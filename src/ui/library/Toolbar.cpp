@@ -134,7 +134,8 @@ Toolbar::Toolbar(const Appearance& appearance, QAction* exports, QAction* profil
     row->addWidget(new Glyph(appearance, IconName::squareLarge, this));
     row->addSpacing(measure::unit);
     row->addWidget(actionButton(appearance, IconName::exportArrow, exports, "exportButton", this));
-    row->addWidget(actionButton(appearance, IconName::person, profile, "profileButton", this));
+    profile_ = actionButton(appearance, IconName::person, profile, "profileButton", this);
+    row->addWidget(profile_);
 }
 
 void Toolbar::makeSearch(const Appearance& appearance) {

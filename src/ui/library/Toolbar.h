@@ -24,6 +24,7 @@ public:
     void showSearch(const SearchState& state);
     QLineEdit* searchField() const { return search_; }
     IconButton* filterButton() const { return filter_; }
+    void setProfileIcon(IconName icon) { profile_->setIconName(icon); }
 
     std::function<void(const QString&)> onSearch;
     std::function<void()> onFilter;
@@ -39,7 +40,7 @@ private:
     void makeSort();
 
     QLineEdit* search_;
-    IconButton *filter_, *sort_;
+    IconButton *filter_, *sort_, *profile_;
     QSlider* size_;
     SortOrder order_;
 };

@@ -62,7 +62,6 @@ MainWindow::MainWindow(WindowParts parts)
     observeStore();
     qApp->installEventFilter(this);
     restoreGeometryKept();
-    awaitMidnight();
 }
 
 MainWindow::~MainWindow() {
@@ -73,25 +72,27 @@ MainWindow::~MainWindow() {
 void MainWindow::makePages() {
     library_ = new LibraryPage(parts_.appearance, parts_.library, parts_.thumbnails, pictures_,
                                *commands_, this);
-    viewer_ = new ViewerPage(parts_.appearance, parts_.library, parts_.engine, parts_.sessions,
-                             parts_.thumbnails, *commands_, this);
+    editor_ = new EditorPage(parts_.appearance,
+                             {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
+                              parts_.editing, *commands_},
+                             this);
+    editor_->onCircumstances = [this] { showCommands(); };
     pages_->addWidget(library_);
-    pages_->addWidget(viewer_);
+    pages_->addWidget(editor_);
     const auto rows = [this](const PhotoInfo& info) {
         return infoRows(info, parts_.texts, parts_.calendar);
     };
     libraryInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, library_);
-    viewerInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, viewer_);
+    editorInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, editor_);
     library_->setSidePanel(libraryInfo_);
-    viewer_->setSidePanel(viewerInfo_);
+    editor_->setSidePanel(editorInfo_);
     library_->onAddFolder = [this] { addFolder(); };
     library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
     library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
     library_->setShowsSidebar(parts_.settings.get<bool>(settingsKey::showsSidebar).value_or(true));
-    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings, this);
-    settings_->onUsageShared = [this](bool shares) { shareUsage(shares); };
-    settings_->onProfileChanged = [this] { showProfileName(); };
-    showProfileName();
+    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings,
+                                  parts_.profile.usage(), this);
+    makeProfile();
     exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
     exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this,
                                      [this](QSize pill) { return statusPlace(pill); });
@@ -145,12 +146,24 @@ void MainWindow::showRoot() {
         state.appearance == AppearanceMode::dark ||
         (state.appearance == AppearanceMode::system && parts_.desktop.preferences().prefersDark);
     if (dark != parts_.appearance.theme().dark) applyAppearance();
-    QWidget* page = state.isEditing ? static_cast<QWidget*>(viewer_) : library_;
+    showsProfile_ = showsProfile_ && !state.isEditing;
+    if (showsProfile_) setWindowTitle(words("Your Profile") + " — Kelvaro");
+    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_)
+                    : showsProfile_ ? static_cast<QWidget*>(profile_)
+                                    : library_;
     if (pages_->currentWidget() != page) {
+        const QRect cell =
+            state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get()) : QRect();
         pages_->setCurrentWidget(page);
         indexing_->place();
         exportStatus_->place();
-        state.isEditing ? viewer_->setFocus() : library_->grid().setFocus();
+        if (page == library_)
+            library_->grid().setFocus();
+        else if (page == editor_)
+            editor_->canvas().setFocus();
+        else
+            page->setFocus();
+        if (cell.isValid()) editor_->growFrom(cell);
     }
     if (!state.errorMessage || *state.errorMessage == shownError_) return;
     // One at a time: the store keeps the message until it has been read.
@@ -163,7 +176,10 @@ void MainWindow::showRoot() {
 
 void MainWindow::showCommands() {
     const CommandState& state = parts_.library.commandState().state();
-    commands_->setCircumstances(circumstancesOf(state, parts_.library.editorTools().state()));
+    unsigned now = circumstancesOf(state, parts_.library.editorTools().state());
+    if (state.isEditing) now = (now & ~circumstance::editedPhoto) | editor_->circumstances();
+    // The selection in the grid behind the profile is nothing to act on.
+    commands_->setCircumstances(showsProfile_ ? 0 : now);
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
                                             : state.selectionIsAllFavorite;
     commands_->setOn(CommandId::favorite, isFavorite);
@@ -197,31 +213,6 @@ QPoint MainWindow::statusPlace(QSize pill) const {
                 origin.y() + (row.height() - pill.height()) / 2};
     }
     return {(width() - pill.width()) / 2, pages_->y() + (viewerBarPx - pill.height()) / 2};
-}
-
-void MainWindow::showProfileName() {
-    const auto name =
-        parts_.settings.get<std::string>(settingsKey::profileName).value_or(std::string());
-    const std::string own = name + "'s profile (⇧⌘P)";
-    commands_->setHelp(CommandId::profile, name.empty() ? "Your profile (⇧⌘P)" : own);
-}
-
-// Headings say "Today" and "Yesterday".
-void MainWindow::awaitMidnight() {
-    const QDateTime now = QDateTime::currentDateTime();
-    const qint64 left = now.msecsTo(now.date().addDays(1).startOfDay());
-    // In steps, because a machine may sleep meanwhile.
-    constexpr qint64 longestMs = 10 * 60 * 1000;
-    QTimer::singleShot(std::clamp<qint64>(left + 500, 500, longestMs), this,
-                       [this, day = now.date()] {
-                           if (QDate::currentDate() != day) parts_.library.dayChanged();
-                           awaitMidnight();
-                       });
-}
-
-void MainWindow::shareUsage(bool shares) {
-    if (parts_.usage) return parts_.usage->setShared(shares);
-    parts_.settings.set(settingsKey::shareUsageCounts, shares);
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
@@ -259,7 +250,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 
 void MainWindow::setScreenProfile(const QColorSpace& profile) {
     pictures_.setScreenProfile(profile);
-    viewer_->canvas().setScreenProfile(profile);
+    editor_->setScreenProfile(profile);
 }
 
 void MainWindow::introduce() {
@@ -269,6 +260,21 @@ void MainWindow::introduce() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    // The open photo's edit goes to the disk first; a drive that is away does not hold it up.
+    if (!settling_ && editor_->model().isOpen()) {
+        settling_ = true;
+        event->ignore();
+        return editor_->settle([this] {
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    parts_.library.closeEditor();
+                    close();
+                },
+                Qt::QueuedConnection);
+        });
+    }
+    settling_ = false;
     parts_.settings.set(settingsKey::windowGeometry, saveGeometry().toBase64().toStdString());
     parts_.library.closeEditor();
     const auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();

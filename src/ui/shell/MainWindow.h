@@ -2,22 +2,24 @@
 // views together and gives every command its operation. Main thread.
 #pragma once
 
-#include "app/UsageCounts.h"
+#include "app/ProfileServices.h"
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
 #include "render/PhotoSessionCache.h"
 #include "render/RenderEngine.h"
 #include "render/ThumbnailLoader.h"
+#include "ui/editor/EditorPage.h"
 #include "ui/export/ExportSheet.h"
 #include "ui/export/ExportStatus.h"
 #include "ui/library/InfoPanel.h"
 #include "ui/library/LibraryPage.h"
+#include "ui/profile/ProfilePage.h"
+#include "ui/profile/ProfilePrompt.h"
 #include "ui/shell/CommandActions.h"
 #include "ui/shell/Pill.h"
 #include "ui/shell/Prompts.h"
 #include "ui/shell/SettingsSheet.h"
-#include "ui/viewer/ViewerPage.h"
 
 #include <QMainWindow>
 #include <QStackedWidget>
@@ -31,7 +33,9 @@ struct WindowParts {
     RenderEngine& engine;
     PhotoSessionCache& sessions;
     ThumbnailLoader& thumbnails;
+    EditingServices& editing;
     Exporter& exporter;
+    ProfileServices& profile;
     SettingsStore& settings;
     const UserFolders& folders;
     Desktop& desktop;
@@ -39,7 +43,6 @@ struct WindowParts {
     const LocalCalendar& calendar;
     std::string version;
     std::unique_ptr<Prompts> prompts = nullptr; // sheets when null
-    UsageCounts* usage = nullptr;               // counts nothing when null
 };
 
 class MainWindow final : public QMainWindow {
@@ -51,9 +54,10 @@ public:
     void setScreenProfile(const QColorSpace& profile);
     CommandActions& commands() const { return *commands_; }
     LibraryPage& libraryPage() const { return *library_; }
-    ViewerPage& viewer() const { return *viewer_; }
+    EditorPage& editor() const { return *editor_; }
     ExportSheet& exportSheet() const { return *exportSheet_; }
     SettingsSheet& settingsSheet() const { return *settings_; }
+    ProfilePage& profilePage() const { return *profile_; }
     const CellPictures& pictures() const { return pictures_; }
     QString noticeText() const { return notice_->text(); }
 
@@ -73,9 +77,6 @@ private:
     void showRoot();
     void showCommands();
     void showIndexing();
-    void showProfileName();
-    void awaitMidnight();
-    void shareUsage(bool shares);
     QPoint noticePlace(QSize pill) const;
     QPoint statusPlace(QSize pill) const;
     void addFolder();
@@ -87,8 +88,14 @@ private:
     void startExport(const ExportSettings& settings);
     void toggleInfo();
     void introduce();
+    void makeProfile();
+    void showProfile(bool shows);
+    void showProfileName();
+    void shareProfile();
     void restoreGeometryKept();
     ProtectedPaths protectedPaths() const;
+    // The edit as it stands now, saved or not.
+    Adjustments editOf(const PhotoUrl& photo) const;
     double largestMegapixels(const std::vector<PhotoUrl>& photos) const;
 
     WindowParts parts_;
@@ -96,8 +103,10 @@ private:
     CommandActions* commands_;
     QStackedWidget* pages_;
     LibraryPage* library_ = nullptr;
-    ViewerPage* viewer_ = nullptr;
-    InfoPanel *libraryInfo_ = nullptr, *viewerInfo_ = nullptr;
+    EditorPage* editor_ = nullptr;
+    ProfilePage* profile_ = nullptr;
+    ProfilePrompt* profilePrompt_ = nullptr;
+    InfoPanel *libraryInfo_ = nullptr, *editorInfo_ = nullptr;
     SettingsSheet* settings_ = nullptr;
     ExportSheet* exportSheet_ = nullptr;
     ExportStatus* exportStatus_ = nullptr;
@@ -105,7 +114,7 @@ private:
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
     std::size_t mostIndexing_ = 0; // folders since the last pause
-    bool quits_ = false, introduced_ = false;
+    bool quits_ = false, settling_ = false, introduced_ = false, showsProfile_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;
 };

@@ -6,22 +6,22 @@
 
 namespace kelvaro {
 
-inline WindowParts partsOf(WindowServices& services, Appearance& appearance, std::string version,
-                           UsageCounts* usage = nullptr) {
+inline WindowParts partsOf(WindowServices& services, Appearance& appearance, std::string version) {
     return {.appearance = appearance,
             .library = services.library(),
             .engine = services.render().engine(),
             .sessions = services.render().sessions(),
             .thumbnails = services.render().thumbnails(),
+            .editing = services.editing(),
             .exporter = services.exporter(),
+            .profile = services.profile(),
             .settings = services.settings(),
             .folders = services.folders(),
             .desktop = services.desktop(),
             .texts = *services.services().texts,
             .calendar = *services.services().calendar,
             .version = std::move(version),
-            .prompts = nullptr,
-            .usage = usage};
+            .prompts = nullptr};
 }
 
 } // namespace kelvaro

@@ -2,47 +2,25 @@
 
 #include "app/SettingsKeys.h"
 #include "ui/Texts.h"
-#include "ui/controls/IconButton.h"
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
-
-#include <array>
 
 namespace kelvaro {
 namespace {
 
 constexpr int textPx = 300;
 
-struct ProfileIcon {
-    const char* stored;
-    IconName icon;
-    const char* title;
-};
-constexpr std::array profileIcons{
-    ProfileIcon{"person", IconName::person, "Person"},
-    ProfileIcon{"aperture", IconName::aperture, "Aperture"},
-    ProfileIcon{"mountain", IconName::mountain, "Mountains"},
-    ProfileIcon{"leaf", IconName::leaf, "Leaf"},
-    ProfileIcon{"wave", IconName::wave, "Waves"},
-    ProfileIcon{"moon", IconName::moon, "Moon"},
-    ProfileIcon{"star", IconName::star, "Star"},
-};
-
 } // namespace
 
-IconName SettingsSheet::profileIcon(const std::string& stored) {
-    const auto found = std::ranges::find_if(
-        profileIcons, [&](const ProfileIcon& each) { return each.stored == stored; });
-    return found == profileIcons.end() ? IconName::person : found->icon;
-}
-
 SettingsSheet::SettingsSheet(const Appearance& appearance, LibraryStore& lib,
-                             SettingsStore& settings, QWidget* window)
-    : Overlay(appearance, Kind::sheet, window), look_(appearance), lib_(lib), settings_(settings) {
+                             SettingsStore& settings, UsageCounts& usageCounts, QWidget* window)
+    : Overlay(appearance, Kind::sheet, window),
+      lib_(lib),
+      settings_(settings),
+      usageCounts_(usageCounts) {
     setObjectName("settingsSheet");
     rows_ = new QGridLayout;
     rows_->setHorizontalSpacing(24);
@@ -62,13 +40,19 @@ SettingsSheet::SettingsSheet(const Appearance& appearance, LibraryStore& lib,
     name_->setMaxLength(60);
     name_->setFixedWidth(160);
     addRow(words("Your name"), {}, name_);
-    makeIcons();
+    icons_ = new ProfileIconPicker(appearance);
+    addRow(words("Choose your icon"), {}, icons_);
+    icons_->onChosen = [this](const std::string& icon) {
+        settings_.set(settingsKey::profileIcon, icon);
+        if (onProfileChanged) onProfileChanged();
+    };
     usage_ = named(new Switch(appearance), "shareUsageCounts",
                    words("Share anonymous usage counts"), words("Share anonymous usage counts"));
     addRow(words("Share anonymous usage counts"),
            words("Launches and how many photos you export, with the app and macOS versions.\n"
                  "Never photos, file names, places or settings."),
            usage_);
+    makeUsageMessage();
     addRow(words("Check for updates automatically"),
            words("New versions come with your system's software updates."), nullptr);
 
@@ -88,7 +72,10 @@ SettingsSheet::SettingsSheet(const Appearance& appearance, LibraryStore& lib,
                      [this](int mode) { lib_.setAppearance(static_cast<AppearanceMode>(mode)); });
     QObject::connect(photoBar_, &Switch::clicked, this,
                      [this](bool on) { lib_.setShowsFilmstrip(on); });
-    QObject::connect(usage_, &Switch::clicked, this, [this](bool on) { onUsageShared(on); });
+    QObject::connect(usage_, &Switch::clicked, this, [this](bool on) {
+        usageCounts_.setShared(on);
+        showUsageMessage();
+    });
     QObject::connect(name_, &QLineEdit::textEdited, this, [this](const QString& name) {
         settings_.set(settingsKey::profileName, name.trimmed().toStdString());
         if (onProfileChanged) onProfileChanged();
@@ -106,40 +93,42 @@ void SettingsSheet::addRow(const QString& title, const QString& note, QWidget* c
     if (control) rows_->addWidget(control, line, 1, Qt::AlignRight | Qt::AlignVCenter);
 }
 
-void SettingsSheet::makeIcons() {
-    icons_ = new QButtonGroup(this);
-    auto* holder = new QWidget;
-    auto* row = new QHBoxLayout(holder);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(0);
-    for (std::size_t at = 0; at < profileIcons.size(); ++at) {
-        const QString title = words(profileIcons[at].title);
-        auto* button =
-            named(new IconButton(look_, profileIcons[at].icon), "profileIcon", title, title);
-        button->setCheckable(true);
-        icons_->addButton(button, static_cast<int>(at));
-        row->addWidget(button);
-    }
-    addRow(words("Choose your icon"), {}, holder);
-    QObject::connect(icons_, &QButtonGroup::idClicked, this, [this](int at) {
-        settings_.set(settingsKey::profileIcon, std::string(profileIcons[size_t(at)].stored));
-        refresh();
-        if (onProfileChanged) onProfileChanged();
-    });
+// The whole of it, so that nobody has to take our word for it.
+void SettingsSheet::makeUsageMessage() {
+    showsMessage_ =
+        named(new QPushButton(words("What would be sent")), "showUsageMessage",
+              words("What would be sent"), words("Show the whole message, word for word"));
+    showsMessage_->setProperty("kind", "quiet");
+    showsMessage_->setCheckable(true);
+    message_ = wrappedLabel({}, "caption", textPx);
+    message_->setObjectName("usageMessage");
+    message_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* column = new QVBoxLayout;
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(measure::unit / 2);
+    column->addWidget(showsMessage_, 0, Qt::AlignLeft);
+    column->addWidget(message_);
+    rows_->addLayout(column, rows_->rowCount(), 0, 1, 2);
+    QObject::connect(showsMessage_, &QPushButton::toggled, this, [this] { showUsageMessage(); });
+}
+
+void SettingsSheet::showUsageMessage() {
+    message_->setVisible(showsMessage_->isChecked());
+    const QString never = words("Nothing is counted and nothing is sent until you say yes. "
+                                "This version has no address to send to.");
+    message_->setText(fromUtf8(usageCounts_.message()) +
+                      (usageCounts_.isShared() ? "" : "\n" + never));
+    panel()->adjustSize();
 }
 
 void SettingsSheet::refresh() {
     mode_->setCurrentIndex(static_cast<int>(lib_.appearance().get()));
     photoBar_->setChecked(lib_.showsFilmstrip().get());
-    usage_->setChecked(settings_.get<bool>(settingsKey::shareUsageCounts).value_or(false));
+    usage_->setChecked(usageCounts_.isShared());
+    showUsageMessage();
     const auto name = settings_.get<std::string>(settingsKey::profileName).value_or("");
     if (!name_->hasFocus()) name_->setText(QString::fromStdString(name));
-    const auto icon = settings_.get<std::string>(settingsKey::profileIcon).value_or("person");
-    for (QAbstractButton* button : icons_->buttons()) {
-        const bool chosen = icon == profileIcons[size_t(icons_->id(button))].stored;
-        button->setChecked(chosen);
-        static_cast<IconButton*>(button)->setHighlighted(chosen);
-    }
+    icons_->setChosen(settings_.get<std::string>(settingsKey::profileIcon).value_or(""));
 }
 
 } // namespace kelvaro

@@ -1,42 +1,45 @@
 // The settings: one row each, stored at once. Main thread.
 #pragma once
 
+#include "app/UsageCounts.h"
 #include "library/LibraryStore.h"
 #include "platform/SettingsStore.h"
 #include "ui/controls/Choice.h"
 #include "ui/controls/Overlay.h"
 #include "ui/controls/Switch.h"
+#include "ui/profile/ProfileIconPicker.h"
 
-#include <QButtonGroup>
 #include <QGridLayout>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 
 namespace kelvaro {
 
 class SettingsSheet final : public Overlay {
 public:
     SettingsSheet(const Appearance& appearance, LibraryStore& lib, SettingsStore& settings,
-                  QWidget* window);
+                  UsageCounts& usageCounts, QWidget* window);
 
     void refresh(); // from what is stored
-    // The pictures that stand for the user, by the names they are stored under.
-    static IconName profileIcon(const std::string& stored);
 
     std::function<void()> onProfileChanged;
-    std::function<void(bool)> onUsageShared;
 
 private:
     void addRow(const QString& title, const QString& note, QWidget* control);
-    void makeIcons();
+    void makeUsageMessage();
+    void showUsageMessage();
 
-    const Appearance& look_;
     LibraryStore& lib_;
     SettingsStore& settings_;
+    UsageCounts& usageCounts_;
     QGridLayout* rows_;
     Switch *photoBar_, *usage_;
     Choice* mode_;
     QLineEdit* name_;
-    QButtonGroup* icons_;
+    ProfileIconPicker* icons_;
+    QPushButton* showsMessage_;
+    QLabel* message_;
 };
 
 } // namespace kelvaro
