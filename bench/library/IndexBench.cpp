@@ -85,7 +85,7 @@ const std::filesystem::path& filledCache(Tools& tools) {
         MetaReader reader(tools.properties, &cache, *tools.calendar);
         onAllThreads(kFolders, [&](int number) {
             const FolderPhotos photos = tools.list(samples::libraryFolder(benchLibrary(), number));
-            if (reader.cached(*photos).size() == photos->size()) return;
+            if (reader.remembered(*photos).photos.size() == photos->size()) return;
             reader.read(photos->folder(), photos->photos(), {1, 4096}, Cancellation(),
                         [](const PhotoMetas&) {});
         });
@@ -101,7 +101,7 @@ void fill(PhotoTable& table, Tools& tools, const std::filesystem::path& cacheFil
     std::mutex turn;
     onAllThreads(kFolders, [&](int number) {
         const FolderPhotos photos = tools.list(samples::libraryFolder(benchLibrary(), number));
-        const PhotoMetas metas = reader.cached(*photos);
+        const PhotoMetas metas = reader.remembered(*photos).photos;
         const std::lock_guard guard(turn);
         table.setFolder(photos);
         table.setMeta(metas);

@@ -1,7 +1,8 @@
 // How soon photos come on the screen, how many thumbnails a second, and what a hand on a slider
-// feels of work in the background. Prints one line a figure:
+// feels of an export. Prints one line a figure, with the aims of a quiet machine with two cores:
 //     render_figures OUT PHOTO...
 // The first photo is the one that is opened; all of them get thumbnails.
+#include "app/ExportServices.h"
 #include "app/RenderServices.h"
 #include "base/MainLoop.h"
 #include "platform/PhotoKinds.h"
@@ -12,7 +13,6 @@
 #include <ctime>
 #include <fmt/format.h>
 #include <optional>
-#include <thread>
 #include <vector>
 
 using namespace kelvaro;
@@ -21,6 +21,7 @@ namespace {
 
 constexpr PixelSize kScreen{1920, 1200};
 constexpr int kRepeats = 5, kFrames = 120;
+constexpr std::size_t kExported = 50;
 constexpr double kPatience = 120;
 
 // Of all threads of the program: what a figure costs on a machine that is busy with other things.
@@ -64,6 +65,7 @@ struct Bench {
 
     void opening() {
         const char* names[] = {"preview", "coarse", "fit to view", "full size"};
+        const char* aims[] = {"80", "200", "200", "400"};
         for (const bool full : {false, true}) {
             std::array<std::vector<double>, 4> all;
             const double begin = processorSeconds();
@@ -76,8 +78,8 @@ struct Bench {
             }
             for (std::size_t s = 0; s < all.size(); ++s)
                 if (!all[s].empty())
-                    fmt::print("open, {}: {:<28}{:>8.1f} ms\n", full ? "1:1" : "fit", names[s],
-                               quantile(all[s], 0.5));
+                    fmt::print("open, {}: {:<28}{:>8.1f} ms   aim {}\n", full ? "1:1" : "fit",
+                               names[s], quantile(all[s], 0.5), aims[s]);
             fmt::print("         processor time {:<17}{:>8.1f} ms\n", "",
                        (processorSeconds() - begin) / kRepeats * 1000);
         }
@@ -89,7 +91,7 @@ struct Bench {
         fmt::print("next photo, prepared: {:<20}{:>8.1f} ms\n", "", stages[2].value_or(0));
     }
 
-    void thumbnails(const char* name, const Adjustments& edit) {
+    void thumbnails(const char* name, const Adjustments& edit, int aim) {
         ThumbnailMaker maker(render.engine(),
                              {*services.files, *services.reader, *services.raw, *services.brushes,
                               render.analyses()},
@@ -106,24 +108,16 @@ struct Bench {
                 static_cast<void>(maker.developed(photo, edit, 320, nullptr).has_value());
             ++made;
         }
-        fmt::print("thumbnails, {:<30}{:>8.1f} a second, {:.1f} a second and core\n", name,
+        fmt::print("thumbnails, {:<30}{:>8.1f} a second, {:.1f} a second and core, aim {}\n", name,
                    made / (clock.monotonicSeconds() - begin),
-                   made / (processorSeconds() - processor));
+                   made / (processorSeconds() - processor), aim);
     }
 
-    // A hand on the exposure slider, frame after frame; in the background what `busy` says waits.
-    void gesture(const char* name, int backgroundJobs) {
-        RenderSession canvas(render.engine(), render.sessions());
-        opened(canvas, photos.front(), false);
-        render.engine().work().setEditing(true);
-        Cancellation end;
-        std::vector<std::thread> background;
-        for (int i = 0; i < backgroundJobs; ++i)
-            background.emplace_back([&] {
-                while (const auto admission =
-                           render.engine().work().waitForAdmission(std::int64_t(200) << 20, &end))
-                    static_cast<void>(services.reader->decode(photos.back(), {}, &end).has_value());
-            });
+    struct Frames {
+        double p50 = 0, p99 = 0; // milliseconds
+    };
+    // A hand on the exposure slider, frame after frame, as the canvas draws them.
+    Frames gesture(RenderSession& canvas) {
         std::vector<double> frames;
         for (int i = 0; i < kFrames; ++i) {
             ViewRequest request;
@@ -136,14 +130,41 @@ struct Bench {
             const double begin = clock.monotonicSeconds();
             canvas.render(request, [&](const Result<RenderedView>&) { done = true; });
             loop.runUntil([&] { return done; }, kPatience);
-            if (i >= 10) frames.push_back((clock.monotonicSeconds() - begin) * 1000);
+            frames.push_back((clock.monotonicSeconds() - begin) * 1000);
         }
-        end.cancel();
-        for (std::thread& thread : background)
-            thread.join();
-        render.engine().work().setEditing(false);
-        fmt::print("frames, {:<24} p50{:>7.1f} ms   p99{:>7.1f} ms\n", name, quantile(frames, 0.5),
-                   quantile(frames, 0.99));
+        return {quantile(frames, 0.5), quantile(frames, 0.99)};
+    }
+
+    // Turn by turn, so that both meet the same machine: with nothing else to do, and in the middle
+    // of an export of many photos. The first frames meet the photo that is being exported.
+    void gestures(const std::filesystem::path& out) {
+        std::vector<double> ratios50, ratios99;
+        Frames alone, exporting;
+        for (int i = 0; i < kRepeats; ++i) {
+            RenderSession canvas(render.engine(), render.sessions());
+            opened(canvas, photos.front(), false);
+            gesture(canvas);
+            alone = gesture(canvas);
+
+            ExportParts parts = exportParts(services, render.engine(), &render.analyses());
+            parts.yields = true;
+            Exporter exporter(parts, loop);
+            ExportSettings settings;
+            settings.destination = out.string();
+            exporter.start(std::vector<ExportJob>(kExported, {photos.front(), {}}), settings, {});
+            loop.runUntil([&] { return exporter.state()->done >= 1; }, kPatience);
+            exporting = gesture(canvas);
+            exporter.stop();
+            loop.runUntil([&] { return !exporter.state()->running; }, kPatience);
+            ratios50.push_back(exporting.p50 / alone.p50);
+            ratios99.push_back(exporting.p99 / alone.p99);
+        }
+        fmt::print("frames, alone                 p50{:>7.1f} ms   p99{:>7.1f} ms\n", alone.p50,
+                   alone.p99);
+        fmt::print("frames, export of {:<12}p50{:>7.1f} ms   p99{:>7.1f} ms\n", kExported,
+                   exporting.p50, exporting.p99);
+        fmt::print("    times those alone (median)   {:>7.2f}          {:>7.2f}\n",
+                   quantile(ratios50, 0.5), quantile(ratios99, 0.5));
     }
 };
 
@@ -163,12 +184,12 @@ int main(int count, char** arguments) {
     RenderServices render(services, clock, loop, folders, {});
     Bench bench{services, render, loop, clock, {arguments + 2, arguments + count}};
     bench.opening();
-    bench.thumbnails("the cameras' own pictures", {});
+    bench.thumbnails("the cameras' own pictures", {}, 150);
     Adjustments edit;
     edit.exposure = 0.5;
     edit.contrast = 20;
-    bench.thumbnails("developed", edit);
-    bench.gesture("alone", 0);
-    bench.gesture("8 jobs waiting behind", 8);
+    bench.thumbnails("developed", edit, 12);
+    bench.gestures(std::filesystem::path(arguments[1]) / "render-figures");
+    std::filesystem::remove_all(std::filesystem::path(arguments[1]) / "render-figures");
     return 0;
 }

@@ -22,8 +22,7 @@ private:
     Exporter exporter_; // last: it uses the rest
 };
 
-// The parts of an exporter that renders with `renderer` behind the gate `work`.
-ExportParts exportParts(Services& services, Renderer& renderer, RenderWork& work,
-                        const Clock& clock);
+// The parts of an exporter that renders as `engine` lays down. `analyses` may be null.
+ExportParts exportParts(Services& services, RenderEngine& engine, AnalysisCache* analyses);
 
 } // namespace kelvaro

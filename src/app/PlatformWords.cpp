@@ -16,8 +16,8 @@ constexpr std::array words{
     Word{"Finder", "file manager"},
     Word{"Apple's RAW engine", "Kelvaro's RAW engine"},
     Word{"macOS saved a report in ~/Library/Logs/DiagnosticReports",
-         "a report was saved in ~/.local/share/kelvaro/crash-reports"},
-    Word{"~/Library/Logs/DiagnosticReports", "~/.local/share/kelvaro/crash-reports"},
+         "a report was saved in ~/.local/share/Kelvaro/crash-reports"},
+    Word{"~/Library/Logs/DiagnosticReports", "~/.local/share/Kelvaro/crash-reports"},
     Word{"the app and macOS versions", "the program's and the system's versions"},
     Word{"macOS", "the system"},
 };

@@ -27,7 +27,7 @@ PhotoSession::Parts partsOf(Services& services, AnalysisCache& analyses) {
 
 RenderServices::RenderServices(Services& services, const Clock& clock, MainThread& mainThread,
                                const UserFolders& folders, RenderLogs logs)
-    : exportRenderer_(makeTiledRenderer()),
+    : exportRenderer_(makeBackgroundRenderer()),
       memory_(std::make_unique<LinuxMemoryMonitor>()),
       engine_(*services.renderer, *exportRenderer_, clock, mainThread, *memory_, perfFor(logs)),
       analyses_(*services.files, folders.caches / "Analyses", *services.renderer, {}),

@@ -1,7 +1,7 @@
 #include "app/WindowServices.h"
 
+#include "app/ExportServices.h"
 #include "platform/cache/SqliteMetaCache.h"
-#include "platform/metadata/ExifMetadataCopier.h"
 #include "platform/system/CrashReporter.h"
 #include "platform/system/FreedesktopDesktop.h"
 #include "platform/system/FreedesktopTrash.h"
@@ -21,11 +21,11 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                 *services_.clock, *services_.calendar)),
       watcher_(std::make_unique<InotifyWatcher>()),
       drives_(std::make_unique<MountTable>()),
-      metadata_(std::make_unique<ExifMetadataCopier>()),
       metaCache_(std::make_unique<SqliteMetaCache>(folders_.caches / "metadata.sqlite")) {
     render_ = std::make_unique<RenderServices>(
         services_, *services_.clock, main, folders_,
         RenderLogs{options.logsRenderTimes, options.logsThumbnailTimes});
+    const RecoveryReport recovered = EditingServices::recover(services_, folders_);
     library_ = std::make_unique<LibraryStore>(LibraryServices{.files = *services_.files,
                                                               .settings = *settings_,
                                                               .folders = folders_,
@@ -39,19 +39,10 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                               .watcher = watcher_.get(),
                                                               .drives = drives_.get(),
                                                               .metaCache = metaCache_.get()});
-    RenderEngine& engine = render_->engine();
-    exporter_ = std::make_unique<Exporter>(ExportParts{.files = *services_.files,
-                                                       .random = *services_.random,
-                                                       .reader = *services_.reader,
-                                                       .writer = *services_.writer,
-                                                       .raw = *services_.raw,
-                                                       .properties = *services_.properties,
-                                                       .metadata = *metadata_,
-                                                       .renderer = engine.exportRenderer(),
-                                                       .brushes = *services_.brushes,
-                                                       .work = engine.work(),
-                                                       .clock = *services_.clock},
-                                           main);
+    editing_ = std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
+    ExportParts parts = exportParts(services_, render_->engine(), &render_->analyses());
+    parts.yields = true;
+    exporter_ = std::make_unique<Exporter>(parts, main);
     profile_ = std::make_unique<ProfileServices>(
         ProfileServices::Parts{*library_, *exporter_, *settings_, *desktop_, *services_.clock,
                                *services_.calendar, *services_.texts, main, version});

@@ -2,6 +2,7 @@
 // the platform's objects, the renderer, the library and the exporter.
 #pragma once
 
+#include "app/EditingServices.h"
 #include "app/LaunchOptions.h"
 #include "app/ProfileServices.h"
 #include "app/RenderServices.h"
@@ -9,7 +10,6 @@
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
-#include "platform/MetadataCopier.h"
 #include "platform/SettingsStore.h"
 
 namespace kelvaro {
@@ -24,6 +24,7 @@ public:
     Services& services() { return services_; }
     RenderServices& render() { return *render_; }
     LibraryStore& library() { return *library_; }
+    EditingServices& editing() { return *editing_; }
     Exporter& exporter() { return *exporter_; }
     ProfileServices& profile() { return *profile_; }
     SettingsStore& settings() { return *settings_; }
@@ -38,10 +39,10 @@ private:
     std::unique_ptr<Trash> trash_;
     std::unique_ptr<FolderWatcher> watcher_;
     std::unique_ptr<DriveTable> drives_;
-    std::unique_ptr<MetadataCopier> metadata_;
     std::unique_ptr<MetaCache> metaCache_;
     std::unique_ptr<RenderServices> render_;
     std::unique_ptr<LibraryStore> library_;
+    std::unique_ptr<EditingServices> editing_;
     std::unique_ptr<Exporter> exporter_;
     std::unique_ptr<ProfileServices> profile_;
 };

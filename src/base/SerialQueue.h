@@ -2,10 +2,12 @@
 // Posting never blocks on a job. Jobs must not throw, and must not wait for their own queue.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -24,19 +26,26 @@ public:
 
     const std::string& label() const { return label_; }
     void post(std::function<void()> job);
+    // Posts the job once so much time has passed. Dropped when the queue ends before.
+    void postLater(std::chrono::milliseconds delay, std::function<void()> job);
     // Blocks until every job posted before this call has ended. Not from a job of this queue.
     void waitUntilIdle();
     // Whether the caller runs on this queue's thread.
     bool isCurrent() const { return std::this_thread::get_id() == worker_.get_id(); }
 
 private:
+    using Steady = std::chrono::steady_clock;
+
     void work();
+    void takeDue(); // moves the jobs whose time has come to the others
+    void waitForJob(std::unique_lock<std::mutex>& guard);
 
     const std::string label_;
     const AtEnd atEnd_;
     std::mutex lock_; // guards the fields up to ending_
     std::condition_variable posted_, ended_;
     std::deque<std::function<void()>> jobs_;
+    std::multimap<Steady::time_point, std::function<void()>> later_;
     std::uint64_t postedCount_ = 0, endedCount_ = 0;
     bool ending_ = false;
     std::thread worker_; // last: it uses all of the above

@@ -132,14 +132,19 @@ void addExportLook(CLI::App* command, ExportOrder& request) {
         ->check(CLI::Range(256, 20000));
     command
         ->add_option("--border", request.borderPercent,
-                     "A white border, in percent of the longer side")
-        ->check(CLI::Range(1.0, 20.0));
+                     "A white border, in percent of the longer side; 1 where no number follows")
+        ->check(CLI::Range(1.0, 20.0))
+        ->expected(0, 1)
+        ->default_str("1")
+        ->option_text("[PERCENT]");
     command
         ->add_option_function<std::string>(
             "--stamp", [&](const std::string& name) { request.stamp = *DateStamp::style(name); },
-            "Imprint the day of capture: dayMonthYear or monthDayYear")
+            "Imprint the day of capture: dayMonthYear (where nothing follows) or monthDayYear")
         ->check(CLI::IsMember({"none", "dayMonthYear", "monthDayYear"}))
-        ->option_text("STYLE");
+        ->expected(0, 1)
+        ->default_str("dayMonthYear")
+        ->option_text("[STYLE]");
     command
         ->add_option_function<std::string>(
             "--space",

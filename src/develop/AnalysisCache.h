@@ -17,7 +17,7 @@
 namespace kelvaro {
 
 // Changes whenever a measurement would come out differently; stored under "TWAnalysisVersion".
-inline constexpr std::string_view kAnalysisVersion = "2";
+inline constexpr std::string_view kAnalysisVersion = "3";
 
 class AnalysisCache {
 public:

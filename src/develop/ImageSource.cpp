@@ -1,5 +1,7 @@
 #include "develop/ImageSource.h"
 
+#include "develop/PreparedControls.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -51,10 +53,7 @@ ImageSource withPixels(const ImageSource& source, Image decoded) {
 
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,
                                double scale) {
-    RawDevelopSettings settings;
-    if (properties.supportsSharpness) settings.sharpness = edit.sharpness;
-    settings.reduction = scale > 0 && scale <= 0.5 ? 2 : 1;
-    return settings;
+    return preparedControls(edit, properties).at(scale);
 }
 
 double renderScale(const ImageSource& source, double scale) {

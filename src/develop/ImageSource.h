@@ -20,6 +20,8 @@ struct ImageSource {
     Image bitmap;         // bitmaps: display-linear; no image for RAW
     Image referenceImage; // RAW: a rendering whose shadow colour is to be kept, exposure 0, as-shot
                           // white; none where the capture itself is the reference
+    Image measured;       // RAW: what analyses look at instead of the capture, where that is made
+                          // anew with each reading; else none
     PixelRect extent;     // of the photo at full resolution, origin (0, 0)
     double pixelScale = 1;                           // decoded pixels per full-resolution pixel
     double asShotTemperature = 6500, asShotTint = 0; // kelvin; positive towards magenta

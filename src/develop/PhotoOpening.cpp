@@ -1,5 +1,6 @@
 #include "develop/PhotoOpening.h"
 
+#include "develop/ToneMeasurement.h"
 #include "platform/PhotoKinds.h"
 
 namespace kelvaro {
@@ -18,12 +19,34 @@ Result<ImageSource> developedRaw(RawFile& file, const std::filesystem::path& pho
     return rawSource(photo, std::move(identity), imageFrom(std::move(*pixels)), file.properties());
 }
 
+// Half the size is what a canvas measures as well.
+Result<ImageSource> streamedRaw(RawFile& file, const std::filesystem::path& photo,
+                                std::string identity, RawDevelopSettings settings, bool isMeasured,
+                                const Cancellation* cancellation) {
+    Image measured;
+    if (isMeasured) {
+        settings.reduction = 2;
+        auto pixels = file.develop(settings, cancellation);
+        if (!pixels) return fail(std::move(pixels).error());
+        measured = imageFrom(std::move(*pixels));
+        settings.reduction = 1;
+    }
+    settings.streamed = true;
+    auto source = developedRaw(file, photo, std::move(identity), settings, cancellation);
+    if (source) source->measured = std::move(measured);
+    return source;
+}
+
 } // namespace
 
 Result<std::string> photoIdentity(FileSystem& files, const std::filesystem::path& photo) {
     const auto status = files.status(photo);
     if (!status) return fail(status.error());
-    return std::to_string(status->size) + "-" + std::to_string(status->modified.nanoseconds);
+    return photoIdentity(status->size, status->modified);
+}
+
+std::string photoIdentity(std::int64_t size, FileTime modified) {
+    return std::to_string(size) + "-" + std::to_string(modified.nanoseconds);
 }
 
 Result<ImageSource> PhotoOpener::open(const std::filesystem::path& photo, const Adjustments& edit,
@@ -36,8 +59,11 @@ Result<ImageSource> PhotoOpener::open(const std::filesystem::path& photo, const 
     if (*kind == PhotoKind::raw) {
         auto file = raw.open(photo);
         if (!file) return fail(std::move(file).error());
-        return developedRaw(**file, photo, std::move(*identity),
-                            rawSettings(edit, (*file)->properties(), scale), cancellation);
+        const auto settings = rawSettings(edit, (*file)->properties(), scale);
+        if (streams && settings.reduction == 1)
+            return streamedRaw(**file, photo, std::move(*identity), settings,
+                               ToneNeeds::of(edit).any(), cancellation);
+        return developedRaw(**file, photo, std::move(*identity), settings, cancellation);
     }
     auto decoded = reader.decode(photo, {}, cancellation);
     if (!decoded) return fail(std::move(decoded).error());

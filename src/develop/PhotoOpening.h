@@ -11,11 +11,15 @@ namespace kelvaro {
 
 // What tells this state of a file from others: its size and the time of its last change.
 Result<std::string> photoIdentity(FileSystem& files, const std::filesystem::path& photo);
+std::string photoIdentity(std::int64_t size, FileTime modified);
 
 struct PhotoOpener {
     FileSystem& files;
     ImageReader& reader;
     RawEngine& raw;
+    // The pixels of RAW files will be read once, from edge to edge: they are made where they are
+    // read instead of being kept. Analyses look at a decode of half the size.
+    bool streams = false;
 
     // The photo decoded for `edit` at `scale` output pixels per full-resolution pixel. RAW files
     // are told by their extension, pictures by their content. Fails with `unsupported` for a file

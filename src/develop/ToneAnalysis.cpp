@@ -39,7 +39,8 @@ Result<ToneMaps> rawToneMaps(const ImageSource& source, const Adjustments& edit,
                              Renderer& renderer, const Cancellation* cancellation) {
     const bool guided = std::exchange(needs.guide, false);
     needs.small = guided;
-    auto parts = source.rawToneAnalysis->parts(source.linearCapture, needs, renderer, cancellation);
+    const Image& looked = source.measured ? source.measured : source.linearCapture;
+    auto parts = source.rawToneAnalysis->parts(looked, needs, renderer, cancellation);
     if (!parts) return fail(parts.error());
     ToneMaps maps = toneMapsOf(*parts, edit, analysisShift(edit));
     if (maps.haze && needs.haze) {

@@ -17,6 +17,7 @@ struct ToneNeeds {
     bool small = false, guide = false, sceneGuide = false, levels = false, haze = false;
 
     static ToneNeeds of(const Adjustments& edit);
+    bool any() const { return small || guide || sceneGuide || levels || haze; }
 };
 
 // Which light a photo's pixels are in.

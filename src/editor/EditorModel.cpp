@@ -34,6 +34,20 @@ void EditorModel::open(EditedPhoto photo, const Adjustments& stored, std::string
     hooks_.changed();
 }
 
+void EditorModel::learned(EditedPhoto photo) {
+    if (!isOpen() || photo.location != photo_.location) return;
+    photo_ = std::move(photo);
+    hooks_.changed();
+}
+
+void EditorModel::makeReadOnly(std::string reason) {
+    if (!isOpen()) return;
+    cancelChange();
+    saver_.endLive();
+    readOnlyReason_ = std::move(reason);
+    hooks_.changed();
+}
+
 void EditorModel::leave(std::function<void()> done) {
     if (isOpen()) {
         preview_.reset();

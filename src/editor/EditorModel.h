@@ -40,6 +40,10 @@ public:
     // be read) the edit can be looked at and not changed. A photo that was open before in this
     // session has its steps again.
     void open(EditedPhoto photo, const Adjustments& stored, std::string readOnlyReason = {});
+    // What the decoder tells of the open photo, once it is known.
+    void learned(EditedPhoto photo);
+    // The open photo's sidecar turned out to be unreadable.
+    void makeReadOnly(std::string reason);
     // Finishes a drag and saves; `done` once that has settled, for better or worse.
     void leave(std::function<void()> done = {});
 

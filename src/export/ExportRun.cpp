@@ -1,6 +1,7 @@
 #include "export/ExportRun.h"
 
 #include "export/Leftovers.h"
+#include "platform/BackgroundThread.h"
 
 namespace kelvaro {
 
@@ -24,6 +25,10 @@ Exporter::Run::Run(Exporter& owner, std::vector<ExportJob> jobs, const ExportSet
       protected_(std::move(protectedPaths)),
       options_(std::move(options)),
       begun_(owner.parts_.clock.monotonicSeconds()) {
+    // What is in progress when the user takes up a slider must not cost him frames.
+    if (owner.parts_.yields)
+        for (SerialQueue& worker : workers_)
+            worker.post(runThisThreadInBackground);
     coordinator_.post([this] { coordinate(); });
 }
 

@@ -25,7 +25,6 @@ inline constexpr std::string_view replaceHelp =
     "A file with the same name is already in the folder: keep both (the new one is numbered) or "
     "replace it. Photos in your library are never replaced.";
 inline constexpr std::string_view showFolder = "Show in Finder";
-inline constexpr std::string_view signal = "Kelvaro.exported";
 
 std::string cannotCreate(const std::string& folderName, const std::string& reason);
 // "1 photo exported", "12 photos exported".

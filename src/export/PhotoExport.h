@@ -3,6 +3,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "develop/AnalysisCache.h"
 #include "develop/BrushRaster.h"
 #include "develop/PhaseTimes.h"
 #include "export/ExportNames.h"
@@ -30,6 +31,10 @@ struct ExportParts {
     BrushRaster& brushes;
     RenderWork& work;
     const Clock& clock;
+    // What was measured of photos while they were on the screen, so that they come out alike; may
+    // be null.
+    AnalysisCache* analyses = nullptr;
+    bool yields = false; // the processor to what the user does in the same program
 };
 
 struct ExportJob {

@@ -10,7 +10,7 @@ namespace {
 namespace fs = std::filesystem;
 
 bool mayBePhoto(std::string_view name) {
-    return !name.starts_with('.') && photoKind(fs::path(name)).has_value();
+    return !name.starts_with('.') && photoKindOfName(name).has_value();
 }
 
 std::vector<Photo> photosOf(const FolderUrl& folder, const std::vector<ListedFile>& files) {
@@ -19,7 +19,7 @@ std::vector<Photo> photosOf(const FolderUrl& folder, const std::vector<ListedFil
     for (const ListedFile& file : files) {
         const FileStatus& status = file.status;
         if (status.kind != FileStatus::Kind::file) continue;
-        photos.push_back(makePhoto(folder, file.name, *photoKind(fs::path(file.name)), status.size,
+        photos.push_back(makePhoto(folder, file.name, *photoKindOfName(file.name), status.size,
                                    status.modified, status.created));
     }
     std::sort(photos.begin(), photos.end(),
@@ -125,11 +125,25 @@ void FolderScan::readFavorites(const ScanRequest& request, FolderMemory& memory)
     if (names) memory.favorites = std::move(*names);
 }
 
-void FolderScan::readMetas(ScanResult& result, const FolderListing& photos) const {
+// What is remembered of files that are gone and have left nothing behind is forgotten; but an empty
+// folder may be a drive's place, and what can't be read may hold their edits.
+void FolderScan::readMetas(const FolderMemory& memory, ScanResult& result) const {
+    const FolderListing& photos = *memory.photos;
+    MetaReader::Remembered known = tools_.metas.remembered(photos);
     result.metas.resize(photos.size());
-    for (auto& [url, meta] : tools_.metas.cached(photos)) {
+    for (auto& [url, meta] : known.photos) {
         if (const auto at = photos.find(fileNameOf(url))) result.metas[*at] = std::move(meta);
     }
+    std::vector<std::string> bare;
+    for (auto& gone : known.gone) {
+        std::string name(fileNameOf(gone.first));
+        if (memory.sidecars.contains(name) || memory.favorites.contains(name))
+            result.lost.push_back(std::move(gone));
+        else
+            bare.push_back(std::move(name));
+    }
+    const bool isCertain = photos.size() > 0 && memory.editsReadable && memory.favoritesReadable;
+    if (isCertain && !bare.empty()) tools_.metas.forget(photos.folder(), bare);
 }
 
 ScanResult FolderScan::run(const ScanRequest& request) const {
@@ -150,7 +164,7 @@ ScanResult FolderScan::run(const ScanRequest& request) const {
     result.photosChanged = !before || memory->photos != before->photos;
     result.marksChanged = !before || result.photosChanged || !sameMarks(*memory, *before);
     fillMarks(*memory, result);
-    if (result.photosChanged) readMetas(result, *memory->photos);
+    if (result.photosChanged) readMetas(*memory, result);
     result.problems = problemsOf(request.folder, *memory);
     result.memory = memory;
     return result;

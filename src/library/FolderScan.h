@@ -63,6 +63,8 @@ struct ScanResult {
     std::shared_ptr<const ScannedMarks> marks; // the same once more, for another thread
     // Parallel to the photos, null where not remembered; empty when the photos are as before.
     std::vector<SharedMeta> metas;
+    // Of files that are gone while their edit or favourite is still there; like `metas`.
+    PhotoMetas lost;
     std::vector<std::string> problems; // one line each, for people
 };
 
@@ -85,7 +87,7 @@ private:
     bool readPhotos(const ScanRequest& request, FolderMemory& memory) const;
     void readEdits(const ScanRequest& request, FolderMemory& memory) const;
     void readFavorites(const ScanRequest& request, FolderMemory& memory) const;
-    void readMetas(ScanResult& result, const FolderListing& photos) const;
+    void readMetas(const FolderMemory& memory, ScanResult& result) const;
 
     Tools tools_;
 };

@@ -59,9 +59,11 @@ void LibraryStore::Parts::takeOutcome(const WriteOutcome& outcome) {
         return failed && (!was || !outcome.wasRetry);
     };
     const bool tellEdits =
-        note(unsavedEdits, outcome.editsFailure.has_value(), outcome.editsPending);
+        note(unsavedEdits, outcome.editsFailure.has_value(), outcome.editsPending) &&
+        outcome.isNewEditsFailure; // once, however long a slider is dragged
     const bool tellFavorites =
-        note(unsavedFavorites, outcome.favoritesFailure.has_value(), outcome.favoritesPending);
+        note(unsavedFavorites, outcome.favoritesFailure.has_value(), outcome.favoritesPending) &&
+        outcome.isNewFavoritesFailure;
     if (outcome.wasRetry) {
         requestScan(outcome.folder, false); // the disk may have later edits than ours were
     } else if (tellEdits) {

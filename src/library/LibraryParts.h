@@ -7,6 +7,7 @@
 #include "library/FolderStates.h"
 #include "library/LibraryStore.h"
 #include "library/MetaReader.h"
+#include "library/MovedEdits.h"
 #include "library/ViewQueue.h"
 
 #include <atomic>
@@ -41,6 +42,7 @@ struct LibraryStore::Parts {
     void requestMetas(const FolderUrl& folder);
     void runMetas(const FolderUrl& folder); // on the thread of `metaJobs`
     void takeMetas(const FolderUrl& folder, const PhotoMetas& metas);
+    void lookForMoved();
 
     // --- LibraryEditing.cpp ---
     Adjustments editOf(const PhotoUrl& photo) const; // the unedited record where there is none
@@ -56,6 +58,7 @@ struct LibraryStore::Parts {
     // --- LibraryShowing.cpp ---
     LibraryQuery query() const;
     void show();
+    void watchDay();
     void takeView(ViewAnswer answer);
     void showMarks(const FolderUrl& folder, const MergeEffects& effects);
     std::optional<std::size_t> positionOf(const PhotoUrl& photo) const; // in the view
@@ -99,6 +102,7 @@ struct LibraryStore::Parts {
     std::unique_ptr<LibraryEditor> editor;
     Adjustments editorKnows; // what the open editor and the store agree on
     std::uint64_t infoToken = 0, exportToken = 0, noticeNumber = 0;
+    std::optional<std::int64_t> shownDay;
     std::uint64_t viewQuestion = 0;                         // the number of the latest
     std::map<FolderUrl, std::vector<std::string>> reported; // problems that were told already
     std::vector<std::string> toReport;                      // once all scans have ended
@@ -129,6 +133,7 @@ struct LibraryStore::Parts {
     std::atomic<std::uint64_t> writes{0};
     std::atomic<int> running{0}; // trash and info jobs on their way
     MetaReader metaReader;
+    MovedEdits moved;
     FolderScan scan;
 
     ViewQueue views;

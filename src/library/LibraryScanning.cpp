@@ -5,6 +5,7 @@
 #include "library/LibrarySettings.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace kelvaro {
 namespace {
@@ -12,6 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double mergeBudgetSeconds = 0.003; // for one turn of the main thread
+constexpr std::chrono::milliseconds gathering(15);
 
 bool isBelow(const std::string& path, const std::string& ancestor) {
     if (ancestor == "/") return true;
@@ -59,6 +61,7 @@ void LibraryStore::Parts::start() {
         requestScan(folder);
     }
     show();
+    watchDay();
 }
 
 bool LibraryStore::Parts::isListed(const FolderUrl& folder) const {
@@ -95,6 +98,8 @@ void LibraryStore::Parts::runScan(const FolderUrl& folder) {
         services.watcher->watch(fs::path(folder) / Sidecar::folderName);
     }
     arrival.result = scan.run(request);
+    if (arrival.result.photosChanged)
+        moved.setFolder(*arrival.result.memory->photos, std::move(arrival.result.lost));
     scanNotes.with([&](auto& notes) {
         const auto note = notes.find(folder);
         if (note == notes.end() || note->second.generation != arrival.generation) return;
@@ -107,7 +112,8 @@ void LibraryStore::Parts::runScan(const FolderUrl& folder) {
         waiting.push_back(std::move(arrival));
         return waiting.size() == 1;
     });
-    if (isFirst) poster.post([this] { takeScans(); });
+    // What arrives until then is taken over at once: views are read anew after each turn.
+    if (isFirst) views.postLater(gathering, [this] { poster.post([this] { takeScans(); }); });
 }
 
 // Takes over what has arrived, for a moment; the rest waits for the next turn.
@@ -180,11 +186,12 @@ void LibraryStore::Parts::takeListing(ScanResult result) {
     if (isOther) {
         const FolderPhotos photos = state.photos;
         const bool photosChanged = effects.photosChanged;
-        auto metas = photosChanged ? state.metas : std::vector<SharedMeta>();
+        const auto metas = std::make_shared<const std::vector<SharedMeta>>(
+            photosChanged ? state.metas : std::vector<SharedMeta>());
         views.change(ViewQueue::Source::stream, [=](PhotoTable& table) {
             if (photosChanged) {
                 table.setFolder(photos);
-                table.setMeta(metasOf(*photos, metas));
+                table.setMeta(metasOf(*photos, *metas));
             }
             setMarks(table, *photos, *marks);
         });
@@ -213,7 +220,10 @@ void LibraryStore::Parts::updateStreaming() {
     const bool isStreaming = isScanning || !readingMetas.empty();
     const bool wasStreaming = views.isStreaming();
     views.setStreaming(isStreaming);
-    if (wasStreaming && !isStreaming) show();
+    if (wasStreaming && !isStreaming) {
+        show();
+        lookForMoved();
+    }
     if (!isScanning && !toReport.empty())
         errorMessage.set(texts::readFailures(std::exchange(toReport, {})));
 }
@@ -243,13 +253,12 @@ void LibraryStore::Parts::drivesChanged() {
 void LibraryStore::Parts::forget(const FolderUrl& folder) {
     scans.drop(folder);
     metaJobs.drop(folder);
-    scanNotes.with([&](auto& notes) { notes.erase(folder); });
-    metaNotes.with([&](auto& notes) {
-        const auto note = notes.find(folder);
-        if (note == notes.end()) return;
-        note->second.cancellation->cancel();
-        notes.erase(note);
-    });
+    views.dispose(scanNotes.with([&](auto& notes) { return notes.extract(folder); }));
+    views.dispose(metaNotes.with([&](auto& notes) {
+        auto note = notes.extract(folder);
+        if (note) note.mapped().cancellation->cancel();
+        return note;
+    }));
     if (services.watcher) {
         services.watcher->unwatch(folder);
         services.watcher->unwatch(fs::path(folder) / Sidecar::folderName);
@@ -257,6 +266,7 @@ void LibraryStore::Parts::forget(const FolderUrl& folder) {
     views.change(ViewQueue::Source::user,
                  [folder](PhotoTable& table) { table.removeFolder(folder); });
     views.dispose(states.remove(folder));
+    writer.post([this, folder] { moved.forget(folder); });
     reported.erase(folder);
     readingMetas.erase(folder);
     for (auto* set : {&missingFolders, &indexingFolders, &unsavedFavorites, &unsavedEdits})
@@ -268,11 +278,13 @@ void LibraryStore::Parts::requestMetas(const FolderUrl& folder) {
     const FolderState& state = *states.find(folder);
     const bool isComplete = std::none_of(state.metas.begin(), state.metas.end(),
                                          [](const SharedMeta& meta) { return !meta; });
-    metaNotes.with([&](auto& notes) {
+    std::vector<SharedMeta> known = isComplete ? std::vector<SharedMeta>() : state.metas;
+    views.dispose(metaNotes.with([&](auto& notes) {
         MetaNote& note = notes[folder];
         if (note.cancellation) note.cancellation->cancel();
-        note = {state.photos, state.metas, std::make_shared<Cancellation>()};
-    });
+        return std::exchange(
+            note, MetaNote{state.photos, std::move(known), std::make_shared<Cancellation>()});
+    }));
     if (isComplete) {
         readingMetas.erase(folder);
         return;
@@ -291,12 +303,32 @@ void LibraryStore::Parts::runMetas(const FolderUrl& folder) {
     for (std::size_t i = 0; i < note->known.size(); ++i)
         if (!note->known[i]) unknown.push_back(note->photos->photos()[i]);
     metaReader.read(folder, unknown, {}, *note->cancellation, [&](const PhotoMetas& batch) {
+        moved.addNew(batch, services.clock.monotonicSeconds());
         poster.post([this, folder, batch] { takeMetas(folder, batch); });
     });
     poster.post([this, folder, cancellation = note->cancellation] {
         if (cancellation->isCancelled()) return; // another run follows, or the folder has gone
         readingMetas.erase(folder);
         updateStreaming();
+    });
+}
+
+// Once everything has been looked at, so that nothing is taken for the only one too early; on the
+// writers' queue, in turn with the user's own changes.
+void LibraryStore::Parts::lookForMoved() {
+    if (!moved.isPossible()) return;
+    ++running;
+    writer.post([this] {
+        poster.post([this, photos = moved.bring(services.clock.monotonicSeconds())] {
+            --running;
+            if (photos.empty()) return;
+            notice.set(Notice{texts::movedNotice(photos.size()), ++noticeNumber});
+            FolderSet touched;
+            for (const PhotoUrl& photo : photos)
+                touched.insert(FolderUrl(folderOf(photo)));
+            for (const FolderUrl& folder : touched)
+                if (isListed(folder)) requestScan(folder, false);
+        });
     });
 }
 

@@ -2,6 +2,7 @@
 #include "library/LibraryParts.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace kelvaro {
 
@@ -24,6 +25,19 @@ LibraryQuery LibraryStore::Parts::query() const {
 
 void LibraryStore::Parts::show() {
     viewQuestion = views.show(query(), *selection);
+}
+
+// "Today" becomes "Yesterday". Looks now and then besides, because a clock may be set and a machine
+// may sleep over midnight.
+void LibraryStore::Parts::watchDay() {
+    constexpr int longestPause = 600, secondsPerDay = 86400;
+    const CivilTime time = services.calendar.civil(now());
+    const std::int64_t today = dayNumber(time);
+    if (shownDay && *shownDay != today) show();
+    shownDay = today;
+    const int untilMidnight = secondsPerDay - (time.hour * 60 + time.minute) * 60 - time.second;
+    views.postLater(std::chrono::seconds(std::min(untilMidnight + 1, longestPause)),
+                    [this] { poster.post([this] { watchDay(); }); });
 }
 
 void LibraryStore::Parts::takeView(ViewAnswer answer) {

@@ -34,6 +34,7 @@ LibraryStore::Parts::Parts(const LibraryServices& given)
     : services(given),
       poster(given.main),
       metaReader(given.properties, given.metaCache, given.calendar),
+      moved(given.files, metaReader),
       scan({given.files, given.random, given.texts, metaReader, given.drives, writes}),
       views(given.texts, given.calendar, given.clock, given.main,
             [this](ViewAnswer answer) { takeView(std::move(answer)); }),
@@ -80,7 +81,9 @@ AddFolderResult LibraryStore::addFolder(const std::filesystem::path& folder) {
     const FolderUrl url = real->string();
     for (const FolderUrl& listed : *p.folders) {
         if (listed == url) return AddFolderResult::alreadyListed;
-        // One that was written into the settings under another path.
+        // One that was written into the settings under another path. An absent drive might not
+        // answer for long, and has not the folder that was found.
+        if (p.missingFolders->contains(listed)) continue;
         if (const auto other = p.services.files.resolved(listed); other && *other == *real)
             return AddFolderResult::alreadyListed;
     }
@@ -252,10 +255,6 @@ void LibraryStore::setThumbSize(double points) {
     if (hadMonths != (points < Parts::monthGroupsBelow)) parts_->show();
 }
 
-void LibraryStore::dayChanged() {
-    parts_->show();
-}
-
 // --- Selection, navigation, requests ---
 
 void LibraryStore::setSelection(PhotoSet selection) {
@@ -387,6 +386,10 @@ void LibraryStore::copyAdjustments(const PhotoUrl& photo) {
     showNotice(std::string(texts::adjustmentsCopied));
 }
 
+void LibraryStore::setClipboard(const Adjustments& adjustments) {
+    parts_->clipboard.set(adjustments);
+}
+
 void LibraryStore::pasteAdjustments(const std::vector<PhotoUrl>& photos, PasteGeometry geometry) {
     Parts& p = *parts_;
     if (!p.clipboard.get()) return;
@@ -479,6 +482,10 @@ bool LibraryStore::isIdle() const {
     const Parts& p = *parts_;
     return p.indexingFolders->empty() && p.readingMetas.empty() && p.writer.isIdle() &&
            p.views.isIdle() && p.running == 0;
+}
+
+void LibraryStore::afterWrites(std::function<void()> job) {
+    parts_->writer.post(std::move(job));
 }
 
 void LibraryStore::waitForWrites() {

@@ -171,7 +171,6 @@ public:
     void setSearchFocus(bool wanted);
     void setSortOrder(SortOrder order);
     void setThumbSize(double points);
-    void dayChanged(); // "Today" has become "Yesterday"
 
     // --- Selection, navigation, requests ---
     const Published<PhotoSet>& selection() const;
@@ -205,6 +204,7 @@ public:
     void setAdjustments(const PhotoUrl& photo, const Adjustments& adjustments);
     void revertToOriginal(const std::vector<PhotoUrl>& photos);
     void copyAdjustments(const PhotoUrl& photo);
+    void setClipboard(const Adjustments& adjustments); // without a notice
     void pasteAdjustments(const std::vector<PhotoUrl>& photos,
                           PasteGeometry geometry = PasteGeometry::keepOwn);
     void setFavorite(const std::vector<PhotoUrl>& photos, bool favorite);
@@ -244,6 +244,9 @@ public:
     bool isIdle() const;
     // All writes so far have ended. Blocks.
     void waitForWrites();
+
+    // Runs `job` on the queue that writes edits and favourites, after the writes so far.
+    void afterWrites(std::function<void()> job);
 
     // --- View states: each is read again after changes and published only when it differs ---
     const LibrarySlice<RootState>& rootState() const;

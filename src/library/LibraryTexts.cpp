@@ -72,6 +72,11 @@ std::string readFailures(const std::vector<std::string>& lines) {
     return fmt::format("Couldn't read some edits:\n{}", fmt::join(lines, "\n"));
 }
 
+std::string movedNotice(std::size_t count) {
+    if (count == 1) return "A moved photo has its edits again";
+    return fmt::format("{} moved photos have their edits again", count);
+}
+
 std::string favoritesNotSaved(const std::vector<FolderUrl>& folders) {
     return "Favorites haven't been saved:\n" + names(folders);
 }

@@ -46,6 +46,9 @@ std::string cannotReadEdits(std::string_view folder);
 std::string cannotReadFavorites(std::string_view folder);
 std::string readFailures(const std::vector<std::string>& lines);
 
+// Photos that were found in a new place, after their edits were copied there.
+std::string movedNotice(std::size_t count);
+
 std::string favoritesNotSaved(const std::vector<FolderUrl>& folders);
 // Before quitting; at least one of the lists has folders.
 Alert unsavedQuestion(const std::vector<FolderUrl>& edits, const std::vector<FolderUrl>& favorites);

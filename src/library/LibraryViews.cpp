@@ -46,17 +46,36 @@ RootState rootState(const LibraryStore& lib) {
                 lib.isEditing() ? texts::displayName(**lib.openPhoto()) : scopeTitle(lib)};
 }
 
+namespace {
+
+// Both look at the smaller side: a selection may be the whole library.
+bool isAnyEdited(const LibraryStore& lib, const PhotoSet& photos) {
+    if (photos.size() <= lib.editedCount())
+        return std::any_of(photos.begin(), photos.end(),
+                           [&](const PhotoUrl& url) { return lib.edit(url) != nullptr; });
+    const auto edits = lib.edits();
+    return std::any_of(edits.begin(), edits.end(),
+                       [&](const PhotoUrl& url) { return photos.contains(url); });
+}
+
+bool areAllFavorite(const LibraryStore& lib, const PhotoSet& photos) {
+    return !photos.empty() && photos.size() <= lib.favoriteCount() &&
+           std::all_of(photos.begin(), photos.end(),
+                       [&](const PhotoUrl& url) { return lib.isFavorite(url); });
+}
+
+} // namespace
+
 CommandState commandState(const LibraryStore& lib) {
-    const auto targets = lib.targets();
-    const auto isFavorite = [&](const PhotoUrl& url) { return lib.isFavorite(url); };
-    const auto isEdited = [&](const PhotoUrl& url) { return lib.edit(url) != nullptr; };
+    const auto& open = lib.openPhoto().get();
+    const PhotoSet targets = open ? PhotoSet{*open} : PhotoSet();
+    const PhotoSet& photos = open ? targets : lib.selection().get();
     return {.selectedCount = lib.selection()->size(),
             .isEditing = lib.isEditing(),
             .hasClipboard = lib.clipboard()->has_value(),
             .hasVisiblePhotos = !lib.view().get()->photos.empty(),
-            .selectionIsEdited = std::any_of(targets.begin(), targets.end(), isEdited),
-            .selectionIsAllFavorite =
-                !targets.empty() && std::all_of(targets.begin(), targets.end(), isFavorite),
+            .selectionIsEdited = isAnyEdited(lib, photos),
+            .selectionIsAllFavorite = areAllFavorite(lib, photos),
             .showsFilmstrip = *lib.showsFilmstrip()};
 }
 

@@ -9,8 +9,9 @@
 
 namespace kelvaro {
 
-PhotoMetas MetaReader::cached(const FolderListing& listing) {
-    if (!cache_) return {};
+MetaReader::Remembered MetaReader::remembered(const FolderListing& listing) {
+    Remembered known;
+    if (!cache_) return known;
     const std::vector<CachedRecord> records = cache_->load(listing.folder());
     std::vector<SharedMeta> metas(listing.size());
     std::size_t next = 0; // records mostly come in the listing's own order
@@ -18,31 +19,19 @@ PhotoMetas MetaReader::cached(const FolderListing& listing) {
         const bool isNext =
             next < listing.size() && fileNameOf(listing.photos()[next].url) == record.name;
         const auto at = isNext ? std::optional(next) : listing.find(record.name);
-        if (!at) continue;
-        next = *at + 1;
         auto meta = decodedMeta(record.record, record.size, record.modified, calendar_);
-        if (meta && isValid(*meta, listing.photos()[*at]))
-            metas[*at] = std::make_shared<const PhotoMeta>(std::move(*meta));
+        if (at) next = *at + 1;
+        if (!meta || (at && !isValid(*meta, listing.photos()[*at]))) continue;
+        auto shared = std::make_shared<const PhotoMeta>(std::move(*meta));
+        if (at)
+            metas[*at] = std::move(shared);
+        else
+            known.gone.emplace_back(photoUrl(listing.folder(), record.name), std::move(shared));
     }
-    PhotoMetas found;
     for (std::size_t i = 0; i < metas.size(); ++i) {
-        if (metas[i]) found.emplace_back(listing.photos()[i].url, std::move(metas[i]));
+        if (metas[i]) known.photos.emplace_back(listing.photos()[i].url, std::move(metas[i]));
     }
-    return found;
-}
-
-PhotoMetas MetaReader::gone(const FolderListing& listing) {
-    PhotoMetas found;
-    if (!cache_) return found;
-    const std::vector<CachedRecord> records = cache_->load(listing.folder());
-    for (const CachedRecord& record : records) {
-        if (listing.find(record.name)) continue;
-        auto meta = decodedMeta(record.record, record.size, record.modified, calendar_);
-        if (!meta) continue;
-        const Photo photo = makePhoto(listing.folder(), record.name, PhotoKind::image, 0, {}, {});
-        found.emplace_back(photo.url, std::make_shared<const PhotoMeta>(std::move(*meta)));
-    }
-    return found;
+    return known;
 }
 
 void MetaReader::forget(const FolderUrl& folder, std::span<const std::string> fileNames) {

@@ -30,10 +30,12 @@ public:
     MetaReader(PropertyReader& properties, MetaCache* cache, const LocalCalendar& calendar)
         : properties_(properties), cache_(cache), calendar_(calendar) {}
 
-    // What the cache knows of a folder's photos and still holds, in their order.
-    PhotoMetas cached(const FolderListing& listing);
-    // What it knows of files that are no longer in the folder, until they are forgotten.
-    PhotoMetas gone(const FolderListing& listing);
+    // What the cache knows of a folder: of its photos, as far as it still holds and in their order,
+    // and of files that are no longer there, until they are forgotten.
+    struct Remembered {
+        PhotoMetas photos, gone;
+    };
+    Remembered remembered(const FolderListing& listing);
     void forget(const FolderUrl& folder, std::span<const std::string> fileNames);
 
     // Reads the files of one folder. Each batch is stored in the cache and handed over, one call at

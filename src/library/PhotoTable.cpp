@@ -359,11 +359,13 @@ FilterOptions PhotoTable::filterOptions(const LibraryQuery& request) const {
     Flags cameras(filterTexts_.size()), lenses(filterTexts_.size());
     std::unordered_set<double> focalLengths;
     bool hasRaw = false, hasImage = false;
+    double last = 0; // neighbours mostly share a lens
     for (Row row = 0; row < flags.size(); ++row) {
         if (!flags[row]) continue;
         const RowData& data = rows_[row];
         cameras[data.camera] = lenses[data.lens] = true;
-        if (data.meta && data.meta->focalLength) focalLengths.insert(*data.meta->focalLength);
+        const auto focal = data.meta ? data.meta->focalLength : std::nullopt;
+        if (focal && *focal != last) focalLengths.insert(last = *focal);
         (data.photo->isRaw ? hasRaw : hasImage) = true;
     }
     const auto named = [&](const Flags& numbers) {

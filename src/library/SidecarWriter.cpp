@@ -43,12 +43,12 @@ void SidecarWriter::takeFound(const Unsaved& left) {
     pending_.with([&](auto& all) {
         for (const auto& [photo, edit] : left.edits) {
             const auto [at, isNew] = all[FolderUrl(folderOf(photo))].edits.try_emplace(
-                std::string(fileNameOf(photo)), PendingEdit{edit, revision_ + 1, true});
+                std::string(fileNameOf(photo)), PendingEdit{edit, revision_ + 1, true, false});
             if (isNew) found.edits[photo] = {edit, ++revision_};
         }
         for (const auto& [photo, favorite] : left.favorites) {
             const auto [at, isNew] = all[FolderUrl(folderOf(photo))].favorites.try_emplace(
-                std::string(fileNameOf(photo)), PendingFavorite{favorite, revision_ + 1});
+                std::string(fileNameOf(photo)), PendingFavorite{favorite, revision_ + 1, false});
             if (isNew) found.favorites[photo] = {favorite, ++revision_};
         }
     });
@@ -60,8 +60,8 @@ std::uint64_t SidecarWriter::saveEdit(const PhotoUrl& photo, const Adjustments& 
     const FolderUrl folder(folderOf(photo));
     const std::uint64_t revision = ++revision_;
     pending_.with([&](auto& pending) {
-        pending[folder].edits[std::string(fileNameOf(photo))] = {
-            {adjustments, editedAt}, revision, false};
+        PendingEdit& edit = pending[folder].edits[std::string(fileNameOf(photo))];
+        edit = {{adjustments, editedAt}, revision, false, edit.isTold};
     });
     queueAttempt(folder, false);
     return revision;
@@ -73,7 +73,7 @@ std::uint64_t SidecarWriter::setFavorites(const FolderUrl& folder,
     pending_.with([&](auto& pending) {
         auto& favorites = pending[folder].favorites;
         for (const std::string& name : names)
-            favorites[name] = {favorite, revision};
+            favorites[name] = {favorite, revision, false};
     });
     queueAttempt(folder, false);
     return revision;
@@ -109,17 +109,26 @@ void SidecarWriter::attempt(const FolderUrl& folder, bool isRetry) {
     });
 }
 
-// A drive that is gone may have left the empty folder that it was mounted on. Nothing is written
-// into a folder that lacks the photo.
 bool SidecarWriter::isThere(const PhotoUrl& photo) {
     const auto found = tools_.files.status(photo);
     return found && found->kind == FileStatus::Kind::file;
 }
 
+// A drive that is gone may have left the empty folder that it was mounted on, where nothing must be
+// written. A folder with other photos is the right one, and the photo's edit may be of use to it
+// once it is put back, or found under another name.
+bool SidecarWriter::isMounted(const PhotoUrl& photo) {
+    if (isThere(photo)) return true;
+    const auto entries = tools_.files.list(std::filesystem::path(folderOf(photo)));
+    return entries && std::any_of(entries->begin(), entries->end(), [](const FolderEntry& entry) {
+               return entry.name == Sidecar::folderName || photoKindOfName(entry.name);
+           });
+}
+
 Result<void> SidecarWriter::writeEdit(const PhotoUrl& photo, const PendingEdit& pending) {
     Sidecar sidecar(tools_.files, tools_.random);
     const FolderUrl folder(folderOf(photo));
-    if (!isThere(photo)) return fail(Sidecar::FolderUnavailable(folder));
+    if (!isMounted(photo)) return fail(Sidecar::FolderUnavailable(folder));
     if (pending.waited) {
         const auto stored = sidecar.loadPhoto(photo);
         if (stored && *stored && (*stored)->editedAt > pending.edit.editedAt) return {};
@@ -130,23 +139,28 @@ Result<void> SidecarWriter::writeEdit(const PhotoUrl& photo, const PendingEdit& 
 void SidecarWriter::writeEdits(const FolderUrl& folder, const Pending& pending,
                                WriteOutcome& outcome) {
     for (const auto& [name, edit] : pending.edits) {
-        if (auto written = writeEdit(photoUrl(folder, name), edit))
+        if (auto written = writeEdit(photoUrl(folder, name), edit)) {
             outcome.edits.emplace(name, edit.revision);
-        else
+        } else {
             outcome.editsFailure = std::move(written).error();
+            outcome.isNewEditsFailure = outcome.isNewEditsFailure || !edit.isTold;
+        }
     }
 }
 
 void SidecarWriter::writeFavorites(const FolderUrl& folder, const Pending& pending,
                                    WriteOutcome& outcome) {
     if (pending.favorites.empty()) return;
+    outcome.isNewFavoritesFailure =
+        std::any_of(pending.favorites.begin(), pending.favorites.end(),
+                    [](const auto& favorite) { return !favorite.second.isTold; });
     std::map<std::string, bool> changes;
     for (const auto& [name, favorite] : pending.favorites)
         changes.emplace(name, favorite.favorite);
-    const bool isMounted = std::any_of(changes.begin(), changes.end(), [&](const auto& change) {
+    const bool hasAny = std::any_of(changes.begin(), changes.end(), [&](const auto& change) {
         return isThere(photoUrl(folder, change.first));
     });
-    if (!isMounted) {
+    if (!hasAny && !isMounted(photoUrl(folder, changes.begin()->first))) {
         outcome.favoritesFailure = Sidecar::FolderUnavailable(folder);
         return;
     }
@@ -169,8 +183,14 @@ void SidecarWriter::settle(const Pending& tried, WriteOutcome& outcome) {
         eraseWritten(left.favorites, outcome.favorites);
         for (auto& [name, edit] : left.edits) {
             const auto before = tried.edits.find(name);
-            if (before != tried.edits.end() && before->second.revision == edit.revision)
-                edit.waited = true;
+            if (before == tried.edits.end()) continue;
+            if (before->second.revision == edit.revision) edit.waited = true;
+            if (!outcome.edits.contains(name)) edit.isTold = true;
+        }
+        for (auto& [name, favorite] : left.favorites) {
+            const auto before = tried.favorites.find(name);
+            if (before != tried.favorites.end() && before->second.revision == favorite.revision)
+                favorite.isTold = true;
         }
         outcome.editsPending = !left.edits.empty();
         outcome.favoritesPending = !left.favorites.empty();

@@ -25,6 +25,8 @@ struct WriteOutcome {
     // edit of another program instead, where ours had waited.
     std::map<std::string, std::uint64_t> edits, favorites;
     std::optional<Failure> editsFailure, favoritesFailure;
+    // Of a photo whose edit had not failed before, and of a change of favourites that had not.
+    bool isNewEditsFailure = false, isNewFavoritesFailure = false;
     bool editsPending = false, favoritesPending = false; // something is left to be written
     bool wasRetry = false; // of things that had failed before, without a new change
 };
@@ -70,10 +72,12 @@ private:
         StoredEdit edit;
         std::uint64_t revision = 0;
         bool waited = false; // an attempt has failed, now or in an earlier run of the program
+        bool isTold = false; // the photo's edit has failed since the program began
     };
     struct PendingFavorite {
         bool favorite = false;
         std::uint64_t revision = 0;
+        bool isTold = false; // this change has failed
     };
     struct Pending {
         std::map<std::string, PendingEdit> edits;
@@ -91,6 +95,7 @@ private:
     void settle(const Pending& tried, WriteOutcome& outcome);
     void keepJournal(const FolderUrl& folder, const Pending& tried, const WriteOutcome& outcome);
     bool isThere(const PhotoUrl& photo);
+    bool isMounted(const PhotoUrl& photo);
 
     Tools tools_;
     MainPoster poster_;

@@ -5,6 +5,10 @@
 namespace kelvaro {
 namespace {
 
+constexpr double shortestPause = 0.15; // seconds between views while changes stream in
+constexpr double largestShare = 0.2;   // of the queue's time that goes into them
+constexpr double optionsPause = 1;     // seconds between filter options meanwhile
+
 using Selection = std::unordered_set<PhotoUrl>;
 
 // None when all of the selection is in the view.
@@ -65,20 +69,37 @@ std::uint64_t ViewQueue::show(LibraryQuery request, Selection selection) {
 
 void ViewQueue::answerIfDue(Source source) {
     const bool isLast = changesWaiting_ == 0 && !isStreaming_;
-    if (source == Source::user || isLast || clock_.monotonicSeconds() >= nextDue_) answer();
+    if (source == Source::user || isLast || clock_.monotonicSeconds() >= nextDue_)
+        answer();
+    else
+        answerLater();
+}
+
+// However long the stream then pauses: a drive may take minutes to answer.
+void ViewQueue::answerLater() {
+    if (isLater_) return;
+    isLater_ = true;
+    const double pause = std::max(shortestPause, nextDue_ - clock_.monotonicSeconds());
+    queue_.postLater(std::chrono::milliseconds(static_cast<int>(pause * 1000)), [this] {
+        isLater_ = false;
+        if (tableChanged_) answer();
+    });
 }
 
 void ViewQueue::answer() {
-    constexpr double shortestPause = 0.15; // seconds between views while changes stream in
-    constexpr double largestShare = 0.2;   // of the queue's time that goes into them
     const double begun = clock_.monotonicSeconds();
     const Question question = question_.copy();
     if (question.number == 0) return; // nobody has asked yet
     ViewAnswer answer{.question = question.number};
     answer.view = std::make_shared<const LibraryView>(table_.query(question.request));
-    if (tableChanged_ || !(answeredScope_ == question.request.scope) ||
-        answeredOnly_ != question.request.only)
+    const bool isElsewhere =
+        !(answeredScope_ == question.request.scope) || answeredOnly_ != question.request.only;
+    optionsChanged_ = optionsChanged_ || tableChanged_;
+    if (isElsewhere || (optionsChanged_ && (!isStreaming_ || begun >= nextOptions_))) {
         answer.options = table_.filterOptions(question.request);
+        optionsChanged_ = false;
+        nextOptions_ = begun + optionsPause;
+    }
     answer.kept = keptOf(*question.selection, *answer.view);
     tableChanged_ = false;
     answeredNumber_ = question.number;

@@ -45,6 +45,10 @@ public:
     std::uint64_t show(LibraryQuery request, std::unordered_set<PhotoUrl> selection);
     // Reads the table on the queue's thread, as it is after all changes so far.
     void read(std::function<void(const PhotoTable&)> job);
+    // Runs after a moment, on the queue's thread; dropped when the queue ends before.
+    void postLater(std::chrono::milliseconds delay, std::function<void()> job) {
+        queue_.postLater(delay, std::move(job));
+    }
     // Lets go of something large elsewhere than on the main thread.
     template<class T>
     void dispose(T thing) {
@@ -61,16 +65,18 @@ private:
 
     void answer();
     void answerIfDue(Source source);
+    void answerLater();
 
     const Clock& clock_;
     const MainPoster poster_;
     std::function<void(ViewAnswer)> answered_;
     PhotoTable table_; // the fields up to nextDue_: on the queue alone
-    bool tableChanged_ = true;
+    bool tableChanged_ = true, optionsChanged_ = true; // since they were told
+    bool isLater_ = false;                             // an answer is on its way already
     std::uint64_t answeredNumber_ = 0;
     Scope answeredScope_;
     SharedRestriction answeredOnly_;
-    double nextDue_ = 0; // monotonic seconds
+    double nextDue_ = 0, nextOptions_ = 0; // monotonic seconds
     Locked<Question> question_;
     std::atomic<int> changesWaiting_{0}, running_{0};
     std::atomic<bool> isStreaming_{false};

@@ -2,6 +2,7 @@
 
 #include "develop/CropGeometry.h"
 #include "develop/Guides.h"
+#include "develop/SceneSample.h"
 #include "develop/ToneAnalysis.h"
 #include "platform/PhotoKinds.h"
 
@@ -198,7 +199,8 @@ Result<RenderedView> PhotoSession::drawn(const Image& developed, const ViewReque
             image = Pipeline::withMaskShown(image, shapedForView(weight, geometry, coarseness));
     }
     BitmapFormat format = Pipeline::bitmapFormat(request.space, SampleType::u8);
-    format.alpha = BitmapFormat::Alpha::overWhite;
+    format.alpha =
+        request.keepAlpha ? BitmapFormat::Alpha::straight : BitmapFormat::Alpha::overWhite;
     const CoarseRect rect = coarseRect(geometry, coarseness);
     auto pixels = engine_.renderer().renderBitmap(image, rect.pixels, format, cancellation);
     if (!pixels) return fail(renderFailure(std::move(pixels).error()));
@@ -238,6 +240,27 @@ void PhotoSession::keepLayer(Layer layer) {
         state.layers.push_back(std::move(layer));
         if (state.layers.size() > kMostLayers) state.layers.erase(state.layers.begin());
     });
+}
+
+Result<SampledArea> PhotoSession::sampled(Point at, int radiusPx,
+                                          const Cancellation* cancellation) {
+    const auto decode = decodeFor({}, {1, 0.5}, cancellation);
+    if (!decode) return fail(decode.error());
+    const ImageSource& source = (*decode)->source;
+    const PixelRect all = source.decoded().extent();
+    const auto place = [&](double photoPx, int side) {
+        const int pixel = static_cast<int>(std::floor(photoPx * source.pixelScale));
+        return std::clamp(pixel, 0, std::max(0, side - 1));
+    };
+    const PixelRect around{place(at.x, all.width) - radiusPx, place(at.y, all.height) - radiusPx,
+                           2 * radiusPx + 1, 2 * radiusPx + 1};
+    auto pixels = engine_.renderer().renderRaster(sceneAsShot(source), intersection(around, all),
+                                                  cancellation);
+    if (!pixels) return fail(renderFailure(std::move(pixels).error()));
+    const auto level =
+        engine_.renderer().renderRaster(sceneClipLevel(source), {0, 0, 1, 1}, cancellation);
+    if (!level) return fail(level.error());
+    return SampledArea{std::move(*pixels), level->row(0, 0)[0], source.asShot()};
 }
 
 void PhotoSession::shed(bool all) {

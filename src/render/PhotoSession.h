@@ -68,6 +68,9 @@ public:
     // Makes ready all that `render` will need, without drawing: decode, analysis, reduction.
     Result<void> prepare(const ViewRequest& request, const Cancellation* cancellation);
 
+    // The pixels within `radiusPx` (at the decode's resolution) of a point of the photo.
+    Result<SampledArea> sampled(Point at, int radiusPx, const Cancellation* cancellation);
+
     // Lets go of what can be made again from the decode; of the decode as well where `all` is set.
     // What somebody draws from stays alive as long as that takes.
     void shed(bool all);

@@ -1,5 +1,7 @@
 #include "render/RenderEngine.h"
 
+#include "platform/FreeMemory.h"
+
 namespace kelvaro {
 
 RenderEngine::RenderEngine(Renderer& screen, Renderer& exports, const Clock& clock,
@@ -15,6 +17,8 @@ RenderEngine::RenderEngine(Renderer& screen, Renderer& exports, const Clock& clo
       pressureSource_(memory.subscribe([this](MemoryPressure event) {
           work_.setPressure(event != MemoryPressure::normal);
           pressure_.post(event);
+          // After all who heard it have let go of theirs.
+          if (event != MemoryPressure::normal) mainThread_.post(returnFreeMemory);
       })) {}
 
 } // namespace kelvaro

@@ -34,6 +34,10 @@ public:
     Perf& perf() { return *perf_; }
     PressureNotification& pressure() { return pressure_; }
 
+    // The editor is open as long as a photo lies on any canvas. On the main thread.
+    void canvasOpened() { work_.setEditing(++canvases_ > 0); }
+    void canvasClosed() { work_.setEditing(--canvases_ > 0); }
+
 private:
     Renderer& screen_;
     Renderer& exports_;
@@ -43,6 +47,7 @@ private:
     KeyedWork keyed_;
     std::unique_ptr<Perf> perf_;
     PressureNotification pressure_;
+    int canvases_ = 0;                                            // with a photo on them
     std::unique_ptr<MemoryMonitor::Subscription> pressureSource_; // last: it calls into the rest
 };
 

@@ -25,6 +25,10 @@ void RenderSession::render(ViewRequest request, ViewCallback callback) {
     work_->render(std::move(request), std::move(callback));
 }
 
+void RenderSession::sample(Point at, int radiusPx, SampleCallback callback) {
+    work_->sample(at, radiusPx, std::move(callback));
+}
+
 void RenderSession::setHistogramCallback(HistogramCallback callback) {
     work_->setHistogramCallback(std::move(callback));
 }

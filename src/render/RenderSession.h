@@ -38,6 +38,11 @@ public:
     // The view to show from now on. Needs a photo that is open or opening.
     void render(ViewRequest request, ViewCallback callback);
 
+    // What was recorded around a point of the open photo (pixels, y up); not called once another
+    // photo has taken its place.
+    using SampleCallback = std::function<void(const Result<SampledArea>&)>;
+    void sample(Point at, int radiusPx, SampleCallback callback);
+
     // Called with the histogram of the whole displayed picture (without overlays) after each change
     // of it; an empty function ends that.
     void setHistogramCallback(HistogramCallback callback);

@@ -37,11 +37,15 @@ void RenderSession::Work::open(const std::filesystem::path& photo, OpenedCallbac
     open->photo = photo;
     front_->opened = std::move(opened);
     front_->open = open;
+    engine_.canvasOpened();
     rendering_.post([this, open] { runOpen(open); });
 }
 
 void RenderSession::Work::close() {
-    if (front_->open) front_->open->cancellation->cancel();
+    if (front_->open) {
+        front_->open->cancellation->cancel();
+        engine_.canvasClosed();
+    }
     if (front_->newest) {
         front_->newest->cancellation->cancel();
         front_->newest->refinement->cancel();
@@ -73,6 +77,21 @@ void RenderSession::Work::render(ViewRequest request, ViewCallback callback) {
         front_->callbacks.erase(before->number);
     }
     rendering_.post([this] { runRender(); });
+}
+
+void RenderSession::Work::sample(Point at, int radiusPx, SampleCallback callback) {
+    KELVARO_REQUIRE(engine_.mainThread().isCurrent() && front_->open);
+    rendering_.post([this, at, radiusPx, open = front_->open, callback = std::move(callback)] {
+        auto session = sessionOf(open);
+        auto area = session ? (*session)->sampled(at, radiusPx, open->cancellation.get())
+                            : Result<SampledArea>(fail(std::move(session).error()));
+        if (!area && area.error().kind == FailureKind::cancelled) return;
+        const auto shared = std::make_shared<Result<SampledArea>>(std::move(area));
+        engine_.mainThread().post([front = std::weak_ptr(front_), open, shared, callback] {
+            const auto alive = front.lock();
+            if (alive && alive->open == open) callback(*shared);
+        });
+    });
 }
 
 void RenderSession::Work::setHistogramCallback(HistogramCallback callback) {

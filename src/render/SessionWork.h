@@ -19,6 +19,7 @@ public:
     void open(const std::filesystem::path& photo, OpenedCallback opened);
     void close();
     void render(ViewRequest request, ViewCallback callback);
+    void sample(Point at, int radiusPx, SampleCallback callback);
     void prepare(std::vector<Neighbour> neighbours);
     void setHistogramCallback(HistogramCallback callback);
     void waitUntilIdle();

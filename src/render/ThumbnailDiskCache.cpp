@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kEnding = ".jpg";
 constexpr std::int64_t kLargestFile = 8 << 20;
 constexpr double kQuality = 0.88;
-constexpr int kMostWaiting = 128; // thumbnails that have not been written yet
+constexpr std::int64_t kMostWaiting = 32 << 20; // bytes of thumbnails not written yet
 constexpr DecodeLimits kDecodeLimits{1 << 24, std::int64_t(1) << 27};
 
 } // namespace
@@ -48,13 +48,14 @@ std::optional<Bitmap> ThumbnailDiskCache::find(const std::string& key) {
 }
 
 void ThumbnailDiskCache::keep(const std::string& key, std::shared_ptr<const Bitmap> thumbnail) {
-    if (waiting_.fetch_add(1) >= kMostWaiting) {
-        --waiting_;
+    const auto bytes = std::int64_t(thumbnail->bytes());
+    if (waitingBytes_.fetch_add(bytes) >= kMostWaiting) {
+        waitingBytes_ -= bytes;
         return;
     }
-    writing_.post([this, name = fileName(key), thumbnail = std::move(thumbnail)] {
+    writing_.post([this, bytes, name = fileName(key), thumbnail = std::move(thumbnail)] {
         write(name, *thumbnail);
-        --waiting_;
+        waitingBytes_ -= bytes;
     });
 }
 

@@ -42,10 +42,10 @@ private:
     ImageWriter& writer_;
     const std::filesystem::path folder_;
     const std::int64_t limitBytes_;
-    std::atomic<int> waiting_ = 0;  // thumbnails on the queue
-    std::int64_t writtenBytes_ = 0; // since the folder was trimmed; writing queue
-    bool isTrimmed_ = false;        // writing queue
-    SerialQueue writing_;           // last: its jobs use the rest
+    std::atomic<std::int64_t> waitingBytes_ = 0; // of thumbnails on the queue
+    std::int64_t writtenBytes_ = 0;              // since the folder was trimmed; writing queue
+    bool isTrimmed_ = false;                     // writing queue
+    SerialQueue writing_;                        // last: its jobs use the rest
 };
 
 } // namespace kelvaro

@@ -31,7 +31,8 @@ struct ThumbnailLoader::Job {
     std::map<std::uint64_t, Wish> wishes; // main thread
     Cancellation cancellation;
     std::shared_ptr<RenderWork::Priority> admission = std::make_shared<RenderWork::Priority>();
-    std::string identity; // of whoever works on the job
+    std::string identity;     // of whoever works on the job
+    std::string lastIdentity; // of a file that may be away
     // Guarded by the lock of the waiting jobs.
     std::uint64_t number = 0; // of the newest request
     ThumbnailPriority priority = ThumbnailPriority::nearby;
@@ -68,11 +69,13 @@ ThumbnailKey ThumbnailLoader::keyOf(ThumbnailRequest request) {
 ThumbnailLoader::Ticket ThumbnailLoader::request(ThumbnailRequest request,
                                                  ThumbnailPriority priority, Callback callback) {
     KELVARO_REQUIRE(engine_.mainThread().isCurrent() && callback);
+    const std::string lastIdentity = std::move(request.lastIdentity);
     ThumbnailKey key = keyOf(std::move(request));
     JobPointer& job = jobs_[key];
     const bool isNew = !job;
     if (isNew) {
         job = std::make_shared<Job>();
+        job->lastIdentity = lastIdentity;
         job->key = std::move(key);
         job->when = engine_.clock().monotonicSeconds();
     }
@@ -173,13 +176,19 @@ void ThumbnailLoader::runQuick() {
     const JobPointer job = next(&Waiting::quick);
     if (!job) return; // dropped
     auto identity = photoIdentity(files_, job->key.photo);
-    if (!identity) return finish(job, fail(std::move(identity).error()), "failed");
-    job->identity = std::move(*identity);
+    const bool isAway = !identity;
+    if (isAway && job->lastIdentity.empty())
+        return finish(job, fail(std::move(identity).error()), "failed");
+    job->identity = isAway ? job->lastIdentity : std::move(*identity);
     if (const auto found = memory_.find(job->key, job->identity))
         return finish(job, *found, "memory");
     const std::string key = diskKey(*job);
     if (auto found = key.empty() ? std::nullopt : disk_.find(key))
         return finish(job, std::make_shared<const Bitmap>(std::move(*found)), "disk");
+    if (isAway) {
+        job->identity.clear(); // nothing is to be remembered of this
+        return finish(job, fail(std::move(identity).error()), "failed");
+    }
 
     if (!ThumbnailMaker::isAsShot(job->key.edit)) return develop(job);
     // Whoever moves a slider meanwhile has the machine to himself.
@@ -204,10 +213,11 @@ void ThumbnailLoader::runDeveloping() {
     const JobPointer job = next(&Waiting::developing);
     if (!job) return;
     const ThumbnailKey& key = job->key;
-    const auto admission = engine_.work().waitForAdmission(renderEstimateBytes(kUsualPixels),
-                                                           &job->cancellation, job->admission);
+    auto admission = engine_.work().waitForAdmission(renderEstimateBytes(kUsualPixels),
+                                                     &job->cancellation, job->admission);
     if (!admission) return;
     auto made = maker_.developed(key.photo, key.edit, key.sizePx, &job->cancellation);
+    admission.reset(); // before anybody hears of the picture
     if (!made) return finish(job, fail(std::move(made).error()), "failed");
     finish(job, std::make_shared<const Bitmap>(std::move(*made)), "developed");
 }

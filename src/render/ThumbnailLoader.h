@@ -32,6 +32,9 @@ struct ThumbnailRequest {
     std::filesystem::path photo;
     Adjustments edit;
     int sizePx = 320; // longer side on the screen, in device pixels
+    // What `photoIdentity` said when the file was last seen: finds what was kept of a photo whose
+    // drive is away. Empty where the file is there.
+    std::string lastIdentity{};
 };
 
 class ThumbnailLoader {

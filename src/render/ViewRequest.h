@@ -27,6 +27,7 @@ struct ViewRequest {
 
     bool whole = false;      // the photo without crop and straightening, for the crop tool
     bool before = false;     // without the edit, but cropped and straightened like it
+    bool keepAlpha = false;  // transparent pixels stay so, instead of being laid over white
     bool clipping = false;   // overlay of clipped pixels
     MaskOverlay maskOverlay; // overlay of mask weights
 
@@ -48,7 +49,7 @@ enum class ViewStage {
 };
 
 struct RenderedView {
-    // 8 bit, opaque, in the asked space; rows top-down. Stretch it over `rect`: a preview or coarse
+    // 8 bit, in the asked space; rows top-down. Stretch it over `rect`: a preview or coarse
     // frame has fewer pixels than that.
     std::shared_ptr<const Bitmap> pixels;
     PixelRect rect;        // of the scaled picture, in device pixels
@@ -58,6 +59,13 @@ struct RenderedView {
     ViewStage stage = ViewStage::preview;
     bool isFinal = false;    // nothing better will follow for this request
     std::uint64_t frame = 0; // tell RenderSession::displayed when it is on the screen
+};
+
+// A small area of the photo as it was recorded: scene light at the as-shot white, before any edit.
+struct SampledArea {
+    Raster pixels;
+    double clipLevel = 1; // the value at which a channel holds no more
+    WhitePoint asShot;
 };
 
 // What is known of a photo once it is opened, before its pixels are decoded.

@@ -1,14 +1,14 @@
 // The program with the window: reads what the environment asks, puts the services together, shows
 // the library.
 #include "app/LaunchOptions.h"
-#include "app/WindowServices.h"
-#include "ui/Texts.h"
-#include "ui/shell/MainWindow.h"
+#include "ui/shell/ProgramParts.h"
 #include "ui/shell/QtMainThread.h"
 #include "ui/shell/ScreenProfile.h"
 
 #include <QApplication>
-#include <QTimer>
+#include <QDir>
+#include <QTranslator>
+#include <QWindow>
 
 #include <cstdio>
 #include <cstdlib>
@@ -41,6 +41,10 @@ int run(int argc, char** argv) {
     QApplication::setApplicationVersion(KELVARO_VERSION);
     QApplication::setDesktopFileName("app.kelvaro.Kelvaro");
     const QApplication application(argc, argv);
+    QTranslator translator;
+    const QDir translations(QApplication::applicationDirPath() + "/../share/kelvaro/translations");
+    if (translator.load(QLocale(), "kelvaro", "_", translations.path()))
+        QApplication::installTranslator(&translator);
     QtMainThread mainThread;
     const Cancellation interruption;
     WindowServices parts(mainThread, launchOptions(), interruption, KELVARO_VERSION);
@@ -49,21 +53,13 @@ int run(int argc, char** argv) {
     Appearance appearance;
     int status = 0;
     {
-        MainWindow window({.appearance = appearance,
-                           .library = parts.library(),
-                           .engine = parts.render().engine(),
-                           .sessions = parts.render().sessions(),
-                           .thumbnails = parts.render().thumbnails(),
-                           .exporter = parts.exporter(),
-                           .profile = parts.profile(),
-                           .settings = parts.settings(),
-                           .folders = parts.folders(),
-                           .desktop = parts.desktop(),
-                           .texts = *parts.services().texts,
-                           .calendar = *parts.services().calendar,
-                           .version = KELVARO_VERSION});
-        window.setScreenProfile(screenProfile());
+        MainWindow window(partsOf(parts, appearance, KELVARO_VERSION));
         window.show();
+        const auto takeProfile = [&window](const QScreen* screen) {
+            window.setScreenProfile(screenProfile(screen));
+        };
+        takeProfile(window.screen());
+        QObject::connect(window.windowHandle(), &QWindow::screenChanged, &window, takeProfile);
         status = QApplication::exec();
     }
     parts.settings().flush();

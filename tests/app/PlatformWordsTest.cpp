@@ -48,7 +48,7 @@ TEST(Mails, AskWhatHelpsAndNameTheSystem) {
         "— Please keep these details —\nKelvaro 0.1.0\nDebian 12\nExample 9000"));
     const std::string shown = shownText(report.body);
     EXPECT_EQ(shown.find("macOS"), std::string::npos);
-    EXPECT_NE(shown.find("a report was saved in ~/.local/share/kelvaro/crash-reports"),
+    EXPECT_NE(shown.find("a report was saved in ~/.local/share/Kelvaro/crash-reports"),
               std::string::npos);
     EXPECT_EQ(feedback().body, "\n\n\n— Kelvaro");
     EXPECT_EQ(feedback().subject, "Kelvaro: feedback");

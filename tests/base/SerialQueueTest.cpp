@@ -73,6 +73,26 @@ TEST(SerialQueue, DropsWhatHasNotBegun) {
     EXPECT_EQ(run, 1);
 }
 
+TEST(SerialQueue, RunsLateJobsInTheOrderOfTheirTimesAndDropsTheRest) {
+    std::vector<int> order;
+    std::promise<void> last;
+    std::atomic<bool> isRun{false};
+    {
+        using std::chrono::milliseconds;
+        SerialQueue queue("kelvaro.test");
+        queue.postLater(std::chrono::hours(1), [&] { isRun = true; });
+        queue.postLater(milliseconds(20), [&] {
+            order.push_back(3);
+            last.set_value();
+        });
+        queue.postLater(milliseconds(1), [&] { order.push_back(2); });
+        queue.post([&] { order.push_back(1); });
+        last.get_future().wait();
+    }
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+    EXPECT_FALSE(isRun);
+}
+
 TEST(SerialQueue, LetsGoOfAJobBeforeItCountsAsEnded) {
     SerialQueue queue("kelvaro.test");
     auto held = std::make_shared<int>(1);

@@ -1,4 +1,5 @@
 #include "develop/Pipeline.h"
+#include "develop/PreparedControls.h"
 
 #include "develop/BrushRaster.h"
 #include "develop/CropGeometry.h"
@@ -256,6 +257,10 @@ TEST_F(PipelineTest, RawDecodesFollowScaleAndSharpness) {
     EXPECT_EQ(rawSettings(edit, properties, 0.51).reduction, 1);
     EXPECT_EQ(rawSettings(edit, properties, 0.5).reduction, 2);
     EXPECT_EQ(rawSettings(edit, properties, 0).reduction, 1);
+    const PreparedControls controls = preparedControls(edit, properties);
+    EXPECT_EQ(controls.native.reduction, 1);
+    EXPECT_EQ(controls.preview.reduction, 2);
+    EXPECT_EQ(controls.preview.sharpness, controls.native.sharpness);
 }
 
 TEST(RawToneFilterTest, TakesTheLinearInputAndItsGain) {

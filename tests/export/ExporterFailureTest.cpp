@@ -4,6 +4,7 @@
 #include "fakes/FailingFileSystem.h"
 
 #include <csignal>
+#include <future>
 #include <gmock/gmock.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -62,26 +63,86 @@ TEST_F(ExporterFailureTest, ADiskThatFillsUpFailsThosePhotos) {
     EXPECT_EQ(state.failures[0].message, "The file couldn't be written.");
 }
 
-TEST_F(ExporterFailureTest, ARealFullDiskKeepsWhatFits) {
-    const std::vector photos{photo("A.png", {200, 100}), photo("B.png", {200, 100})};
-    fs::create_directory(folder / "out");
+// Runs `check` in a process whose folder of exports is a small disk of its own; 0 where it held,
+// none where no such disk can be made.
+std::optional<int> onSmallDisk(const fs::path& out, const std::function<bool()>& check) {
+    fs::create_directory(out);
     const pid_t child = ::fork();
     if (child == 0) {
         const int unshared =
             ::getuid() == 0 ? ::unshare(CLONE_NEWNS) : ::unshare(CLONE_NEWUSER | CLONE_NEWNS);
         if (unshared != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) ||
-            ::mount("tmpfs", (folder / "out").c_str(), "tmpfs", 0, "size=160k"))
+            ::mount("tmpfs", out.c_str(), "tmpfs", 0, "size=160k"))
             ::_exit(77);
-        settings.format = ExportFormat::tiff; // 120 KB each
-        const auto state = exported(photos);
-        const bool right = state.exported == 1 && state.failures.size() == 1 &&
-                           outNames().size() == 1 && !outNames().begin()->starts_with(".");
-        ::_exit(right ? 0 : 1);
+        ::_exit(check() ? 0 : 1);
     }
     int status = 0;
     ::waitpid(child, &status, 0);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 77) GTEST_SKIP() << "no scene";
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 77) return std::nullopt;
+    return status;
+}
+
+TEST_F(ExporterFailureTest, ARealFullDiskKeepsWhatFits) {
+    const std::vector photos{photo("A.png", {200, 100}), photo("B.png", {200, 100})};
+    const auto ended = onSmallDisk(folder / "out", [&] {
+        settings.format = ExportFormat::tiff; // 120 KB each
+        const auto state = exported(photos);
+        return state.exported == 1 && state.failures.size() == 1 && outNames().size() == 1 &&
+               !outNames().begin()->starts_with(".");
+    });
+    if (!ended) GTEST_SKIP() << "no scene";
+    EXPECT_EQ(*ended, 0);
+}
+
+TEST_F(ExporterFailureTest, ADiskThatTurnsReadOnlyFailsWhatIsLeft) {
+    const std::vector photos{photo("A.jpg"), photo("B.jpg"), photo("C.jpg"), photo("D.jpg")};
+    const auto ended = onSmallDisk(folder / "out", [&] {
+        writeFile(folder / "out/D.jpg", "older export");
+        settings.replaceExisting = true;
+        onStart = [&](Exporter& exporter) {
+            loop.runUntil([&] { return exporter.state()->done > 0; }, 60);
+            // Refused while a file is open for writing there.
+            for (int i = 0; i < 10'000; ++i)
+                if (::mount("none", (folder / "out").c_str(), nullptr, MS_REMOUNT | MS_RDONLY,
+                            nullptr) == 0)
+                    break;
+        };
+        const auto state = exported(photos);
+        for (const auto& failure : state.failures)
+            if (failure.message != "The file couldn't be written.") return false;
+        const auto names = outNames();
+        const bool hidden = std::any_of(names.begin(), names.end(),
+                                        [](const auto& name) { return name.starts_with("."); });
+        return !hidden && state.exported + state.failures.size() == 4 && state.exported > 0;
+    });
+    if (!ended) GTEST_SKIP() << "no scene";
+    EXPECT_EQ(*ended, 0);
+}
+
+// At each call to the disk, from the folder's making to the last move.
+TEST_F(ExporterFailureTest, AStopAtAnyStepLeavesWholeFilesOnly) {
+    const std::vector photos{photo("A.jpg"), photo("B.png")};
+    FailingFileSystem counting(real);
+    exported(photos, counting);
+    for (int call = 1; call <= counting.calls(); ++call) {
+        removeWhileOthersWrite(folder / "out");
+        FailingFileSystem stopping(real);
+        Exporter* running = nullptr;
+        onStart = [&](Exporter& exporter) { running = &exporter; };
+        stopping.onCall([&](int number) {
+            if (number != call) return;
+            std::promise<void> stopped;
+            loop.post([&] {
+                running->stop();
+                stopped.set_value();
+            });
+            stopped.get_future().wait();
+        });
+        const auto state = exported(photos, stopping);
+        expectOnlyWhole(state);
+        EXPECT_TRUE(state.failures.empty()) << call;
+        EXPECT_EQ(state.done, 2u) << call;
+    }
 }
 
 TEST_F(ExporterFailureTest, AFolderThatVanishesFailsWhatIsLeft) {

@@ -14,18 +14,36 @@
 namespace kelvaro {
 namespace {
 
-enum class Content { smooth, noise, saturated };
+// `threads` are bright stripes on a saturated red, as on a reel: their colour, spread over two
+// pixels, leaves the gamut. `hidden` is fine detail of one brightness, of which subsampling leaves
+// nothing.
+enum class Content { smooth, noise, saturated, threads, hidden };
+
+// 0 … 1
+double valueAt(int x, int y, int channel, Content content, double noise) {
+    const bool isOdd = (x + y) % 2 == 1;
+    switch (content) {
+    case Content::smooth:
+        return 0.5 + 0.4 * std::sin(0.05 * (3 * x + channel) + channel) * std::cos(0.07 * y);
+    case Content::noise:
+        return noise;
+    case Content::saturated:
+        return double(noise > 0.5);
+    case Content::threads:
+        return channel == 0 ? 1 : (x + y / 4) % 4 == 0 ? 0.97 : 0.05;
+    case Content::hidden:
+        return isOdd == (channel == 1) ? (isOdd ? 0.70 : 1) : 0;
+    }
+    return 0;
+}
 
 Bitmap picture(PixelSize size, SampleType type, Content content) {
     Bitmap pixels(size, 3, type);
     std::minstd_rand random(3);
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < 3 * size.width; ++x) {
-            const double wave = 0.5 + 0.4 * std::sin(0.05 * x + x % 3) * std::cos(0.07 * y);
             const double noise = double(random() % 256) / 255;
-            const double value = content == Content::smooth  ? wave
-                                 : content == Content::noise ? noise
-                                                             : double(noise > 0.5);
+            const double value = valueAt(x / 3, y, x % 3, content, noise);
             if (type == SampleType::u8)
                 pixels.row<std::uint8_t>(y)[x] = std::uint8_t(value * 255);
             else
@@ -50,7 +68,8 @@ bool isLossy(FileFormat format) {
 TEST(VerificationTest, AcceptsWhatTheCodecsMake) {
     for (const auto format :
          {FileFormat::jpeg, FileFormat::heic, FileFormat::tiff, FileFormat::png})
-        for (const auto content : {Content::smooth, Content::noise, Content::saturated})
+        for (const auto content : {Content::smooth, Content::noise, Content::saturated,
+                                   Content::threads, Content::hidden})
             for (const double quality : {0.1, 0.5, 0.85, 1.0}) {
                 if (!isLossy(format) && quality < 1) continue;
                 const auto type = isLossy(format) ? SampleType::u8 : SampleType::u16;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <limits>
 
 namespace kelvaro {
@@ -76,6 +77,9 @@ public:
         if (fails()) return fail(planned());
         return real_.linkStatus(path);
     }
+    // Called before each call, with its number, on the thread that makes it. Before the calls
+    // begin.
+    void onCall(std::function<void(int number)> hook) { hook_ = std::move(hook); }
     // Files of this name stay. Before the calls begin.
     void refuseRemoval(std::string name) { kept_ = std::move(name); }
     Result<void> remove(const std::filesystem::path& path) override {
@@ -116,7 +120,9 @@ private:
     };
 
     bool fails() {
-        const bool now = ++calls_ == plan_.failAtCall;
+        const int number = ++calls_;
+        if (hook_) hook_(number);
+        const bool now = number == plan_.failAtCall;
         if (now) failed_ = true;
         return now;
     }
@@ -125,6 +131,7 @@ private:
     FileSystem& real_;
     Plan plan_;
     std::string kept_;
+    std::function<void(int)> hook_;
     std::atomic<int> calls_ = 0;
     std::atomic<bool> failed_ = false;
 };

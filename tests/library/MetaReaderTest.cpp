@@ -72,22 +72,22 @@ TEST_F(MetaReading, EverythingArrivesOnceAndIsRemembered) {
             }
         }
         const int reads = properties.reads;
-        const PhotoMetas cached = reader.cached(*listing);
+        const PhotoMetas cached = reader.remembered(*listing).photos;
         EXPECT_EQ(cached.size(), readable);
         for (const auto& [url, meta] : cached)
             EXPECT_EQ(*meta, *all.at(url));
         EXPECT_EQ(properties.reads, reads);
-        EXPECT_TRUE(reader.cached(*photos(100, 4711)).empty()); // the files have changed
+        EXPECT_TRUE(reader.remembered(*photos(100, 4711)).photos.empty()); // the files have changed
     }
 }
 
 TEST_F(MetaReading, GoneFilesAreKnownUntilForgotten) {
     readAll(photos(3), {1, 64});
-    const PhotoMetas gone = reader.gone(*photos(1));
+    const PhotoMetas gone = reader.remembered(*photos(1)).gone;
     ASSERT_EQ(gone.size(), 2u);
     EXPECT_EQ(gone[0].second->size, 1000);
     reader.forget("/p", std::vector<std::string>{std::string(fileNameOf(gone[0].first))});
-    EXPECT_EQ(reader.gone(*photos(1)).size(), 1u);
+    EXPECT_EQ(reader.remembered(*photos(1)).gone.size(), 1u);
 }
 
 TEST_F(MetaReading, StopsBetweenFiles) {
@@ -101,7 +101,7 @@ TEST_F(MetaReading, StopsBetweenFiles) {
     EXPECT_GE(delivered, 10u);
     EXPECT_LE(delivered, 20u); // the batch that the other thread was at
     MetaReader without(properties, nullptr, *calendar);
-    EXPECT_TRUE(without.cached(*listing).empty());
+    EXPECT_TRUE(without.remembered(*listing).photos.empty());
     EXPECT_TRUE(without.readOne(listing->photos().back()));
 }
 

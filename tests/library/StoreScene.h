@@ -37,8 +37,11 @@ public:
     ManualClock clock;
     MainLoop main;
     SeededRandom random;
-    NoProperties properties;
+    NoProperties noProperties;
+    PropertyReader* properties = &noProperties;
+    MetaCache* cache = nullptr;
     FolderTrash trash{root / "trash"};
+    Trash* realTrash = nullptr; // takes the other's place
     ManualWatcher watcher;
     ManualDrives drives;
     UserFolders folders{root.path(), root / "pictures", root / "settings", root / "support",
@@ -49,18 +52,20 @@ public:
 
     LibraryStore& open() {
         store.reset();
-        store = std::make_unique<LibraryStore>(LibraryServices{.files = files,
-                                                               .settings = settings,
-                                                               .folders = folders,
-                                                               .clock = clock,
-                                                               .main = main,
-                                                               .random = random,
-                                                               .properties = properties,
-                                                               .texts = *texts,
-                                                               .calendar = *calendar,
-                                                               .trash = trash,
-                                                               .watcher = &watcher,
-                                                               .drives = &drives});
+        store =
+            std::make_unique<LibraryStore>(LibraryServices{.files = files,
+                                                           .settings = settings,
+                                                           .folders = folders,
+                                                           .clock = clock,
+                                                           .main = main,
+                                                           .random = random,
+                                                           .properties = *properties,
+                                                           .texts = *texts,
+                                                           .calendar = *calendar,
+                                                           .trash = realTrash ? *realTrash : trash,
+                                                           .watcher = &watcher,
+                                                           .drives = &drives,
+                                                           .metaCache = cache});
         settle();
         return *store;
     }

@@ -201,7 +201,9 @@ TEST(RenderSession, EndsInTheMiddleOfEverything) {
         canvas.render(fitting(1000));
         canvas.session.prepare({{photo, {}, {100, 100}}});
         stage.sessions.forgetAll();
+        EXPECT_TRUE(stage.engine.work().state().editing);
     }
+    EXPECT_FALSE(stage.engine.work().state().editing);
     stage.loop.runPosted();
     EXPECT_EQ(stage.engine.work().state().urgent, 0);
     EXPECT_EQ(stage.engine.work().state().jobs, 0);

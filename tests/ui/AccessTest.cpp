@@ -5,8 +5,11 @@
 #include <QAbstractButton>
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QComboBox>
 #include <QScrollBar>
+#include <QTableView>
+#include <QTranslator>
 
 namespace kelvaro {
 namespace {
@@ -38,7 +41,7 @@ QStringList faultsBelow(const QWidget* root) {
         bool isPart = false;
         for (const QWidget* up = widget->parentWidget(); up && up != root; up = up->parentWidget())
             isPart = isPart || qobject_cast<const QAbstractSpinBox*>(up) ||
-                     qobject_cast<const QComboBox*>(up);
+                     qobject_cast<const QComboBox*>(up) || qobject_cast<const QTableView*>(up);
         const bool isAbsent = widget->isHidden() && !widget->isEnabled();
         if (isPart || isAbsent || !isInteractive(widget)) continue;
         const QStringList found = faults(widget);
@@ -62,6 +65,103 @@ TEST_F(Access, EveryControlHasNameTabAndHelp) {
     library->requestExport();
     settle();
     EXPECT_EQ(faultsBelow(window.get()).join("\n").toStdString(), "");
+}
+
+TEST_F(Access, EveryToolOfTheEditorHasNameTabAndHelp) {
+    settings.set("folders", std::vector<std::string>{photos("Trip", 2).string()});
+    open();
+    library->openEditor(PhotoUrl(library->view().get()->photos.front()->url));
+    settle();
+    for (const CommandId id : {CommandId::crop, CommandId::masks}) {
+        window->commands().action(id)->trigger();
+        settle();
+        EXPECT_EQ(faultsBelow(&window->editor()).join("\n").toStdString(), "");
+    }
+}
+
+// Marks everything that was looked up.
+class Marker final : public QTranslator {
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char*, int) const override {
+        return std::string_view(context) == "kelvaro" ? "‹" + QString::fromUtf8(text) + "›"
+                                                      : QString();
+    }
+};
+
+bool isUnmarked(const QString& text) {
+    static const QStringList own{"Kelvaro", "sRGB", "Display P3", "JPEG", "HEIC", "TIFF", "PNG"};
+    const bool hasLetter = std::ranges::any_of(text, [](QChar c) { return c.isLetter(); });
+    return hasLetter && !own.contains(text) && !text.contains("‹");
+}
+
+TEST_F(Access, EveryTextCanBeTranslated) {
+    Marker marker;
+    QApplication::installTranslator(&marker);
+    settings.set("folders", std::vector<std::string>{photos("Trip", 4).string()});
+    open(true);
+    until([&] { return shown() == 4; });
+    for (const CommandId id : {CommandId::about, CommandId::introduction, CommandId::settings})
+        window->commands().action(id)->trigger();
+    library->selectAll();
+    library->requestExport();
+    settle();
+    QStringList found;
+    const auto look = [&](const QObject* where, const QString& text) {
+        if (isUnmarked(text)) found << where->objectName() + ": " + text;
+    };
+    for (const QAction* action : window->actions()) {
+        look(action, action->text());
+        look(action, action->toolTip());
+    }
+    for (const QWidget* widget : window->findChildren<QWidget*>()) {
+        if (dynamic_cast<const InfoPanel*>(widget->parentWidget())) continue;
+        look(widget, widget->toolTip());
+        look(widget, widget->accessibleName());
+        if (const auto* button = qobject_cast<const QAbstractButton*>(widget))
+            look(widget, button->text());
+        if (const auto* text = qobject_cast<const QLabel*>(widget);
+            text && text->objectName() != "scopeTitle")
+            look(widget, text->text());
+    }
+    QApplication::removeTranslator(&marker);
+    EXPECT_EQ(found.join("\n").toStdString(), "");
+}
+
+// From the grid through everything that can be reached and back to it.
+TEST_F(Access, TabGoesRound) {
+    settings.set("folders", std::vector<std::string>{photos("Trip", 4).string()});
+    open(true);
+    until([&] { return shown() == 4; });
+    window->libraryPage().grid().setFocus();
+    QStringList reached;
+    do {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        reached << QApplication::focusWidget()->objectName();
+    } while (reached.last() != "grid" && reached.size() < 40);
+    for (const char* name : {"searchField", "filterButton", "sortButton", "sizeSlider", "sidebar",
+                             "profileButton", "grid"})
+        EXPECT_TRUE(reached.contains(name)) << name;
+    EXPECT_LT(reached.size(), 20);
+}
+
+TEST_F(Access, PhotosAreItemsOfAList) {
+    settings.set("folders", std::vector<std::string>{photos("Trip", 4).string()});
+    open(true);
+    until([&] { return shown() == 4; });
+    library->setSelection({library->view().get()->photos[1]->url});
+    settle();
+    QAccessibleInterface* grid =
+        QAccessible::queryAccessibleInterface(&window->libraryPage().grid());
+    ASSERT_NE(grid, nullptr);
+    EXPECT_EQ(grid->role(), QAccessible::List);
+    EXPECT_EQ(grid->text(QAccessible::Name), "Photos");
+    ASSERT_EQ(grid->childCount(), 4);
+    EXPECT_EQ(grid->child(1)->role(), QAccessible::ListItem);
+    EXPECT_TRUE(grid->child(1)->text(QAccessible::Name).startsWith("IMG_"));
+    EXPECT_TRUE(grid->child(1)->state().selected);
+    EXPECT_FALSE(grid->child(0)->state().selected);
+    EXPECT_EQ(grid->child(4), nullptr);
 }
 
 // Keys of the window must leave a text field its own.

@@ -157,7 +157,7 @@ TEST_F(Walk, OpensAPhotoAndComesBackToItsPlace) {
     clickCell(3);
     grid().setFocus();
     pressKey(Qt::Key_Return);
-    until([&] { return library->isEditing() && window->viewer().isVisible(); });
+    until([&] { return library->isEditing() && window->editor().isVisible(); });
     const PhotoUrl first = *library->openPhoto().get();
     pressKey(Qt::Key_Right);
     EXPECT_NE(*library->openPhoto().get(), first);

@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include <cstdio>
 
@@ -29,11 +30,11 @@ public:
         settings.remove("introductionSeen");
         openSized();
         take("first-launch");
+        pressEscape();
+        take("empty-library");
         end();
         settings.set("introductionSeen", true);
-        std::vector<std::string> all = folders_;
-        all.push_back("/media/me/Card A");
-        settings.set("folders", all);
+        settings.set("folders", folders_);
         openSized();
         drawLibrary();
         drawSheets();
@@ -50,34 +51,55 @@ private:
     // Until thumbnails have come and nothing moves.
     void wait() {
         settle();
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < 2500)
+        QElapsedTimer quiet;
+        quiet.start();
+        while (quiet.elapsed() < 400) {
             QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+            if (render->thumbnails().openRequests() > 0) quiet.restart();
+        }
+    }
+    std::vector<PhotoUrl> urls() const {
+        std::vector<PhotoUrl> found;
+        for (const Photo* photo : library->view().get()->photos)
+            found.push_back(photo->url);
+        return found;
+    }
+    void pressEscape() {
+        QWidget* receiver = QApplication::focusWidget();
+        QTest::keyClick(receiver ? receiver : window.get(), Qt::Key_Escape);
     }
     void take(const QString& name) {
         wait();
         window->grab().save(output_ + "/" + name + ".png");
         std::printf("%s\n", qPrintable(name));
+        std::fflush(stdout);
     }
     void drawLibrary() {
         take("grid");
-        const auto& photos = library->view().get()->photos;
-        library->setFavorite({photos[1]->url, photos[4]->url}, true);
+        const std::vector<PhotoUrl> photos = urls();
+        library->setFavorite({photos[1], photos[4]}, true);
         Adjustments edit;
         edit.exposure = 0.4;
         edit.contrast = 20;
-        library->setAdjustments(photos[2]->url, edit);
-        library->setSelection({photos[1]->url, photos[2]->url, photos[3]->url});
+        library->setAdjustments(photos[2], edit);
+        library->setSelection({photos[1], photos[2], photos[3]});
         library->setThumbSize(280);
         take("grid-large");
         library->setThumbSize(80);
         take("grid-small");
         library->setThumbSize(160);
-        library->setSelection({photos[0]->url});
-        library->requestInfo(photos[0]->url);
+        library->setSelection({photos[0]});
+        library->requestInfo(photos[0]);
         take("info");
         library->requestInfo(std::nullopt);
+        library->setScope(
+            {Scope::Kind::folder, folders_[std::min<size_t>(1, folders_.size() - 1)]});
+        wait();
+        window->libraryPage().grid().verticalScrollBar()->setValue(90);
+        library->setSelection({});
+        take("folder");
+        library->setScope({Scope::Kind::all, {}});
+        wait();
         library->setSearchText("raw");
         take("search");
         library->setSearchText("submarine");
@@ -85,28 +107,36 @@ private:
         library->setSearchText("");
         QTest::mouseClick(window->libraryPage().toolbar().filterButton(), Qt::LeftButton);
         take("filter");
-        QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : window.get(),
-                        Qt::Key_Escape);
-        library->setScope({Scope::Kind::folder, "/media/me/Card A"});
+        pressEscape();
+        takeMissingDrive();
+    }
+    // The last folder goes away for a moment.
+    void takeMissingDrive() {
+        const std::string folder = folders_.back(), away = folder + ".away";
+        library->setScope({Scope::Kind::folder, folder});
+        wait();
+        std::filesystem::rename(folder, away);
+        library->rescanAll();
         take("missing-drive");
+        std::filesystem::rename(away, folder);
+        library->rescanAll();
         library->setScope({Scope::Kind::all, {}});
         wait();
     }
     void drawSheets() {
-        const auto& photos = library->view().get()->photos;
-        PhotoSet chosen;
-        for (std::size_t at = 0; at < std::min<std::size_t>(12, photos.size()); ++at)
-            chosen.insert(photos[at]->url);
-        library->setSelection(chosen);
+        const std::vector<PhotoUrl> photos = urls();
+        const auto some = photos.begin() + std::min<std::ptrdiff_t>(12, std::ssize(photos));
+        library->setSelection(PhotoSet(photos.begin(), some));
+        wait();
         window->commands().action(CommandId::moveToTrash)->trigger();
         take("trash-question");
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        pressEscape();
         window->commands().action(CommandId::settings)->trigger();
         take("settings");
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        pressEscape();
         window->commands().action(CommandId::about)->trigger();
         take("about");
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        pressEscape();
         ExportSettings wanted = ExportSettings::load(settings, folders);
         wanted.border = true;
         wanted.borderPercent = 3;
@@ -121,10 +151,10 @@ private:
         window->grab().save(output_ + "/export-running.png");
         until([&] { return !exporter->state().get().running; });
         take("export-done");
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        pressEscape();
     }
     void drawViewer() {
-        library->openEditor(PhotoUrl(library->view().get()->photos[2]->url));
+        library->openEditor(urls()[2]);
         wait();
         take("photo");
     }

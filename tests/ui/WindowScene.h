@@ -38,6 +38,7 @@ public:
     Appearance appearance;
     std::unique_ptr<RenderServices> render;
     std::unique_ptr<LibraryStore> library;
+    std::unique_ptr<EditingServices> editing;
     std::unique_ptr<Exporter> exporter;
     std::unique_ptr<ProfileServices> profile;
     std::unique_ptr<MainWindow> window;
@@ -48,6 +49,7 @@ public:
         window.reset();
         profile.reset();
         exporter.reset();
+        editing.reset();
         library.reset();
     }
     ~WindowScene() {
@@ -60,6 +62,7 @@ public:
     MainWindow& open(bool asks = false) {
         render = std::make_unique<RenderServices>(services, *services.clock, main, folders,
                                                   RenderLogs{});
+        const RecoveryReport recovered = EditingServices::recover(services, folders);
         library = std::make_unique<LibraryStore>(LibraryServices{.files = *services.files,
                                                                  .settings = settings,
                                                                  .folders = folders,
@@ -70,6 +73,7 @@ public:
                                                                  .texts = *services.texts,
                                                                  .calendar = *services.calendar,
                                                                  .trash = trash});
+        editing = std::make_unique<EditingServices>(services, folders, main, *library, recovered);
         RenderEngine& engine = render->engine();
         exporter = std::make_unique<Exporter>(
             ExportParts{*services.files, *services.random, *services.reader, *services.writer,
@@ -85,6 +89,7 @@ public:
                         .engine = engine,
                         .sessions = render->sessions(),
                         .thumbnails = render->thumbnails(),
+                        .editing = *editing,
                         .exporter = *exporter,
                         .profile = *profile,
                         .settings = settings,

@@ -1,5 +1,7 @@
-// Speed of opening, unpacking and developing. KELVARO_BENCH_RAW names the file; without it the 12
-// MP one of the test photos is taken. Items are pixels: the counter reads as pixels per second.
+// Speed of opening, unpacking and developing, and the demosaic beside LibRaw's own methods.
+// KELVARO_BENCH_RAW names the file; without it the 12 MP one of the test photos is taken. Items are
+// pixels: the counter reads as pixels per second. Aims, where a row states one, are for two cores
+// and grow with the pixels from a file of 24 MP.
 #include "places/Places.h"
 #include "platform/raw/CameraRawEngine.h"
 #include "platform/raw/Demosaic.h"
@@ -7,10 +9,14 @@
 #include "platform/raw/RawDecoder.h"
 
 #include <benchmark/benchmark.h>
+#include <libraw/libraw.h>
+#include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_for.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 
 namespace kelvaro {
 namespace {
@@ -18,6 +24,11 @@ namespace {
 std::filesystem::path file() {
     if (const char* given = std::getenv("KELVARO_BENCH_RAW")) return given;
     return places::photos() / "raw/gopro_hero7_mural.dng";
+}
+
+// What a picture of this size may take, given what 24 MP may.
+void setAim(benchmark::State& state, double milliseconds, double pixels) {
+    state.SetLabel("aim " + std::to_string(int(milliseconds * pixels / 24e6 + 0.5)) + " ms");
 }
 
 void openAndPreview(benchmark::State& state) {
@@ -40,6 +51,7 @@ void unpack(benchmark::State& state) {
         pixels += std::int64_t(sensor->width) * sensor->height;
     }
     state.SetItemsProcessed(pixels);
+    setAim(state, 142, double(pixels) / double(state.iterations()));
 }
 BENCHMARK(unpack)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -86,6 +98,7 @@ void developStreamed(benchmark::State& state) {
         pixels += std::int64_t(whole.width) * whole.height;
     }
     state.SetItemsProcessed(pixels);
+    if (settings.captureOnly) setAim(state, 120, double(pixels) / double(state.iterations()));
 }
 BENCHMARK(developStreamed)
     ->Arg(0)
@@ -125,6 +138,70 @@ void demosaicOneCore(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * width * height);
 }
 BENCHMARK(demosaicOneCore)->Unit(benchmark::kMillisecond);
+
+// A whole picture in memory, in tiles on all cores.
+void demosaicAllCores(benchmark::State& state) {
+    const Noise noise;
+    constexpr int width = BayerDemosaic::kMaximumWidth, height = 160, tiles = 294;
+    struct Bench {
+        BayerDemosaic demosaic;
+        std::vector<float> planes[3];
+        Bench() {
+            for (auto& plane : planes)
+                plane.resize(std::size_t(width) * height);
+        }
+    };
+    tbb::enumerable_thread_specific<Bench> benches;
+    for (auto _ : state) {
+        tbb::parallel_for(0, tiles, [&](int) {
+            Bench& b = benches.local();
+            b.demosaic.run(noise, {0, 0}, {0, 0, width, height}, kLeastToe,
+                           {b.planes[0].data(), b.planes[1].data(), b.planes[2].data()}, width);
+        });
+    }
+    state.SetItemsProcessed(state.iterations() * width * height * tiles);
+    setAim(state, 39, double(width) * height * tiles);
+}
+BENCHMARK(demosaicAllCores)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Seconds that LibRaw takes from unpacked samples to its picture.
+double libRawSeconds(int quality, bool interpolates, std::int64_t& pixels) {
+    LibRaw library;
+    library.imgdata.params.user_qual = quality;
+    library.imgdata.params.no_interpolation = interpolates ? 0 : 1;
+    library.imgdata.params.output_color = 0;
+    library.imgdata.params.no_auto_bright = 1;
+    if (library.open_file(file().c_str()) != LIBRAW_SUCCESS || library.unpack() != LIBRAW_SUCCESS)
+        return 0;
+    pixels = std::int64_t(library.imgdata.sizes.width) * library.imgdata.sizes.height;
+    const auto begin = std::chrono::steady_clock::now();
+    library.dcraw_process();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+// Its demosaic alone: a development with it less one without. The argument is LibRaw's number of
+// the method.
+void demosaicOfLibRaw(benchmark::State& state) {
+    std::int64_t pixels = 0;
+    for (auto _ : state) {
+        const double rest = libRawSeconds(int(state.range(0)), false, pixels);
+        state.SetIterationTime(
+            std::max(1e-6, libRawSeconds(int(state.range(0)), true, pixels) - rest));
+    }
+    state.SetItemsProcessed(state.iterations() * pixels);
+    state.SetLabel(state.range(0) == 0   ? "linear"
+                   : state.range(0) == 2 ? "PPG"
+                   : state.range(0) == 3 ? "AHD"
+                                         : "DHT");
+}
+BENCHMARK(demosaicOfLibRaw)
+    ->Arg(0)
+    ->Arg(2)
+    ->Arg(3)
+    ->Arg(11)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime();
 
 // Argument: with colour noise reduction, or sharpening alone.
 void finishOneCore(benchmark::State& state) {

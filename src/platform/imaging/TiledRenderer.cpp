@@ -42,8 +42,9 @@ private:
 
 class TiledRenderer : public Renderer {
 public:
-    explicit TiledRenderer(int threads)
-        : arena_(threads > 0 ? threads : tbb::task_arena::automatic) {
+    using Priority = tbb::task_arena::priority;
+    explicit TiledRenderer(int threads, Priority priority = Priority::normal)
+        : arena_(threads > 0 ? threads : tbb::task_arena::automatic, 1, priority) {
         if (threads > tbb::this_task_arena::max_concurrency())
             moreThreads_.emplace(tbb::global_control::max_allowed_parallelism,
                                  std::size_t(threads));
@@ -152,6 +153,10 @@ private:
 
 std::unique_ptr<Renderer> makeTiledRenderer(int threads) {
     return std::make_unique<TiledRenderer>(threads);
+}
+
+std::unique_ptr<Renderer> makeBackgroundRenderer() {
+    return std::make_unique<TiledRenderer>(0, TiledRenderer::Priority::low);
 }
 
 } // namespace kelvaro

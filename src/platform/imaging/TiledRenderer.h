@@ -10,5 +10,7 @@ namespace kelvaro {
 
 // `threads` 0 means one per core.
 std::unique_ptr<Renderer> makeTiledRenderer(int threads = 0);
+// The same, but its threads go to other renderers as soon as those have work: for exports.
+std::unique_ptr<Renderer> makeBackgroundRenderer();
 
 } // namespace kelvaro

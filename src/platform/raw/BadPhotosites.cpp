@@ -10,19 +10,20 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
-#include <array>
+#include <cstdlib>
 
 HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Whether any of the photosites 2 … width − 3 of a row stands alone. `line` is its first photosite;
-// two rows above and below exist.
-bool standsAlone(const std::uint16_t* line, std::ptrdiff_t stride, int from, int to,
-                 std::uint16_t black, std::uint16_t margin) {
+// Whether any of the photosites from … to − 1 of a row stands alone among its 8 neighbours, or
+// these and the 4 two steps away. `line` is its first photosite; two rows above and below exist.
+bool standsAlone(const std::uint16_t* line, std::ptrdiff_t stride, int from, int to, int neighbours,
+                 const StuckLimits& limits) {
     const hn::ScalableTag<std::uint16_t> tag;
-    const auto level = hn::Set(tag, black), least = hn::Set(tag, margin);
+    const auto level = hn::Set(tag, limits.black), least = hn::Set(tag, limits.margin);
+    const bool isThrice = limits.times == 3;
     auto found = hn::Zero(tag);
     const std::ptrdiff_t around[12] = {-stride - 1, -stride,    -stride + 1, -1,
                                        1,           stride - 1, stride,      stride + 1,
@@ -33,7 +34,7 @@ bool standsAlone(const std::uint16_t* line, std::ptrdiff_t stride, int from, int
         const std::uint16_t* p = line + std::min(x, std::max(from, to - lanes));
         auto high = hn::LoadU(tag, p + around[0]);
         auto low = high;
-        for (int i = 1; i < 12; ++i) {
+        for (int i = 1; i < neighbours; ++i) {
             const auto v = hn::LoadU(tag, p + around[i]);
             high = hn::Max(high, v);
             low = hn::Min(low, v);
@@ -42,8 +43,9 @@ bool standsAlone(const std::uint16_t* line, std::ptrdiff_t stride, int from, int
         const auto value = hn::SaturatedSub(own, level);
         const auto brightest = hn::SaturatedSub(high, level),
                    darkest = hn::SaturatedSub(low, level);
-        const auto triple = hn::SaturatedAdd(brightest, hn::SaturatedAdd(brightest, brightest));
-        const auto tooHigh = hn::SaturatedSub(hn::SaturatedSub(value, least), triple);
+        const auto twice = hn::SaturatedAdd(brightest, brightest);
+        const auto most = isThrice ? hn::SaturatedAdd(brightest, twice) : twice;
+        const auto tooHigh = hn::SaturatedSub(hn::SaturatedSub(value, least), most);
         const auto tooLow = hn::SaturatedSub(
             hn::SaturatedSub(darkest, least),
             hn::SaturatedAdd(hn::SaturatedAdd(value, value), hn::SaturatedAdd(value, value)));
@@ -63,11 +65,11 @@ HWY_EXPORT(standsAlone);
 
 namespace {
 
-std::uint16_t meanAround(const BayerSamples& samples, int row, int column,
+std::uint16_t meanAround(const MosaicSamples& samples, int row, int column,
                          const std::vector<bool>* bad) {
     unsigned sum = 0, count = 0;
-    for (const auto& [dy, dx] : {std::array{-2, 0}, {2, 0}, {0, -2}, {0, 2}}) {
-        const int y = row + dy, x = column + dx;
+    for (const auto& step : samples.alike(row, column)) {
+        const int y = row + step.row, x = column + step.column;
         if (y < 0 || x < 0 || y >= samples.height || x >= samples.width) continue;
         if (bad && (*bad)[std::size_t(y) * std::size_t(samples.width) + std::size_t(x)]) continue;
         sum += samples.first[y * samples.stride + x];
@@ -77,21 +79,57 @@ std::uint16_t meanAround(const BayerSamples& samples, int row, int column,
                  : samples.first[row * samples.stride + column];
 }
 
-bool isAlone(const std::uint16_t* p, std::ptrdiff_t stride, int black, int margin) {
+// Two photosites from the edge at least.
+bool isAlone(const MosaicSamples& samples, int row, int column, const StuckLimits& limits) {
     int high = 0, low = 65535;
-    for (const std::ptrdiff_t d :
-         {-stride - 1, -stride, -stride + 1, std::ptrdiff_t(-1), std::ptrdiff_t(1), stride - 1,
-          stride, stride + 1, std::ptrdiff_t(-2), std::ptrdiff_t(2), -2 * stride, 2 * stride}) {
-        high = std::max<int>(high, p[d]);
-        low = std::min<int>(low, p[d]);
+    const std::uint16_t* p = samples.first + row * samples.stride + column;
+    const auto meet = [&](int dy, int dx) {
+        const int v = p[dy * samples.stride + dx];
+        high = std::max(high, v);
+        low = std::min(low, v);
+    };
+    for (int dy = -1; dy <= 1; ++dy) {
+        for (int dx = -1; dx <= 1; ++dx)
+            if (dy != 0 || dx != 0) meet(dy, dx);
     }
-    const int value = std::max(0, *p - black);
-    return value - margin > 3 * std::max(0, high - black) || low - black - margin > 4 * value;
+    for (const auto& step : samples.alike(row, column))
+        meet(step.row, step.column);
+    const int black = limits.black, value = std::max(0, *p - black);
+    return value - limits.margin > limits.times * std::max(0, high - black) ||
+           low - black - limits.margin > 4 * value;
 }
 
 } // namespace
 
-void findConstants(const BayerSamples& samples, const std::vector<std::uint16_t>& values,
+MosaicSamples::MosaicSamples(std::uint16_t* samples, const SensorImage& sensor)
+    : first(samples),
+      stride(sensor.stride),
+      width(sensor.active.width),
+      height(sensor.active.height) {
+    if (sensor.layout == SensorLayout::monochrome) {
+        steps.push_back({{-1, 0}, {1, 0}, {0, -1}, {0, 1}});
+        return;
+    }
+    period = sensor.filters.period;
+    const bool isBayer = sensor.layout == SensorLayout::bayer;
+    for (int i = 0; i < period * period; ++i) {
+        const int row = sensor.active.top + i / period, column = sensor.active.left + i % period;
+        std::vector<Step> alike;
+        for (int dy = -2; dy <= 2; ++dy) {
+            for (int dx = -2; dx <= 2; ++dx) {
+                if (dy == 0 && dx == 0) continue;
+                if (isBayer && std::abs(dy) + std::abs(dx) != 2) continue;
+                if (isBayer && dy != 0 && dx != 0) continue; // the two greens may differ
+                if (sensor.filters.at(row + 6 + dy, column + 6 + dx) ==
+                    sensor.filters.at(row, column))
+                    alike.push_back({dy, dx});
+            }
+        }
+        steps.push_back(std::move(alike));
+    }
+}
+
+void findConstants(const MosaicSamples& samples, const std::vector<std::uint16_t>& values,
                    std::vector<BadPoint>& points) {
     // A constant that a good part of the picture has marks nothing.
     const std::size_t most = std::size_t(samples.width) * std::size_t(samples.height) / 50;
@@ -107,11 +145,11 @@ void findConstants(const BayerSamples& samples, const std::vector<std::uint16_t>
     }
 }
 
-void repairListed(const BayerSamples& samples, const std::vector<BadPoint>& points) {
+void repairListed(const MosaicSamples& samples, const std::vector<BadPoint>& points) {
     if (points.empty()) return;
     std::vector<bool> bad(std::size_t(samples.width) * std::size_t(samples.height));
     const auto isInside = [&](const BadPoint& p) {
-        return p.row < samples.height && p.column < samples.width;
+        return p.row >= 0 && p.column >= 0 && p.row < samples.height && p.column < samples.width;
     };
     for (const BadPoint& p : points) {
         if (isInside(p))
@@ -124,21 +162,24 @@ void repairListed(const BayerSamples& samples, const std::vector<BadPoint>& poin
     }
 }
 
-int repairStuck(const BayerSamples& samples, std::uint16_t black, std::uint16_t margin) {
+int repairStuck(const MosaicSamples& samples, const StuckLimits& limits) {
     constexpr int kLanes = 64; // of the widest vectors, and some
     if (samples.width < kLanes + 4 || samples.height < 5) return 0;
     std::vector<BadPoint> found;
     constexpr int kPart = 512;
+    // Two steps away another colour may stand in the larger pattern.
+    const int neighbours = samples.period == 6 ? 8 : 12;
     for (int row = 2; row < samples.height - 2; ++row) {
         const std::uint16_t* line = samples.first + row * samples.stride;
         for (int from = 2; from < samples.width - 2; from += kPart) {
             const int to = std::min(from + kPart, samples.width - 2);
             // Short remainders are looked at together with what is before them.
             const int begin = std::min(from, std::max(2, to - kLanes));
-            if (!HWY_DYNAMIC_DISPATCH(standsAlone)(line, samples.stride, begin, to, black, margin))
+            if (!HWY_DYNAMIC_DISPATCH(standsAlone)(line, samples.stride, begin, to, neighbours,
+                                                   limits))
                 continue;
             for (int x = from; x < to; ++x) {
-                if (isAlone(line + x, samples.stride, black, margin)) found.push_back({row, x});
+                if (isAlone(samples, row, x, limits)) found.push_back({row, x});
             }
         }
     }

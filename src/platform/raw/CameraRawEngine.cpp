@@ -65,7 +65,10 @@ private:
         if (!previews_ || (decoder_->statesExposure() && decoder_->statesWhite())) return true;
         constexpr int kMatchPixels = 512; // along the longer side; every 64th pixel is looked at
         const auto preview = decoder_->preview(kMatchPixels);
-        if (!preview || !*preview) return true;
+        if (!preview || !*preview) {
+            if (const auto bitmap = decoder_->bitmapPreview()) matchExposure(*bitmap, sensor);
+            return true;
+        }
         constexpr DecodeLimits kLimits{100'000'000, std::int64_t(1) << 29};
         const auto picture =
             previews_->decode((*preview)->bytes, decoder_->name(), kLimits, cancellation);
@@ -81,10 +84,14 @@ private:
                 sensor = std::move(*balanced);
             }
         }
-        if (decoder_->statesExposure()) return true;
-        const auto stops = matchedStops(previewLuminance(*picture), sensorLuminance(sensor));
-        if (stops) properties_.baselineExposureStops = *stops;
+        matchExposure(*picture, sensor);
         return true;
+    }
+
+    void matchExposure(const DecodedBitmap& picture, const SensorImage& sensor) {
+        if (decoder_->statesExposure()) return;
+        const auto stops = matchedStops(previewLuminance(picture), sensorLuminance(sensor));
+        if (stops) properties_.baselineExposureStops = *stops;
     }
 
     void describeWhite() {

@@ -9,9 +9,11 @@ namespace kelvaro {
 
 namespace {
 
-constexpr std::uint32_t kFixVignetteRadial = 3, kFixBadPixelsConstant = 4, kFixBadPixelsList = 5,
-                        kGainMap = 9;
-constexpr std::size_t kMaximumOpcodes = 64, kMaximumPoints = 1 << 20, kMaximumGrid = 1 << 22;
+constexpr std::uint32_t kWarpRectilinear = 1, kWarpFisheye = 2, kFixVignetteRadial = 3,
+                        kFixBadPixelsConstant = 4, kFixBadPixelsList = 5, kGainMap = 9,
+                        kWarpRectilinear2 = 14;
+constexpr std::size_t kMaximumOpcodes = 64, kMaximumPoints = 1 << 20, kMaximumGrid = 1 << 22,
+                      kMaximumWarps = 4;
 
 // Big-endian whatever the file's order; past the end it yields zeros and says so.
 class Numbers {
@@ -46,6 +48,10 @@ bool isSize(std::uint32_t v) {
     return v > 0 && v <= 65535;
 }
 
+Gains& gainsOf(OpcodeCorrections& corrections) {
+    return corrections.warps.empty() ? corrections.gains : corrections.lateGains;
+}
+
 void addGainMap(Numbers n, OpcodeCorrections& corrections) {
     GainMap map;
     const std::uint32_t top = n.u32(), left = n.u32(), bottom = n.u32(), right = n.u32();
@@ -70,20 +76,28 @@ void addGainMap(Numbers n, OpcodeCorrections& corrections) {
                           std::isfinite(map.columnOrigin);
     if (!isPlaced) return;
     map.area = {int(left), int(top), int(right - left), int(bottom - top)};
-    map.plane = int(plane);
-    map.planes = int(std::clamp<std::uint32_t>(planes, 1, kMaximumChannels));
     map.rowPitch = int(rowPitch);
     map.columnPitch = int(columnPitch);
     map.rows = int(rows);
     map.columns = int(columns);
-    for (std::size_t i = 0; i < cells; ++i) {
-        const float gain = n.single();
-        for (std::uint32_t p = 1; p < mapPlanes; ++p)
-            n.single();
-        if (!(gain >= 0 && gain <= 64)) return;
-        map.gains.push_back(gain);
+    // One map for each plane that it names, the last for all that remain.
+    const auto last = int(std::clamp<std::uint32_t>(planes, 1, kMaximumChannels));
+    std::vector<GainMap> maps;
+    for (int p = 0; p < std::min<int>(last, int(mapPlanes)); ++p) {
+        map.plane = int(plane) + p;
+        map.planes = p + 1 == int(mapPlanes) ? last - p : 1;
+        maps.push_back(map);
     }
-    corrections.gainMaps.push_back(std::move(map));
+    for (std::size_t i = 0; i < cells; ++i) {
+        for (std::uint32_t p = 0; p < mapPlanes; ++p) {
+            const float gain = n.single();
+            if (p >= maps.size()) continue;
+            if (!(gain >= 0 && gain <= 64)) return;
+            maps[p].gains.push_back(gain);
+        }
+    }
+    for (GainMap& each : maps)
+        gainsOf(corrections).maps.push_back(std::move(each));
 }
 
 void addRadialGain(Numbers n, OpcodeCorrections& corrections) {
@@ -96,7 +110,40 @@ void addRadialGain(Numbers n, OpcodeCorrections& corrections) {
         std::all_of(gain.k.begin(), gain.k.end(), [](double k) { return std::abs(k) < 100; }) &&
         gain.centreRow >= 0 && gain.centreRow <= 1 && gain.centreColumn >= 0 &&
         gain.centreColumn <= 1;
-    if (isSane && !n.isOver()) corrections.radialGains.push_back(gain);
+    if (isSane && !n.isOver()) gainsOf(corrections).radial.push_back(gain);
+}
+
+// The kinds differ in the coefficients of a channel and in which powers they stand for.
+void addWarp(std::uint32_t id, Numbers n, OpcodeCorrections& corrections) {
+    const bool isSecond = id == kWarpRectilinear2;
+    LensWarp warp;
+    warp.isFisheye = id == kWarpFisheye;
+    const std::uint32_t planes = n.u32();
+    const std::size_t each = isSecond ? 19 : warp.isFisheye ? 4 : 6;
+    if (planes < 1 || planes > kMaximumChannels ||
+        n.left() != 8 * (each * planes + 2) + (isSecond ? 4 : 0))
+        return;
+    for (std::uint32_t p = 0; p < planes; ++p) {
+        WarpCurve curve;
+        for (std::size_t i = 0; i < (isSecond ? curve.radial.size() : 4); ++i)
+            curve.radial[isSecond ? i : warp.isFisheye ? 2 * i + 1 : 2 * i] = n.real();
+        if (!warp.isFisheye) {
+            for (double& t : curve.tangential)
+                t = n.real();
+        }
+        if (isSecond) {
+            curve.leastRadius = n.real();
+            curve.mostRadius = n.real();
+        }
+        warp.planes.push_back(curve);
+    }
+    warp.centreColumn = n.real();
+    warp.centreRow = n.real();
+    warp.isReciprocal = isSecond && n.u32() != 0;
+    const bool isPlaced = warp.centreRow >= 0 && warp.centreRow <= 1 && warp.centreColumn >= 0 &&
+                          warp.centreColumn <= 1;
+    if (isPlaced && corrections.warps.size() < kMaximumWarps)
+        corrections.warps.push_back(std::move(warp));
 }
 
 void addBadPixels(Numbers n, OpcodeCorrections& corrections) {
@@ -161,6 +208,8 @@ void addOpcodes(std::span<const std::byte> list, OpcodeCorrections& corrections)
             if (bytes >= 8 && value <= 65535)
                 corrections.badConstants.push_back(std::uint16_t(value));
         }
+        if (id == kWarpRectilinear || id == kWarpFisheye || id == kWarpRectilinear2)
+            addWarp(id, content, corrections);
         if (id == kFixBadPixelsList) addBadPixels(content, corrections);
     }
 }

@@ -1,6 +1,6 @@
 // The corrections that a DNG's opcode lists ask for and a correct picture needs (DNG 1.6, chapter
-// 7): GainMap, FixVignetteRadial, FixBadPixelsConstant and FixBadPixelsList. Counts and sizes are
-// checked against the bytes.
+// 7): GainMap, FixVignetteRadial, FixBadPixelsConstant, FixBadPixelsList, WarpRectilinear, its
+// second form and WarpFisheye. Counts and sizes are checked against the bytes.
 #pragma once
 
 #include "platform/raw/SensorImage.h"
@@ -36,15 +36,37 @@ struct RadialGain {
 };
 
 struct BadPoint {
-    int row = 0, column = 0; // in the active area
+    int row = 0, column = 0; // in the active area; others are not looked at
+};
+
+struct Gains {
+    std::vector<GainMap> maps;
+    std::vector<RadialGain> radial;
+    bool isEmpty() const { return maps.empty() && radial.empty(); }
+};
+
+// How far from the centre a ray is found, for one channel: as a factor, the polynomial of the
+// radius (of its angle, for a fisheye), which is 1 at the corner farthest from the centre.
+struct WarpCurve {
+    std::array<double, 15> radial{}; // by power
+    std::array<double, 2> tangential{};
+    double leastRadius = 0, mostRadius = 1e9; // beyond them the factor stays
+};
+
+// Where a pixel of the corrected picture lies in the one that the lens drew.
+struct LensWarp {
+    std::vector<WarpCurve> planes;              // one for all channels, or one each
+    double centreRow = 0.5, centreColumn = 0.5; // relative to the active area
+    bool isFisheye = false;
+    bool isReciprocal = false; // the polynomial divides
 };
 
 struct OpcodeCorrections {
-    std::vector<GainMap> gainMaps;
-    std::vector<RadialGain> radialGains;
+    Gains gains;                 // before the warps
+    std::vector<LensWarp> warps; // one after the other
+    Gains lateGains;             // of the warped picture
     std::vector<BadPoint> badPoints;
     std::vector<std::uint16_t> badConstants; // samples of these values are bad
-    bool hasGains() const { return !gainMaps.empty() || !radialGains.empty(); }
 };
 
 // Adds what one list (tag 51008, 51009 or 51022) asks for. What is unknown or damaged is left out.

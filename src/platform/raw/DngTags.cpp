@@ -32,6 +32,7 @@ enum Tag : std::uint16_t {
     blackLevelDeltaH = 50715,
     blackLevelDeltaV = 50716,
     whiteLevel = 50717,
+    defaultScale = 50718,
     defaultCropOrigin = 50719,
     defaultCropSize = 50720,
     colorMatrix1 = 50721,
@@ -45,6 +46,8 @@ enum Tag : std::uint16_t {
     calibrationIlluminant1 = 50778,
     calibrationIlluminant2 = 50779,
     activeArea = 50829,
+    cameraCalibrationSignature = 50931,
+    profileCalibrationSignature = 50932,
     forwardMatrix1 = 50964,
     forwardMatrix2 = 50965,
     opcodeList1 = 51008,
@@ -130,16 +133,21 @@ std::optional<ColourFilters> readFilters(const TiffDirectory& raw) {
     return filters;
 }
 
-// Square matrices may come as a diagonal of ones when absent.
-std::vector<double> calibrationDiagonal(const TiffDirectory& main, std::uint16_t tag,
-                                        std::size_t n) {
-    const auto v = main.numbers(tag, 16);
-    std::vector<double> diagonal(n, 1.0);
-    if (v.size() != n * n || !areFinite(v)) return diagonal;
-    for (std::size_t i = 0; i < n; ++i) {
-        if (v[i * n + i] > 0) diagonal[i] = v[i * n + i];
-    }
-    return diagonal;
+// How this very camera differs from its kind: n × n, rows times each other's channels. The
+// identity where it is absent or was made for other matrices.
+std::vector<double> individualCalibration(const TiffDirectory& main, std::uint16_t tag,
+                                          std::size_t n) {
+    auto v = main.numbers(tag, 16);
+    const bool isMeant =
+        main.text(cameraCalibrationSignature) == main.text(profileCalibrationSignature);
+    bool isSane = v.size() == n * n && areFinite(v);
+    for (std::size_t i = 0; i < n && isSane; ++i)
+        isSane = v[i * n + i] > 0;
+    if (isMeant && isSane) return v;
+    v.assign(n * n, 0);
+    for (std::size_t i = 0; i < n; ++i)
+        v[i * n + i] = 1;
+    return v;
 }
 
 std::optional<Calibration> readCalibration(const TiffDirectory& main, std::uint16_t matrixTag,
@@ -148,17 +156,18 @@ std::optional<Calibration> readCalibration(const TiffDirectory& main, std::uint1
     const auto m = main.numbers(matrixTag, 12);
     if ((m.size() != 9 && m.size() != 12) || !areFinite(m)) return std::nullopt;
     const std::size_t n = m.size() / 3;
-    auto scale = calibrationDiagonal(main, calibrationTag, n);
+    auto individual = individualCalibration(main, calibrationTag, n);
     const auto balance = main.numbers(analogBalance, 4);
     if (balance.size() == n && areFinite(balance)) {
-        for (std::size_t c = 0; c < n; ++c) {
-            if (balance[c] > 0) scale[c] *= balance[c];
+        for (std::size_t i = 0; i < n * n; ++i) {
+            if (balance[i / n] > 0) individual[i] *= balance[i / n];
         }
     }
     Calibration calibration;
     for (std::size_t c = 0; c < n; ++c) {
         for (std::size_t i = 0; i < 3; ++i) {
-            calibration.cameraFromXyz[c][i] = m[c * 3 + i] * scale[c];
+            for (std::size_t k = 0; k < n; ++k)
+                calibration.cameraFromXyz[c][i] += individual[c * n + k] * m[k * 3 + i];
         }
     }
     const auto f = main.numbers(forwardTag, 12);
@@ -228,9 +237,18 @@ std::vector<std::uint16_t> readLinearisation(const TiffDirectory& raw) {
     return table;
 }
 
-double stops(const TiffDirectory& main, std::uint16_t tag) {
+std::optional<double> stops(const TiffDirectory& main, std::uint16_t tag) {
     const auto value = main.number(tag);
-    return value && std::abs(*value) <= 10 ? *value : 0;
+    return value && std::abs(*value) <= 10 ? value : std::nullopt;
+}
+
+// Only their ratio counts: the picture keeps all its pixels and is made longer in one direction.
+void readScale(const TiffDirectory& raw, DngTags& tags) {
+    const auto v = raw.numbers(defaultScale, 2); // across, down
+    if (v.size() != 2 || !(v[0] > 0) || !(v[1] > 0)) return;
+    const auto [row, column] = squaringScales(v[0] / v[1]);
+    tags.rowScale = row;
+    tags.columnScale = column;
 }
 
 bool isPicture(const TiffDirectory& directory, int width, int height) {
@@ -269,14 +287,21 @@ std::optional<DngTags> readDngTags(const TiffFile& file, int width, int height,
     tags.white = raw->numbers(whiteLevel, kMaximumChannels);
     if (!areFinite(tags.white)) tags.white.clear();
     tags.filters = readFilters(*raw);
-    for (const std::uint16_t list : {opcodeList1, opcodeList2, opcodeList3}) {
-        addOpcodes(raw->bytes(list, kMaximumOpcodeBytes), tags.corrections);
+    // The first list speaks of all that is stored, the others of the active area.
+    addOpcodes(raw->bytes(opcodeList1, kMaximumOpcodeBytes), tags.corrections);
+    for (BadPoint& point : tags.corrections.badPoints) {
+        point.row -= active.top;
+        point.column -= active.left;
     }
+    for (const std::uint16_t list : {opcodeList2, opcodeList3})
+        addOpcodes(raw->bytes(list, kMaximumOpcodeBytes), tags.corrections);
     tags.colour = readColour(all.front());
     const int turn = integer(all.front(), orientation, 1);
     tags.orientation = turn >= 1 && turn <= 8 ? turn : 1;
-    tags.baselineExposureStops =
-        stops(all.front(), baselineExposure) + stops(all.front(), baselineExposureOffset);
+    const auto given = stops(all.front(), baselineExposure),
+               further = stops(all.front(), baselineExposureOffset);
+    if (given || further) tags.baselineExposureStops = given.value_or(0) + further.value_or(0);
+    readScale(*raw, tags);
     tags.reachesPastEnd = lieOutside(*raw, stripOffsets, stripByteCounts, fileBytes) ||
                           lieOutside(*raw, tileOffsets, tileByteCounts, fileBytes);
     return tags;

@@ -32,8 +32,9 @@ struct DngTags {
     OpcodeCorrections corrections;
     CameraMatrices colour;
     int orientation = 1;
-    double baselineExposureStops = 0;
-    bool reachesPastEnd = false; // strips or tiles lie outside the file
+    std::optional<double> baselineExposureStops; // none where the file does not say
+    double rowScale = 1, columnScale = 1;        // that make the pixels square; one of them is 1
+    bool reachesPastEnd = false;                 // strips or tiles lie outside the file
 };
 
 // The directory of the main picture: the mosaic or linear one of the given size. None when this is

@@ -105,7 +105,9 @@ namespace {
 
 constexpr int kSharpeningBorder = 2, kColourBorder = 14; // 2 (1 + 2 + 4)
 constexpr float kDefaultAmount = 1.1f;
-constexpr float kNoiseTimes = 3.0f;
+// How far a detail must stand out to be kept. The finest noise after a demosaic has many large
+// outliers.
+constexpr float kNoiseTimes[NoiseModel::kLevels] = {5.0f, 4.0f, 3.0f};
 constexpr float kVisible = 0.0015f; // of encoded values; a display step is about 0.004
 
 // The last rows of a plane, as many as a power of two holds. Rows outside the picture repeat its
@@ -178,7 +180,8 @@ void Finishing::resize(int width) {
 // All steps follow each other row by row, so that what one leaves is still in the cache for the
 // next; each level lags behind by its reach.
 void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
-                    const NoiseModel& noise, const FinishingSettings& settings) {
+                    const NoiseModel& noise, const FinishingSettings& settings,
+                    const ColourOffsets* offsets) {
     if (border(settings) == 0) return;
     resize(width);
     const auto w = std::size_t(width);
@@ -193,6 +196,10 @@ void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width,
             HWY_DYNAMIC_DISPATCH(splitRow)
             (planes[0] + in, planes[1] + in, planes[2] + in, settings.toe, y.row(t),
              ring(colour_[0].levels[0]).row(t), ring(colour_[1].levels[0]).row(t), w);
+            if (offsets) {
+                offsets->add(t, width, ring(colour_[0].levels[0]).row(t),
+                             ring(colour_[1].levels[0]).row(t));
+            }
         }
         const int sharpened = t - kSharpeningBorder;
         if (settings.sharpening > 0 && sharpened >= 0 && sharpened < height) {
@@ -213,7 +220,7 @@ void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width,
                 if (level == 0) std::fill_n(sum, w, 0.0f);
                 HWY_DYNAMIC_DISPATCH(shrinkRow)
                 (from.row(row), to.row(row), y.row(row),
-                 noise.colour[std::size_t(c)][std::size_t(level)], kNoiseTimes, sum, w);
+                 noise.colour[std::size_t(c)][std::size_t(level)], kNoiseTimes[level], sum, w);
             }
         }
         const int done = t - lag;

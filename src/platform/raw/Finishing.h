@@ -31,15 +31,23 @@ struct FinishingSettings {
     float toe = 0.016f; // of the compressive domain
 };
 
+// What is added to the two colour differences of a tile's row before they are reduced.
+class ColourOffsets {
+public:
+    virtual ~ColourOffsets() = default;
+    virtual void add(int row, int count, float* u, float* v) const = 0;
+};
+
 class Finishing {
 public:
     // How far a result reaches for its input.
     static int border(const FinishingSettings& settings);
 
     // In place on three planes of linear values, width × height with `stride`; valid border()
-    // inside. Values must be finite.
+    // inside. Values must be finite. `offsets` may be null.
     void run(float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
-             const NoiseModel& noise, const FinishingSettings& settings);
+             const NoiseModel& noise, const FinishingSettings& settings,
+             const ColourOffsets* offsets = nullptr);
     // What a tile contributes to the measurement: its interior's encoded luminance and details, one
     // pixel in about four. Leaves the planes as they are.
     struct Sample {

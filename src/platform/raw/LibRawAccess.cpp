@@ -44,6 +44,7 @@ SensorLayout LibRawAccess::layout() {
 
 bool LibRawAccess::needsProcessing() {
     const auto& id = imgdata.idata;
+    if (id.is_foveon) return true;
     if (id.filters == 0 || id.filters == LIBRAW_XTRANS) return false;
     if (is_fuji_rotated() || id.colors != 3 || is_phaseone_compressed()) return true;
     // Ours repeats after two rows; some old sensors after eight.
@@ -153,6 +154,24 @@ float LibRawAccess::white() const {
     return float(imgdata.color.maximum);
 }
 
+std::optional<double> LibRawAccess::exposureStops() const {
+    constexpr double kUnset = -900, kMost = 4;
+    const auto& fuji = imgdata.makernotes.fuji;
+    double stops = 0;
+    bool isStated = false;
+    const auto add = [&](double value) {
+        isStated = true;
+        stops += value;
+    };
+    // The middle of the range is moved down by what is to be added again.
+    if (fuji.ExpoMidPointShift > kUnset) add(-double(fuji.ExpoMidPointShift));
+    if (fuji.BrightnessCompensation > 0) add(double(fuji.BrightnessCompensation));
+    if (imgdata.color.dng_levels.baseline_exposure > kUnset)
+        add(double(imgdata.color.dng_levels.baseline_exposure));
+    if (!isStated || !(std::abs(stops) <= kMost)) return std::nullopt;
+    return stops;
+}
+
 bool LibRawAccess::isLossyDng() {
     const char* decoder = unpack_function_name();
     return decoder && std::string_view(decoder) == "lossy_dng_load_raw()";
@@ -202,6 +221,7 @@ int LibRawAccess::process(const ChannelValues& balance, bool half) {
     p.half_size = half ? 1 : 0;
     p.user_qual = 3;
     p.use_fuji_rotate = 1;
+    imgdata.sizes.pixel_aspect = 1; // pixels are made square later
     return dcraw_process();
 }
 

@@ -9,6 +9,8 @@
 
 #include <libraw/libraw.h>
 
+#include <optional>
+
 namespace kelvaro {
 
 class LibRawAccess : public LibRaw {
@@ -25,6 +27,8 @@ public:
     CameraMatrices matrices() const;
     BlackLevels black();
     float white() const;
+    // How far the maker means the samples to be brightened; none where the file does not say.
+    std::optional<double> exposureStops() const;
     bool isLossyDng();
     JpegPlace thumbnail(); // unchecked
 

@@ -20,53 +20,109 @@ constexpr float kNeutralWeight = 0.02f;
 
 } // namespace
 
+// Takes red, green and blue of one place at a time.
+struct LocalColour::Sum {
+    Cell* cells;
+    float limits[3]; // from which a channel counts as saturated
+    bool isSaturated = false;
+
+    // `most` are the largest values that the three are means of.
+    void add(int cell, const float (&rgb)[3], const float (&most)[3]) {
+        if (most[0] > limits[0] || most[1] > limits[1] || most[2] > limits[2]) {
+            isSaturated = true;
+            return;
+        }
+        const float sum = rgb[0] + rgb[1] + rgb[2];
+        if (!(sum > 0.05f)) return;
+        const float weight = weightOf(sum / 3), part = weight / sum;
+        for (std::size_t c = 0; c < 3; ++c)
+            cells[cell][c] += part * std::max(rgb[c], 0.0f);
+        cells[cell][3] += weight;
+    }
+};
+
 LocalColour::LocalColour(const SensorImage& sensor, const MosaicReader& reader,
-                         const std::array<float, 3>& saturation) {
-    const SensorRect& active = sensor.active;
-    columns_ = (active.width + kCell - 1) / kCell;
-    rows_ = (active.height + kCell - 1) / kCell;
+                         const std::array<float, 3>& saturation)
+    : active_(sensor.active), cell_(sensor.layout == SensorLayout::xTrans ? 12 : 8) {
+    columns_ = (active_.width + cell_ - 1) / cell_;
+    rows_ = (active_.height + cell_ - 1) / cell_;
     std::vector<Cell> cells(std::size_t(columns_) * std::size_t(rows_), Cell{});
-    const BayerPhase phase = reader.phase();
-    const int redRow = (phase.redRow + active.top) & 1,
-              redColumn = (phase.redColumn + active.left) & 1;
     std::atomic<bool> isSaturated{false};
     tbb::parallel_for(0, rows_, [&](int row) {
-        const int pairs = columns_ * kCell / 2;
-        std::vector<float> values(std::size_t(4 * pairs));
-        // [row of the quad][parity of the column]
-        float* const v[2][2] = {{values.data(), values.data() + pairs},
-                                {values.data() + 2 * pairs, values.data() + 3 * pairs}};
-        bool saturated = false;
-        for (int y = 0; y < kCell; y += 2) {
-            for (int k = 0; k < 2; ++k) {
-                reader.split(active.top + row * kCell + y + k, active.left, pairs, v[k][0],
-                             v[k][1]);
-            }
-            for (int x = 0; x < pairs; ++x) {
-                const float r = v[redRow][redColumn][x], b = v[1 - redRow][1 - redColumn][x];
-                const float g1 = v[redRow][1 - redColumn][x], g2 = v[1 - redRow][redColumn][x];
-                const float g = 0.5f * (g1 + g2);
-                if (r > kSound * saturation[0] || std::max(g1, g2) > kSound * saturation[1] ||
-                    b > kSound * saturation[2]) {
-                    saturated = true;
-                    continue;
-                }
-                const float sum = r + g + b;
-                if (!(sum > 0.05f)) continue;
-                Cell& cell = cells[std::size_t(row * columns_ + x / (kCell / 2))];
-                const float weight = weightOf(sum / 3);
-                const float part = weight / sum;
-                cell[0] += part * std::max(r, 0.0f);
-                cell[1] += part * std::max(g, 0.0f);
-                cell[2] += part * std::max(b, 0.0f);
-                cell[3] += weight;
-            }
+        Sum sum{cells.data() + row * columns_,
+                {kSound * saturation[0], kSound * saturation[1], kSound * saturation[2]}};
+        if (sensor.layout == SensorLayout::bayer) {
+            addBayer(reader, row, sum);
+        } else if (sensor.layout == SensorLayout::xTrans) {
+            addXTrans(sensor, reader, row, sum);
+        } else {
+            addFullColour(reader, row, sum);
         }
-        if (saturated) isSaturated = true;
+        if (sum.isSaturated) isSaturated = true;
     });
     if (!isSaturated) return;
     cells_ = std::move(cells);
     fill();
+}
+
+void LocalColour::addBayer(const MosaicReader& reader, int row, Sum& sum) const {
+    const BayerPhase phase = reader.phase();
+    const int redRow = (phase.redRow + active_.top) & 1,
+              redColumn = (phase.redColumn + active_.left) & 1;
+    const int pairs = columns_ * cell_ / 2;
+    std::vector<float> values(std::size_t(4 * pairs));
+    // [row of the quad][parity of the column]
+    float* const v[2][2] = {{values.data(), values.data() + pairs},
+                            {values.data() + 2 * pairs, values.data() + 3 * pairs}};
+    for (int y = 0; y < cell_; y += 2) {
+        for (int k = 0; k < 2; ++k)
+            reader.split(active_.top + row * cell_ + y + k, active_.left, pairs, v[k][0], v[k][1]);
+        for (int x = 0; x < pairs; ++x) {
+            const float r = v[redRow][redColumn][x], b = v[1 - redRow][1 - redColumn][x];
+            const float g1 = v[redRow][1 - redColumn][x], g2 = v[1 - redRow][redColumn][x];
+            sum.add(x / (cell_ / 2), {r, 0.5f * (g1 + g2), b}, {r, std::max(g1, g2), b});
+        }
+    }
+}
+
+// Means of 6 × 6 photosites.
+void LocalColour::addXTrans(const SensorImage& sensor, const MosaicReader& reader, int row,
+                            Sum& sum) const {
+    const int width = columns_ * cell_;
+    std::vector<float> values(std::size_t(6 * width));
+    for (int y = 0; y < cell_; y += 6) {
+        const int top = active_.top + row * cell_ + y;
+        for (int k = 0; k < 6; ++k)
+            reader.row(top + k, active_.left, width, 0, values.data() + k * width);
+        for (int x = 0; x < width; x += 6) {
+            float mean[3] = {}, most[3] = {}, counts[3] = {};
+            for (int i = 0; i < 36; ++i) {
+                const int c = sensor.filters.at(top + i / 6, active_.left + x + i % 6);
+                const float v = values[std::size_t(i / 6 * width + x + i % 6)];
+                mean[c] += v;
+                most[c] = std::max(most[c], v);
+                counts[c] += 1;
+            }
+            for (int c = 0; c < 3; ++c)
+                mean[c] /= std::max(1.0f, counts[c]);
+            sum.add(x / cell_, mean, most);
+        }
+    }
+}
+
+void LocalColour::addFullColour(const MosaicReader& reader, int row, Sum& sum) const {
+    const int width = columns_ * cell_;
+    std::vector<float> values(std::size_t(3 * width));
+    for (int y = 0; y < cell_; y += 2) {
+        for (int c = 0; c < 3; ++c) {
+            reader.row(active_.top + row * cell_ + y, active_.left, width, c,
+                       values.data() + c * width);
+        }
+        for (int x = 0; x < width; x += 2) {
+            const auto at = [&](int c) { return values[std::size_t(c * width + x)]; };
+            sum.add(x / cell_, {at(0), at(1), at(2)}, {at(0), at(1), at(2)});
+        }
+    }
 }
 
 void LocalColour::fill() {
@@ -129,8 +185,9 @@ void LocalColour::fill() {
 }
 
 std::array<float, 3> LocalColour::at(float row, float column) const {
-    const float y = std::clamp(row / kCell - 0.5f, 0.0f, float(rows_ - 1));
-    const float x = std::clamp(column / kCell - 0.5f, 0.0f, float(columns_ - 1));
+    const auto side = float(cell_);
+    const float y = std::clamp(row / side - 0.5f, 0.0f, float(rows_ - 1));
+    const float x = std::clamp(column / side - 0.5f, 0.0f, float(columns_ - 1));
     const int r = int(y), c = int(x);
     const int r1 = std::min(r + 1, rows_ - 1), c1 = std::min(c + 1, columns_ - 1);
     const float fy = y - float(r), fx = x - float(c);

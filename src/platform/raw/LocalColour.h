@@ -13,10 +13,8 @@ namespace kelvaro {
 
 class LocalColour {
 public:
-    static constexpr int kCell = 8; // photosites along each side of one cell
-
-    // Looks at the active area of a Bayer sensor. `saturation` are balanced values. The map stays
-    // empty when nothing is saturated.
+    // Looks at the active area of a sensor of three colours. `saturation` are balanced values. The
+    // map stays empty when nothing is saturated.
     LocalColour(const SensorImage& sensor, const MosaicReader& reader,
                 const std::array<float, 3>& saturation);
 
@@ -28,8 +26,14 @@ public:
 private:
     // Red, green, blue and the weight, the colours multiplied by it.
     using Cell = std::array<float, 4>;
+    struct Sum; // of what falls into a row of cells
+    void addBayer(const MosaicReader& reader, int row, Sum& sum) const;
+    void addXTrans(const SensorImage& sensor, const MosaicReader& reader, int row, Sum& sum) const;
+    void addFullColour(const MosaicReader& reader, int row, Sum& sum) const;
     void fill();
 
+    SensorRect active_;
+    int cell_; // photosites along each side of one cell
     int columns_ = 0, rows_ = 0;
     std::vector<Cell> cells_;
 };

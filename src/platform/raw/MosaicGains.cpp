@@ -16,10 +16,9 @@ int mirrored(int at, int length) {
 
 } // namespace
 
-GainedMosaic::GainedMosaic(const SensorImage& sensor, const OpcodeCorrections& corrections,
-                           const SplitRows& mosaic)
-    : active_(sensor.active), corrections_(corrections), mosaic_(mosaic) {
-    for (const GainMap& map : corrections.gainMaps) {
+PlaceGains::PlaceGains(const SensorImage& sensor, const Gains& gains)
+    : active_(sensor.active), gains_(gains) {
+    for (const GainMap& map : gains.maps) {
         std::vector<GridColumn> columns(std::size_t(active_.width));
         for (int x = 0; x < active_.width; ++x) {
             const int fromLeft = x - map.area.left;
@@ -31,7 +30,7 @@ GainedMosaic::GainedMosaic(const SensorImage& sensor, const OpcodeCorrections& c
     }
 }
 
-float GainedMosaic::radial(const RadialGain& gain, int y, int x) const {
+float PlaceGains::radial(const RadialGain& gain, int y, int x) const {
     const double cy = gain.centreRow * active_.height, cx = gain.centreColumn * active_.width;
     const double farY = std::max(cy, active_.height - cy), farX = std::max(cx, active_.width - cx);
     const double dy = y + 0.5 - cy, dx = x + 0.5 - cx;
@@ -42,11 +41,10 @@ float GainedMosaic::radial(const RadialGain& gain, int y, int x) const {
     return float(std::max(0.0, 1 + sum));
 }
 
-void GainedMosaic::split(int row, int column, int pairs, float* even, float* odd) const {
-    mosaic_.split(row, column, pairs, even, odd);
+void PlaceGains::multiplyMosaic(int row, int column, int pairs, float* even, float* odd) const {
     const int y = mirrored(row - active_.top, active_.height);
     for (std::size_t m = 0; m < columns_.size(); ++m) {
-        const GainMap& map = corrections_.gainMaps[m];
+        const GainMap& map = gains_.maps[m];
         const int fromTop = y - map.area.top;
         if (map.plane != 0) continue;
         if (fromTop < 0 || y >= map.area.bottom() || fromTop % map.rowPitch != 0) continue;
@@ -64,7 +62,7 @@ void GainedMosaic::split(int row, int column, int pairs, float* even, float* odd
             (i & 1 ? odd : even)[i / 2] *= gain[0] + at.fraction * (gain[1] - gain[0]);
         }
     }
-    for (const RadialGain& gain : corrections_.radialGains) {
+    for (const RadialGain& gain : gains_.radial) {
         for (int i = 0; i < 2 * pairs; ++i) {
             const int x = mirrored(column + i - active_.left, active_.width);
             (i & 1 ? odd : even)[i / 2] *= radial(gain, y, x);
@@ -72,11 +70,11 @@ void GainedMosaic::split(int row, int column, int pairs, float* even, float* odd
     }
 }
 
-void GainedMosaic::multiply(int row, int column, int step, int count, int channel,
-                            float* values) const {
+void PlaceGains::multiply(int row, int column, int step, int count, int channel,
+                          float* values) const {
     const int y = mirrored(row, active_.height);
     for (std::size_t m = 0; m < columns_.size(); ++m) {
-        const GainMap& map = corrections_.gainMaps[m];
+        const GainMap& map = gains_.maps[m];
         const bool isMeant = channel >= map.plane && channel < map.plane + map.planes;
         if (!isMeant || map.rowPitch != 1 || map.columnPitch != 1) continue;
         if (y < map.area.top || y >= map.area.bottom()) continue;
@@ -91,7 +89,7 @@ void GainedMosaic::multiply(int row, int column, int step, int count, int channe
             values[i] *= gain[0] + at.fraction * (gain[1] - gain[0]);
         }
     }
-    for (const RadialGain& gain : corrections_.radialGains) {
+    for (const RadialGain& gain : gains_.radial) {
         for (int i = 0; i < count; ++i)
             values[i] *= radial(gain, y, mirrored(column + i * step, active_.width));
     }

@@ -9,16 +9,15 @@
 
 namespace kelvaro {
 
-class GainedMosaic final : public SplitRows {
+class PlaceGains {
 public:
-    // All outlive this object. Rows and columns outside the active area take the mirrored place's
+    // Both outlive this object. Rows and columns outside the active area take the mirrored place's
     // gain.
-    GainedMosaic(const SensorImage& sensor, const OpcodeCorrections& corrections,
-                 const SplitRows& mosaic);
-    void split(int row, int column, int pairs, float* even, float* odd) const override;
-
-    // The same for `count` values of one channel of a sensor that is no Bayer mosaic, after their
-    // demosaic: active row, and columns `step` apart. Maps for some photosites only are left out.
+    PlaceGains(const SensorImage& sensor, const Gains& gains);
+    // `pairs` photosites of a Bayer mosaic at even and odd distance from (row, column), stored.
+    void multiplyMosaic(int row, int column, int pairs, float* even, float* odd) const;
+    // `count` values of one channel, of a demosaiced picture or a sensor that has all of them:
+    // active row, and columns `step` apart. Maps for some photosites only are left out.
     void multiply(int row, int column, int step, int count, int channel, float* values) const;
 
 private:
@@ -30,9 +29,24 @@ private:
     };
     float radial(const RadialGain& gain, int y, int x) const;
     SensorRect active_;
-    const OpcodeCorrections& corrections_;
-    const SplitRows& mosaic_;
+    const Gains& gains_;
     std::vector<std::vector<GridColumn>> columns_; // per map
+};
+
+// A Bayer mosaic with its gains.
+class GainedMosaic final : public SplitRows {
+public:
+    // All outlive this object.
+    GainedMosaic(const PlaceGains& gains, const SplitRows& mosaic)
+        : gains_(gains), mosaic_(mosaic) {}
+    void split(int row, int column, int pairs, float* even, float* odd) const override {
+        mosaic_.split(row, column, pairs, even, odd);
+        gains_.multiplyMosaic(row, column, pairs, even, odd);
+    }
+
+private:
+    const PlaceGains& gains_;
+    const SplitRows& mosaic_;
 };
 
 } // namespace kelvaro

@@ -20,13 +20,29 @@ int mirrored(int at, int first, int length) {
     return first + std::min(inside, period - inside);
 }
 
-// The place inside that shows what lies beyond the edge, through the same filter: mirrored where
-// the pattern repeats after two photosites, moved by whole periods where it is larger.
-int inside(int at, int first, int length, int period) {
-    if (period == 2 || length < period) return mirrored(at, first, length);
-    if (at < first) return first + remainder(at - first, period);
-    const int last = first + length - 1;
-    return at > last ? last - remainder(last - at, period) : at;
+// Whether the filters look the same on both sides of a row or a column.
+bool mirrors(const ColourFilters& filters, int axis, bool isRow) {
+    const int p = filters.period;
+    for (int i = 1; i <= p; ++i) {
+        for (int k = 0; k < p; ++k) {
+            const int before = remainder(axis - i, p), after = (axis + i) % p;
+            const bool isSame = isRow ? filters.at(before, k) == filters.at(after, k)
+                                      : filters.at(k, before) == filters.at(k, after);
+            if (!isSame) return false;
+        }
+    }
+    return true;
+}
+
+// The row or column nearest to the edge, from `from` on in steps of `step`, about which the pattern
+// may be mirrored; one far outside where there is none.
+int axisNear(const SensorImage& sensor, int from, int step, bool isRow) {
+    if (sensor.layout != SensorLayout::xTrans) return from;
+    for (int i = 0; i < sensor.filters.period; ++i) {
+        const int axis = from + i * step;
+        if (axis >= 0 && mirrors(sensor.filters, axis, isRow)) return axis;
+    }
+    return from - step * (1 << 20);
 }
 
 } // namespace
@@ -36,6 +52,11 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
         sensor.layout == SensorLayout::bayer || sensor.layout == SensorLayout::xTrans;
     const int channels = sensor.layout == SensorLayout::fullColour ? sensor.channels : 1;
     const auto& black = sensor.black;
+    const SensorRect& active = sensor.active;
+    rows_ = {active.top, active.height, axisNear(sensor, active.top, 1, true),
+             axisNear(sensor, active.bottom() - 1, -1, true)};
+    columns_ = {active.left, active.width, axisNear(sensor, active.left, 1, false),
+                axisNear(sensor, active.right() - 1, -1, false)};
     tableRows_ = std::lcm(black.rows, isMosaic ? sensor.filters.period : 1);
     const auto size =
         std::size_t(channels) * std::size_t(tableRows_) * std::size_t(sensor.active.width);
@@ -46,6 +67,8 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
     scale_.reserve(size);
     BlackLevels table = black;
     table.rowDeltas.clear();
+    BlackLevels even = table; // without what differs by column: it does not change the range
+    even.columnDeltas.clear();
     for (int c = 0; c < channels; ++c) {
         for (int r = 0; r < tableRows_; ++r) {
             const int row = sensor.active.top + r;
@@ -60,16 +83,27 @@ MosaicReader::MosaicReader(const SensorImage& sensor) : sensor_(sensor) {
                     balance *= isRedRow ? 1 / root : root;
                 }
                 black_.push_back(level);
-                scale_.push_back(balance / (sensor.white[channel] - level));
+                scale_.push_back(balance / (sensor.white[channel] - even.at(row, column, c)));
             }
         }
     }
 }
 
+int MosaicReader::inside(int at, const Axis& axis) const {
+    const int last = axis.first + axis.length - 1;
+    if (at >= axis.first && at <= last) return at;
+    const int other = 2 * (at < axis.first ? axis.mirrorFirst : axis.mirrorLast) - at;
+    if (other >= axis.first && other <= last) return other;
+    // Pictures smaller than what is asked for. Whole periods keep the larger pattern.
+    const int period = sensor_.layout == SensorLayout::xTrans ? sensor_.filters.period : 2;
+    if (period == 2 || axis.length < period) return mirrored(at, axis.first, axis.length);
+    if (at < axis.first) return axis.first + remainder(at - axis.first, period);
+    return last - remainder(last - at, period);
+}
+
 void MosaicReader::row(int row, int column, int count, int channel, float* out) const {
     const SensorRect& active = sensor_.active;
-    const int period = sensor_.layout == SensorLayout::xTrans ? 6 : 2;
-    const int y = inside(row, active.top, active.height, period);
+    const int y = inside(row, rows_);
     const int tableRow = channel * tableRows_ + remainder(y - active.top, tableRows_);
     const auto at = std::size_t(tableRow) * std::size_t(active.width);
     const float* black = black_.data() + at - active.left;
@@ -89,11 +123,11 @@ void MosaicReader::row(int row, int column, int count, int channel, float* out) 
         const int from = std::clamp(active.left - column, 0, count);
         const int to = std::clamp(active.right() - column, from, count);
         for (int i = 0; i < from; ++i)
-            out[i] = value(inside(column + i, active.left, active.width, period));
+            out[i] = value(inside(column + i, columns_));
         for (int i = from; i < to; ++i)
             out[i] = value(column + i);
         for (int i = to; i < count; ++i)
-            out[i] = value(inside(column + i, active.left, active.width, period));
+            out[i] = value(inside(column + i, columns_));
     };
     if (sensor_.integers) {
         values(sensor_.integers);
@@ -116,7 +150,7 @@ void MosaicReader::split(int row, int column, int pairs, float* even, float* odd
         }
         return;
     }
-    const int y = inside(row, active.top, active.height, 2);
+    const int y = inside(row, rows_);
     const auto at = std::size_t(remainder(y - active.top, tableRows_)) * std::size_t(active.width) +
                     std::size_t(column - active.left);
     const float blackEven = black_[at], blackOdd = black_[at + 1];

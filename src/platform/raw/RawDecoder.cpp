@@ -1,6 +1,7 @@
 #include "platform/raw/RawDecoder.h"
 
 #include "platform/raw/BadPhotosites.h"
+#include "platform/raw/EmbeddedBitmap.h"
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
 #include "platform/raw/LosslessTiles.h"
@@ -25,7 +26,8 @@ constexpr std::uint64_t kMaximumPreviewBytes = 128 << 20;
 // Decoders look a little ahead; more than this missing means that the picture breaks off.
 constexpr INT64 kMissingTolerated = 4096;
 constexpr auto kTimeLimit = 9s;
-constexpr float kStuckMargin = 0.02f; // of the range from black to white
+constexpr float kStuckMargin = 0.02f, kLeastMargin = 0.002f; // of the range from black to white
+constexpr float kLongExposureSeconds = 1, kTimesNoise = 10;
 
 int exifOrientation(int flip) {
     constexpr std::array<int, 8> codes{1, 2, 4, 3, 5, 8, 6, 7};
@@ -87,7 +89,7 @@ Result<void> RawDecoder::identify() {
         return fail(failure(code));
     }
     const auto& sizes = library_->imgdata.sizes;
-    if (sizes.raw_width == 0 || sizes.raw_height == 0 || library_->imgdata.idata.is_foveon) {
+    if (sizes.raw_width == 0 || sizes.raw_height == 0) {
         return fail(failure(LIBRAW_FILE_UNSUPPORTED));
     }
     directories_ = std::make_unique<TiffFile>(
@@ -140,7 +142,8 @@ void RawDecoder::describe() {
     }
     d.orientation = dng_ ? dng_->orientation : exifOrientation(data.sizes.flip);
     d.corrections = dng_ ? &dng_->corrections : nullptr;
-    d.exposureStops = dng_ ? dng_->baselineExposureStops : 0;
+    describeExposure();
+    describeShape();
     d.layout = library_->layout();
     needsProcessing_ = library_->needsProcessing();
     if (needsProcessing_) {
@@ -178,6 +181,19 @@ void RawDecoder::describe() {
     if (d.layout == SensorLayout::monochrome) camera_ = {1, {}, {}, {}, {}};
     describeColour();
     describeLevels();
+}
+
+void RawDecoder::describeExposure() {
+    const auto stated = dng_ ? dng_->baselineExposureStops : library_->exposureStops();
+    statesExposure_ = stated.has_value();
+    description_.exposureStops = stated.value_or(0);
+}
+
+void RawDecoder::describeShape() {
+    const auto scales = dng_ ? SquaringScales{dng_->rowScale, dng_->columnScale}
+                             : squaringScales(library_->imgdata.sizes.pixel_aspect);
+    description_.rowScale = scales.row;
+    description_.columnScale = scales.column;
 }
 
 void RawDecoder::describeColour() {
@@ -238,7 +254,8 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
 // The one compression that many cameras use and the library decodes tile after tile. What is
 // damaged is left to the library, which mends or refuses it.
 bool RawDecoder::unpackTiles(const Cancellation* cancellation) {
-    if (!dng_ || needsProcessing_ || description_.layout == SensorLayout::fullColour ||
+    const bool isFullColour = description_.layout == SensorLayout::fullColour;
+    if (!dng_ || needsProcessing_ || (dng_->samplesPerPixel == 3) != isFullColour ||
         dng_->width != description_.width || dng_->height != description_.height)
         return false;
     auto samples = decodeLosslessTiles(
@@ -255,8 +272,8 @@ bool RawDecoder::unpackTiles(const Cancellation* cancellation) {
 bool RawDecoder::attachSamples(SensorImage& image) {
     if (ownSamples_.empty()) return library_->attachSamples(image);
     image.integers = ownSamples_.data();
-    image.channels = 1;
-    image.stride = image.width;
+    image.channels = dng_->samplesPerPixel;
+    image.stride = std::ptrdiff_t(image.width) * image.channels;
     return true;
 }
 
@@ -280,19 +297,29 @@ void RawDecoder::measureSaturation() {
 void RawDecoder::repair() {
     SensorImage image = description_;
     std::uint16_t* samples = ownSamples_.empty() ? library_->mutableSamples() : ownSamples_.data();
-    if (image.layout != SensorLayout::bayer || !samples || !attachSamples(image)) return;
+    if (needsProcessing_ || image.layout == SensorLayout::fullColour || !samples ||
+        !attachSamples(image))
+        return;
     const SensorRect& active = image.active;
-    const BayerSamples bayer{samples + active.top * image.stride + active.left, image.stride,
-                             active.width, active.height};
+    const MosaicSamples mosaic(samples + active.top * image.stride + active.left, image);
     if (dng_) {
         std::vector<BadPoint> points = dng_->corrections.badPoints;
-        findConstants(bayer, dng_->corrections.badConstants, points);
-        repairListed(bayer, points);
+        findConstants(mosaic, dng_->corrections.badConstants, points);
+        repairListed(mosaic, points);
     }
     const float black = *std::max_element(image.black.table.begin(), image.black.table.end());
     const float range = std::clamp(image.white[1] - black, 0.0f, 65535.0f);
-    repairStuck(bayer, std::uint16_t(std::clamp(black, 0.0f, 65535.0f)),
-                std::uint16_t(kStuckMargin * range));
+    StuckLimits limits;
+    limits.black = std::uint16_t(std::clamp(black, 0.0f, 65535.0f));
+    limits.margin = std::uint16_t(kStuckMargin * range);
+    // Photosites that leak a little show after seconds of exposure; the longer, the more of them.
+    if (library_->imgdata.other.shutter >= kLongExposureSeconds) {
+        const float noise = darkNoise(image, MosaicReader(image)) * range;
+        limits.margin = std::uint16_t(
+            std::clamp(kTimesNoise * noise, kLeastMargin * range, kStuckMargin * range));
+        limits.times = 2;
+    }
+    repairStuck(mosaic, limits);
 }
 
 Result<SensorImage> RawDecoder::samples(int reduction, const Cancellation* cancellation) {
@@ -322,6 +349,15 @@ Result<SensorImage> RawDecoder::processed(int reduction) {
     library_->attachProcessed(image);
     image.isReduced = reduction == 2;
     return image;
+}
+
+std::optional<DecodedBitmap> RawDecoder::bitmapPreview() const {
+    return embeddedBitmap(
+        *directories_,
+        [this](std::uint64_t offset, std::span<std::byte> bytes) {
+            return stream_->readAt(INT64(offset), bytes);
+        },
+        std::uint64_t(stream_->size()));
 }
 
 Result<std::optional<EmbeddedPreview>> RawDecoder::preview(int atLeastPx) {

@@ -5,6 +5,7 @@
 
 #include "base/Cancellation.h"
 #include "base/Result.h"
+#include "platform/ImageFiles.h"
 #include "platform/RawEngine.h"
 #include "platform/raw/DngTags.h"
 #include "platform/raw/RawStream.h"
@@ -34,8 +35,10 @@ public:
     Result<SensorImage> samples(int reduction, const Cancellation* cancellation);
     // See RawFile::preview.
     Result<std::optional<EmbeddedPreview>> preview(int atLeastPx);
+    // A small picture of the photo that is no JPEG; see EmbeddedBitmap.h.
+    std::optional<DecodedBitmap> bitmapPreview() const;
     // Whether the file itself says how far to brighten.
-    bool statesExposure() const { return dng_.has_value(); }
+    bool statesExposure() const { return statesExposure_; }
     // Whether it says which white the camera took; if not, it can be told later, as the camera
     // values of a white surface.
     bool statesWhite() const { return camera_.neutral || camera_.whiteXy; }
@@ -49,6 +52,8 @@ private:
     RawDecoder(std::unique_ptr<RawStream> stream, std::string name);
     Result<void> identify();
     void describe();
+    void describeExposure();
+    void describeShape();
     void describeLevels();
     void describeColour();
     Result<void> checkSize() const;
@@ -70,6 +75,7 @@ private:
     SensorImage description_;
     std::vector<std::uint16_t> ownSamples_; // decoded by us; else the library has them
     bool needsProcessing_ = false;
+    bool statesExposure_ = false;
     bool isUnpacked_ = false;
 };
 

@@ -1,5 +1,7 @@
 #include "platform/raw/SensorImage.h"
 
+#include <cmath>
+
 namespace kelvaro {
 
 namespace {
@@ -14,6 +16,12 @@ float deltaAt(const std::vector<float>& deltas, int index) {
 }
 
 } // namespace
+
+SquaringScales squaringScales(double aspect) {
+    constexpr double kLongest = 2.5, kSquare = 0.005;
+    if (!(aspect > 1 / kLongest && aspect < kLongest) || std::abs(aspect - 1) < kSquare) return {};
+    return aspect > 1 ? SquaringScales{1, aspect} : SquaringScales{1 / aspect, 1};
+}
 
 float BlackLevels::at(int row, int column, int channel) const {
     const int r = row - originTop, c = column - originLeft;

@@ -25,6 +25,13 @@ struct SensorRect {
     bool operator==(const SensorRect&) const = default;
 };
 
+// The scales of rows and columns that make pixels square which are `aspect` times as wide as high;
+// both 1 where that is nonsense or next to nothing.
+struct SquaringScales {
+    double row = 1, column = 1;
+};
+SquaringScales squaringScales(double aspect);
+
 inline SensorRect intersection(const SensorRect& a, const SensorRect& b) {
     const int left = std::max(a.left, b.left), top = std::max(a.top, b.top);
     return {left, top, std::min(a.right(), b.right()) - left,
@@ -71,6 +78,8 @@ struct SensorImage {
 
     SensorRect active; // photosites that saw light
     SensorRect crop;   // the picture, inside active
+    // How much longer the picture becomes for its pixels to be square; one of them is 1.
+    double rowScale = 1, columnScale = 1;
     ColourFilters filters;
     BlackLevels black;
     std::array<float, kMaximumChannels> white{1, 1, 1, 1}; // samples at which the channels saturate

@@ -8,7 +8,7 @@ namespace kelvaro {
 
 IconButton::IconButton(const Appearance& appearance, IconName name, QWidget* parent)
     : QToolButton(parent), appearance_(appearance), name_(name) {
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard where it is
     setPopupMode(QToolButton::InstantPopup);
 }
 

@@ -13,14 +13,14 @@
 namespace kelvaro {
 namespace {
 
-constexpr int shadowPx = 16;
 constexpr int edgePx = 8; // that a panel keeps from the window's edge
 
 void drawSoftShadow(QPainter& painter, const QRectF& panel, const QColor& colour) {
     painter.setPen(Qt::NoPen);
-    for (int step = shadowPx; step > 0; step -= 2) {
+    for (int step = panelShadowPx; step > 0; step -= 2) {
         QColor layer = colour;
-        layer.setAlphaF(colour.alphaF() * 0.055f * float(shadowPx - step + 2) / shadowPx * 2);
+        layer.setAlphaF(colour.alphaF() * 0.055f * float(panelShadowPx - step + 2) / panelShadowPx *
+                        2);
         painter.setBrush(layer);
         painter.drawRoundedRect(panel.adjusted(-step, -step + 4, step, step + 4),
                                 measure::sheetRadius + step, measure::sheetRadius + step);
@@ -28,6 +28,15 @@ void drawSoftShadow(QPainter& painter, const QRectF& panel, const QColor& colour
 }
 
 } // namespace
+
+void paintPanel(QPainter& painter, const QRectF& panel, const Theme& theme) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    drawSoftShadow(painter, panel, theme.shadow);
+    painter.setPen(QPen(blended(theme.hairline, theme.panel), 1));
+    painter.setBrush(theme.panel);
+    painter.drawRoundedRect(panel.adjusted(0.5, 0.5, -0.5, -0.5), measure::sheetRadius,
+                            measure::sheetRadius);
+}
 
 Overlay::Overlay(const Appearance& appearance, Kind kind, QWidget* window, QWidget* anchor)
     : QWidget(window),
@@ -94,13 +103,7 @@ void Overlay::paintEvent(QPaintEvent*) {
     const Theme& theme = appearance_.theme();
     QPainter painter(this);
     if (kind_ == Kind::sheet) painter.fillRect(rect(), theme.scrim);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF panel = QRectF(panel_->geometry());
-    drawSoftShadow(painter, panel, theme.shadow);
-    painter.setPen(QPen(blended(theme.hairline, theme.panel), 1));
-    painter.setBrush(theme.panel);
-    painter.drawRoundedRect(panel.adjusted(0.5, 0.5, -0.5, -0.5), measure::sheetRadius,
-                            measure::sheetRadius);
+    paintPanel(painter, QRectF(panel_->geometry()), theme);
 }
 
 void Overlay::mousePressEvent(QMouseEvent* event) {

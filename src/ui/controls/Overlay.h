@@ -51,4 +51,8 @@ private:
     bool deletesItself_ = false, closesOutside_ = true;
 };
 
+// A rounded panel with its shadow, as sheets and popovers have it.
+void paintPanel(QPainter& painter, const QRectF& panel, const Theme& theme);
+inline constexpr int panelShadowPx = 16; // that the shadow reaches around it
+
 } // namespace kelvaro

@@ -9,12 +9,22 @@ Switch::Switch(const Appearance& appearance, QWidget* parent)
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
+namespace {
+
+QColor offColour(const Theme& theme) {
+    QColor faint = theme.secondary;
+    faint.setAlphaF(theme.dark ? 0.75f : 0.62f);
+    return blended(faint, theme.window);
+}
+
+} // namespace
+
 void Switch::paintEvent(QPaintEvent*) {
     const Theme& theme = appearance_.theme();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF track(2, (height() - 20) / 2.0, 36, 20);
-    QColor ground = isChecked() ? theme.primary : blended(theme.secondary, theme.window);
+    const QRectF track(1, (height() - 20) / 2.0, 36, 20);
+    QColor ground = isChecked() ? theme.primary : offColour(theme);
     if (!isEnabled()) ground = blended(theme.hairline, theme.window);
     painter.setPen(Qt::NoPen);
     painter.setBrush(ground);
@@ -25,7 +35,7 @@ void Switch::paintEvent(QPaintEvent*) {
     if (!hasFocus()) return;
     painter.setPen(QPen(theme.accent, 1.5));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(track.adjusted(-1.2, -1.2, 1.2, 1.2), 11, 11);
+    painter.drawRoundedRect(track.adjusted(-0.25, -0.25, 0.25, 0.25), 10.2, 10.2);
 }
 
 } // namespace kelvaro

@@ -10,7 +10,7 @@ namespace kelvaro {
 class Switch final : public QCheckBox {
 public:
     explicit Switch(const Appearance& appearance, QWidget* parent = nullptr);
-    QSize sizeHint() const override { return {40, 24}; }
+    QSize sizeHint() const override { return {38, 24}; }
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:

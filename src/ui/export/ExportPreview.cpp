@@ -4,6 +4,7 @@
 #include "ui/Texts.h"
 
 #include <QPainter>
+#include <QPainterPath>
 
 #include <cmath>
 
@@ -11,6 +12,7 @@ namespace kelvaro {
 namespace {
 
 constexpr int air = 16;
+constexpr int detailPx = 56; // height of the magnified corner
 
 QImage imageOf(const Coverage& coverage) {
     QImage image(coverage.width, coverage.height, QImage::Format_ARGB32);
@@ -49,12 +51,17 @@ void ExportPreview::show(const ExportSettings& settings) {
     update();
 }
 
+bool ExportPreview::hasStamp() const {
+    return day_.ok() && !DateStamp::text(settings_.dateStamp, day_).empty() &&
+           DateStamp::geometry({photo_.width(), photo_.height()}).has_value();
+}
+
 // The imprint in the place and size that the export gives it, at the preview's size.
 QImage ExportPreview::stamped(const QImage& photo) const {
-    const std::string text = day_.ok() ? DateStamp::text(settings_.dateStamp, day_) : std::string();
     const auto geometry = DateStamp::geometry({photo.width(), photo.height()});
-    if (text.empty() || !geometry) return photo;
-    const QImage digits = imageOf(segmentText(text, geometry->digitHeight));
+    if (!hasStamp() || !geometry) return photo;
+    const QImage digits =
+        imageOf(segmentText(DateStamp::text(settings_.dateStamp, day_), geometry->digitHeight));
     QImage result = photo.convertToFormat(QImage::Format_RGB32);
     QPainter painter(&result);
     painter.drawImage(QPointF(result.width() - geometry->margin - digits.width(),
@@ -71,22 +78,47 @@ void ExportPreview::paintEvent(QPaintEvent*) {
     painter.setBrush(theme.canvas);
     painter.drawRoundedRect(rect(), measure::controlRadius, measure::controlRadius);
     if (photo_.isNull()) return;
-    const double ratio = devicePixelRatioF();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    QRectF room = QRectF(rect()).adjusted(air, air, -air, -air);
+    if (hasStamp()) {
+        paintDetail(painter, QRectF(room.left(), room.bottom() - detailPx, room.width(), detailPx));
+        room.setBottom(room.bottom() - detailPx - air);
+    }
+    paintPaper(painter, room);
+}
+
+// Border and photo together fit into the room.
+void ExportPreview::paintPaper(QPainter& painter, const QRectF& room) const {
     const double border = settings_.borderFraction();
-    // Border and photo together fit into the widget.
     const double longer = std::max(photo_.width(), photo_.height());
     const QSizeF whole(photo_.width() + 2 * border * longer, photo_.height() + 2 * border * longer);
-    const QSizeF room(width() - 2 * air, height() - 2 * air);
     const double scale = std::min(room.width() / whole.width(), room.height() / whole.height());
-    const QSizeF paper = whole * scale;
-    const QRectF sheet(QPointF((width() - paper.width()) / 2, (height() - paper.height()) / 2),
-                       paper);
+    QRectF paper(QPointF(), whole * scale);
+    paper.moveCenter(room.center());
     const double margin = border * longer * scale;
-    if (border > 0) painter.fillRect(sheet, Qt::white);
-    const QRectF photo = sheet.adjusted(margin, margin, -margin, -margin);
-    const QImage fitted = photo_.scaled((photo.size() * ratio).toSize(), Qt::IgnoreAspectRatio,
-                                        Qt::SmoothTransformation);
-    painter.drawImage(photo, stamped(fitted));
+    if (border > 0) painter.fillRect(paper, Qt::white);
+    const QRectF photo = paper.adjusted(margin, margin, -margin, -margin);
+    const QSize pixels = (photo.size() * devicePixelRatioF()).toSize().expandedTo({1, 1});
+    painter.drawImage(
+        photo, stamped(photo_.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)));
+}
+
+// The corner with the imprint, magnified, because its digits are too small to be read above.
+void ExportPreview::paintDetail(QPainter& painter, const QRectF& room) const {
+    const QImage whole = stamped(photo_);
+    const double shorter = std::min(whole.width(), whole.height());
+    const QSizeF corner(std::min(0.30 * shorter, double(whole.width())),
+                        std::min(0.126 * shorter, double(whole.height())));
+    const QRectF source(QPointF(whole.width() - corner.width(), whole.height() - corner.height()),
+                        corner);
+    QRectF shown(QPointF(), corner.scaled(room.size(), Qt::KeepAspectRatio));
+    shown.moveCenter(room.center());
+    QPainterPath outline;
+    outline.addRoundedRect(shown, 4, 4);
+    painter.save();
+    painter.setClipPath(outline);
+    painter.drawImage(shown, whole, source);
+    painter.restore();
 }
 
 } // namespace kelvaro

@@ -20,13 +20,16 @@ public:
     void setDay(std::chrono::year_month_day day);
     void show(const ExportSettings& settings);
     using QWidget::show;
-    QSize sizeHint() const override { return {280, 280}; }
+    QSize sizeHint() const override { return {400, 360}; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    bool hasStamp() const;
     QImage stamped(const QImage& photo) const;
+    void paintPaper(QPainter& painter, const QRectF& room) const;
+    void paintDetail(QPainter& painter, const QRectF& room) const;
 
     const Appearance& appearance_;
     QImage photo_;

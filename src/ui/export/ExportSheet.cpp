@@ -32,8 +32,8 @@ ExportSheet::ExportSheet(const Appearance& appearance, Prompts& prompts, QWidget
     count_ = label({}, "heading");
     form_ = new QFormLayout;
     form_->setHorizontalSpacing(measure::margin);
-    form_->setVerticalSpacing(10);
-    form_->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form_->setVerticalSpacing(measure::unit);
+    form_->setLabelAlignment(Qt::AlignRight | Qt::AlignTop);
     makeForm(appearance);
     addRow(words("Save in"), makeDestination(prompts));
 
@@ -69,7 +69,9 @@ ExportSheet::ExportSheet(const Appearance& appearance, Prompts& prompts, QWidget
 void ExportSheet::addRow(const QString& title, QWidget* control, const QString& help) {
     auto* name = label(title, "secondary");
     if (!help.isEmpty()) name->setToolTip(help);
-    name->setMinimumHeight(measure::controlHeight);
+    name->setFixedHeight(measure::controlHeight);
+    name->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    control->setMinimumHeight(measure::controlHeight);
     form_->addRow(name, control);
 }
 

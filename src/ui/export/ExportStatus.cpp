@@ -1,13 +1,6 @@
 #include "ui/export/ExportStatus.h"
 
-#include "export/ExportTexts.h"
 #include "ui/Texts.h"
-#include "ui/controls/Labels.h"
-#include "ui/controls/Naming.h"
-
-#include <QHBoxLayout>
-#include <QPushButton>
-#include <QVBoxLayout>
 
 #include <cmath>
 
@@ -15,7 +8,6 @@ namespace kelvaro {
 namespace {
 
 constexpr double enoughSeconds = 2; // before anything is said about the time left
-constexpr std::size_t namedFailures = 5;
 
 } // namespace
 
@@ -28,17 +20,18 @@ QString timeLeft(std::size_t done, std::size_t total, double seconds) {
 }
 
 ExportStatus::ExportStatus(const Appearance& appearance, Exporter& exporter, Desktop& desktop,
-                           QWidget* window)
+                           QWidget* window, Pill::Place place)
     : QObject(window),
       appearance_(appearance),
       exporter_(exporter),
       desktop_(desktop),
       window_(window),
-      pill_(appearance, "exportPill", window, 24),
+      pill_(appearance, "exportPill", window, statusHeightPx, std::move(place)),
       subscription_(exporter.state().observe([this] { show(); })) {}
 
 void ExportStatus::begin() {
     files_.clear();
+    if (done_) done_->deleteLater();
     running_.start();
 }
 
@@ -61,43 +54,7 @@ void ExportStatus::show() {
 }
 
 void ExportStatus::showDone(const Exporter::State& state) {
-    auto* sheet = new Overlay(appearance_, Overlay::Kind::sheet, window_);
-    sheet->setObjectName("exportDone");
-    sheet->setDeletesItself(true);
-    auto* column = new QVBoxLayout(sheet->panel());
-    column->setContentsMargins(24, 24, 24, 20);
-    column->setSpacing(measure::unit);
-    const DonePanelTexts said = donePanelTexts(state);
-    auto* title = wrappedLabel(words(said.title), "heading", 360);
-    title->setObjectName("doneTitle");
-    column->addWidget(title);
-    if (!said.failures.empty()) {
-        column->addWidget(label(words(said.failures), "warning"));
-        for (std::size_t at = 0; at < std::min(namedFailures, state.failures.size()); ++at) {
-            const ExportFailure& failure = state.failures[at];
-            column->addWidget(wrappedLabel(
-                fromUtf8(failure.fileName) + ": " + words(failure.message), "secondary", 360));
-        }
-    }
-    column->addSpacing(measure::unit);
-    const QString showing = words(exportText::showFolder);
-    auto* show = named(new QPushButton(showing), "showExported", showing, showing);
-    auto* done =
-        named(new QPushButton(words("Done")), "closeDone", words("Done"), words("Close (Esc)"));
-    done->setProperty("kind", "primary");
-    QObject::connect(show, &QPushButton::clicked, sheet,
-                     [this, sheet, folder = *state.finishedFolder] {
-                         files_.empty() ? desktop_.openFolder(folder) : desktop_.showFiles(files_);
-                         sheet->dismiss();
-                     });
-    QObject::connect(done, &QPushButton::clicked, sheet, [sheet] { sheet->dismiss(); });
-    auto* row = new QHBoxLayout;
-    row->addStretch(1);
-    row->addWidget(show);
-    row->addWidget(done);
-    column->addLayout(row);
-    sheet->setFirstFocus(done);
-    sheet->open();
+    done_ = new DonePanel(appearance_, state, files_, desktop_, window_);
 }
 
 } // namespace kelvaro

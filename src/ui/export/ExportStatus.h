@@ -4,21 +4,26 @@
 
 #include "export/Exporter.h"
 #include "platform/Desktop.h"
-#include "ui/controls/Overlay.h"
+#include "ui/export/DonePanel.h"
 #include "ui/shell/Pill.h"
 
 #include <QElapsedTimer>
+#include <QPointer>
 
 namespace kelvaro {
+
+inline constexpr int statusHeightPx = 30; // of a pill that shows work in progress
 
 class ExportStatus final : public QObject {
 public:
     ExportStatus(const Appearance& appearance, Exporter& exporter, Desktop& desktop,
-                 QWidget* window);
+                 QWidget* window, Pill::Place place);
 
     // A photo of the run was written; they are what the file manager will select.
     void noteFile(const std::filesystem::path& file) { files_.push_back(file); }
     void begin();
+    void place() { pill_.place(); }
+    bool isShown() const { return pill_.isStaying(); }
 
 private:
     void show();
@@ -31,6 +36,7 @@ private:
     Pill pill_;
     std::vector<std::filesystem::path> files_;
     QElapsedTimer running_;
+    QPointer<DonePanel> done_;
     bool wasRunning_ = false;
     Subscription subscription_;
 };

@@ -2,8 +2,11 @@
 
 #include "ui/theme/Icons.h"
 
+#include <QPixmapCache>
+
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace kelvaro {
 namespace {
@@ -12,17 +15,39 @@ namespace {
 // reaches to the middle of the gap.
 constexpr int photoInset = 1;
 constexpr int badgePx = 14, badgeMargin = 6;
+constexpr int shadowReachPx = 3; // around a badge
 constexpr int smallestCellWithBadges = 56;
 
 const QColor badgeInk("#ffffff");
 
+// The icon's soft shadow, made of many faint copies, so that a badge reads on any photo.
+QPixmap badgeShadow(IconName name, double ratio) {
+    const QString key = QString("kelvaro-badge-%1-%2").arg(static_cast<int>(name)).arg(ratio);
+    QPixmap shadow;
+    if (QPixmapCache::find(key, &shadow)) return shadow;
+    constexpr int side = badgePx + 2 * shadowReachPx;
+    shadow = QPixmap(QSizeF(side * ratio, side * ratio).toSize());
+    shadow.setDevicePixelRatio(ratio);
+    shadow.fill(Qt::transparent);
+    QPainter painter(&shadow);
+    const QPixmap ink = iconPixmap(name, badgePx, QColor(0, 0, 0), ratio);
+    for (const double radius : {0.8, 1.6, 2.4}) {
+        painter.setOpacity(0.10 / radius);
+        for (int step = 0; step < 12; ++step) {
+            const double angle = step * std::numbers::pi / 6;
+            painter.drawPixmap(QPointF(shadowReachPx + radius * std::cos(angle),
+                                       shadowReachPx + 0.4 + radius * std::sin(angle)),
+                               ink);
+        }
+    }
+    painter.end();
+    QPixmapCache::insert(key, shadow);
+    return shadow;
+}
+
 void paintBadge(QPainter& painter, QPointF at, IconName name, const QColor& colour) {
     const double ratio = painter.device()->devicePixelRatioF();
-    const QPixmap shadow = iconPixmap(name, badgePx, QColor(0, 0, 0), ratio);
-    painter.setOpacity(0.35);
-    for (const QPointF offset : {QPointF(0, 1), QPointF(-0.7, 0), QPointF(0.7, 0)})
-        painter.drawPixmap(at + offset, shadow);
-    painter.setOpacity(1);
+    painter.drawPixmap(at - QPointF(shadowReachPx, shadowReachPx), badgeShadow(name, ratio));
     painter.drawPixmap(at, iconPixmap(name, badgePx, colour, ratio));
 }
 
@@ -87,6 +112,16 @@ void paintFrame(QPainter& painter, const QRectF& photo, const QColor& colour, do
     painter.setRenderHint(QPainter::Antialiasing, false);
 }
 
+// Behind a selected photo: as wide as the selection's line, so that neighbours keep apart.
+void paintGround(QPainter& painter, const QRect& cell, const QColor& colour) {
+    const double reach = GridLayout::gap / 2.0 - 0.5;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colour);
+    painter.drawRoundedRect(QRectF(cell).adjusted(-reach, -reach, reach, reach), 5, 5);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
 } // namespace
 
 QRectF photoRect(const QRect& cell, QSize shape, double pixelRatio) {
@@ -108,8 +143,7 @@ QRectF photoRect(const QRect& cell, QSize shape, double pixelRatio) {
 void paintCell(QPainter& painter, const QRect& rect, const GridCell& cell,
                const CellPicture& picture, CellState state, const Theme& theme) {
     const QRectF photo = photoRect(rect, cell.shape, painter.device()->devicePixelRatioF());
-    const int reach = GridLayout::gap / 2;
-    if (state.selected) painter.fillRect(rect.adjusted(-reach, -reach, reach, reach), theme.cell);
+    if (state.selected) paintGround(painter, rect, theme.cell);
     paintPhoto(painter, photo, picture, theme);
     if (cell.isMissing) {
         QColor veil = theme.window;

@@ -168,6 +168,7 @@ void GridView::keyPressEvent(QKeyEvent* event) {
         pick(selection_.current(), Qt::ControlModifier);
         return;
     }
+    if (event->key() == Qt::Key_Escape) sinceTyped_.invalidate();
     if (event->key() == Qt::Key_Escape && selection_.selectedCount() > 0) {
         selectNone();
         return;
@@ -180,6 +181,7 @@ bool GridView::stepWithKey(QKeyEvent* event) {
     const auto found = std::ranges::find(stepKeys, event->key(), &StepKey::key);
     if (found == stepKeys.end() || layout_.count() == 0) return false;
     if (event->modifiers() & (Qt::AltModifier | Qt::MetaModifier)) return false;
+    sinceTyped_.invalidate();
     const int from = selection_.current();
     // The first key chooses what is on the screen, not the far end of the library.
     const int next = from < 0 ? topPlace().value_or(Place{0, 0}).index

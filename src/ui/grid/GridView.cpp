@@ -2,6 +2,7 @@
 
 #include "ui/Texts.h"
 #include "ui/grid/CellPainter.h"
+#include "ui/grid/GridAccess.h"
 
 #include <QApplication>
 #include <QPaintEvent>
@@ -14,6 +15,7 @@ namespace kelvaro {
 
 GridView::GridView(const Appearance& appearance, GridContent& content, QWidget* parent)
     : QAbstractScrollArea(parent), appearance_(appearance), content_(content) {
+    GridAccess::install();
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
@@ -126,10 +128,10 @@ void GridView::paintHeading(QPainter& painter, int group, int top, bool floating
     const QRect text = band.adjusted(GridLayout::margin, 8, -GridLayout::margin, -4);
     const CellRange cells = layout_.groupCells(group);
     const QString count = number(cells.last - cells.first);
-    painter.setFont(interfaceFont(TextRole::body));
+    painter.setFont(interfaceFont(TextRole::caption));
     painter.setPen(theme.secondary);
     painter.drawText(text, Qt::AlignRight | Qt::AlignVCenter, count);
-    painter.setFont(interfaceFont(TextRole::heading));
+    painter.setFont(interfaceFont(TextRole::strong));
     painter.setPen(theme.text);
     const int room = text.width() - painter.fontMetrics().horizontalAdvance(count) - 16;
     painter.drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
@@ -181,9 +183,12 @@ void GridView::setCellSize(int wanted) {
     if (wanted == wantedCell_) return;
     const auto kept = placeToKeep();
     const int before = layout_.cellSize();
+    const bool wasAtTop = scrollTop() == 0;
     wantedCell_ = wanted;
     layOut();
     if (!kept) return;
+    // The beginning stays the beginning while the photo is in view there.
+    if (wasAtTop && layout_.cellRect(kept->index).bottom() < viewport()->height()) return;
     // The middle of the photo stays, not its upper edge.
     restore({kept->index, kept->top + (before - layout_.cellSize()) / 2});
 }
@@ -220,6 +225,11 @@ void GridView::selectNone() {
 
 void GridView::changed() {
     viewport()->update();
+    if (QAccessible::isActive() && selection_.current() >= 0) {
+        QAccessibleEvent told(this, QAccessible::Focus);
+        told.setChild(selection_.current());
+        QAccessible::updateAccessibility(&told);
+    }
     if (onSelectionChanged) onSelectionChanged();
 }
 

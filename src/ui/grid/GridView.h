@@ -45,6 +45,7 @@ public:
     // The topmost cell on the screen; none when there is nothing.
     std::optional<Place> topPlace() const;
     void restore(Place place);
+    const GridContent& content() const { return content_; }
     const GridLayout& gridLayout() const { return layout_; }
     // The cell's rectangle on the viewport.
     QRect cellOnScreen(int index) const;

@@ -70,10 +70,13 @@ void CellPictures::want(std::vector<Wish> wishes, int sizePx) {
         if (const auto asked = pending_.find(key);
             asked != pending_.end() && (asked->second.sizePx == sizePx || asked->second.failed)) {
             asked->second.ticket.setPriority(wish.priority);
+            asked->second.visible = wish.priority == ThumbnailPriority::visible;
             continue;
         }
         Pending& pending = pending_[key];
         pending.sizePx = sizePx;
+        pending.visible = wish.priority == ThumbnailPriority::visible;
+        pending.answered = false;
         pending.ticket = loader_.request(
             {std::move(wish.source.photo), std::move(wish.source.edit), sizePx}, wish.priority,
             [this, key](const ThumbnailResult& result) { arrived(key, result); });
@@ -83,12 +86,21 @@ void CellPictures::want(std::vector<Wish> wishes, int sizePx) {
 void CellPictures::arrived(const std::string& key, const ThumbnailResult& result) {
     const auto asked = pending_.find(key);
     if (asked == pending_.end()) return;
+    asked->second.answered = true;
     if (!result) {
         asked->second.failed = true; // stays a placeholder; opening the photo tells why
         return;
     }
     held_[key] = *result;
     changed();
+}
+
+bool CellPictures::areVisibleReady() const {
+    return std::ranges::all_of(pending_, [&](const auto& entry) {
+        const auto& [key, pending] = entry;
+        return !pending.visible || pending.failed ||
+               (pending.answered && fitted_.contains(key) && !fitting_.contains(key));
+    });
 }
 
 QSize CellPictures::shape(const std::string& key) const {

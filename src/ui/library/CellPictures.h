@@ -46,6 +46,9 @@ public:
     // Of the picture when it was last seen; empty before.
     QSize shape(const std::string& key) const;
 
+    // All that is on the screen is at hand in its size, or cannot be had.
+    bool areVisibleReady() const;
+
     std::function<void()> onChanged; // something should be drawn again
 
 private:
@@ -61,7 +64,8 @@ private:
     struct Pending {
         ThumbnailLoader::Ticket ticket;
         int sizePx = 0;
-        bool failed = false;
+        bool visible = false;
+        bool answered = false, failed = false;
     };
 
     void arrived(const std::string& key, const ThumbnailResult& result);

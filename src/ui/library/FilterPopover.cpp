@@ -95,6 +95,7 @@ void FilterPopover::rebuild() {
             label(words("These photos record nothing to filter by"), "secondary"));
     groupColumn_->addStretch(1);
     scroll->setWidget(groups_);
+    groups_->setAutoFillBackground(false);
     scroll->setFixedHeight(std::min(groups_->sizeHint().height() + 4, tallestPx));
 }
 

@@ -14,7 +14,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int labelPx = 96;
+constexpr int labelPx = 116;
 
 } // namespace
 
@@ -40,7 +40,7 @@ InfoPanel::InfoPanel(const Appearance& appearance, LibraryStore& lib, Rows rows,
     named(scroll_, "infoRows", words("Photo Info"), words("Everything the photo's file tells"));
     scroll_->setToolTip({});
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(16, 12, 0, 0);
+    column->setContentsMargins(16, 8, 0, 0);
     column->setSpacing(measure::unit / 2);
     heading->setContentsMargins(0, 0, 12, 0);
     column->addLayout(heading);
@@ -79,7 +79,6 @@ void InfoPanel::showRows(const std::vector<InfoRow>& rows) {
     grid->setContentsMargins(0, 0, 12, 16);
     grid->setHorizontalSpacing(measure::unit);
     grid->setVerticalSpacing(measure::unit / 2);
-    grid->setColumnMinimumWidth(0, labelPx);
     grid->setColumnStretch(1, 1);
     std::string_view section;
     int line = 0;
@@ -87,10 +86,10 @@ void InfoPanel::showRows(const std::vector<InfoRow>& rows) {
         if (row.section != section) {
             section = row.section;
             auto* title = label(words(section), "caption");
-            title->setContentsMargins(0, 12, 0, 2);
+            title->setContentsMargins(0, line == 0 ? 8 : 16, 0, 2);
             grid->addWidget(title, line++, 0, 1, 2);
         }
-        auto* key = label(words(row.label), "secondary");
+        auto* key = wrappedLabel(words(row.label), "secondary", labelPx);
         auto* value = label(fromUtf8(row.text));
         value->setWordWrap(true);
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -100,6 +99,7 @@ void InfoPanel::showRows(const std::vector<InfoRow>& rows) {
     }
     grid->setRowStretch(line, 1);
     scroll_->setWidget(content);
+    content->setAutoFillBackground(false);
 }
 
 void InfoPanel::paintEvent(QPaintEvent*) {

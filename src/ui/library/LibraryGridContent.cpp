@@ -3,9 +3,15 @@
 #include "library/LibraryTexts.h"
 #include "ui/Texts.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kelvaro {
+namespace {
+
+constexpr std::size_t fewPhotos = 64; // looked for one by one
+
+} // namespace
 
 LibraryGridContent::LibraryGridContent(LibraryStore& lib, CellPictures& pictures)
     : lib_(lib), pictures_(pictures), view_(lib.view().get()) {
@@ -22,15 +28,26 @@ bool LibraryGridContent::update() {
 }
 
 int LibraryGridContent::indexOf(const PhotoUrl& url) const {
-    const auto found =
-        std::ranges::find_if(view_->photos, [&](const Photo* photo) { return photo->url == url; });
-    return found == view_->photos.end() ? -1 : static_cast<int>(found - view_->photos.begin());
+    // The store mostly has the very record that is shown; comparing the names of a whole library
+    // takes long.
+    const auto& photos = view_->photos;
+    auto found = std::ranges::find(photos, lib_.photo(url));
+    if (found == photos.end() && lib_.photo(url))
+        found = std::ranges::find_if(photos, [&](const Photo* photo) { return photo->url == url; });
+    return found == photos.end() ? -1 : static_cast<int>(found - photos.begin());
 }
 
 std::vector<int> LibraryGridContent::indexesOf(const PhotoSet& photos) const {
     std::vector<int> found;
     if (photos.empty()) return found;
     found.reserve(photos.size());
+    if (photos.size() < fewPhotos) {
+        for (const PhotoUrl& url : photos) {
+            if (const int index = indexOf(url); index >= 0) found.push_back(index);
+        }
+        std::ranges::sort(found);
+        return found;
+    }
     for (int index = 0; index < count(); ++index) {
         if (photos.contains(photo(index).url)) found.push_back(index);
     }

@@ -3,9 +3,13 @@
 #include "ui/Texts.h"
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
+#include "ui/library/DroppedFolders.h"
 #include "ui/shell/CommandActions.h"
 
+#include <QApplication>
+#include <QDragEnterEvent>
 #include <QHBoxLayout>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -13,6 +17,8 @@
 
 namespace kelvaro {
 namespace {
+
+constexpr int lastSeenPx = 320; // of the thumbnails of a drive that is away
 
 constexpr std::array menuCommands{
     CommandId::openPhoto,       CommandId::favorite,         CommandId::photoInfo,
@@ -36,9 +42,10 @@ IconName iconFor(const EmptyState& state, const Scope& scope, bool isMissing) {
 
 } // namespace
 
-LibraryPage::LibraryPage(const Appearance& appearance, LibraryStore& lib, CellPictures& pictures,
+LibraryPage::LibraryPage(const Appearance& appearance, LibraryStore& lib,
+                         ThumbnailLoader& thumbnails, CellPictures& pictures,
                          CommandActions& commands, QWidget* window)
-    : lib_(lib), pictures_(pictures), content_(lib, pictures) {
+    : lib_(lib), pictures_(pictures), content_(lib, pictures), lastSeen_(lib, thumbnails) {
     sidebar_ = new Sidebar(appearance, this);
     toolbar_ = new Toolbar(appearance, commands.action(CommandId::exportPhotos),
                            commands.action(CommandId::profile), this);
@@ -53,6 +60,7 @@ LibraryPage::LibraryPage(const Appearance& appearance, LibraryStore& lib, CellPi
         menu_->addAction(commands.action(id));
         if (id == CommandId::photoInfo || id == CommandId::revertToOriginal) menu_->addSeparator();
     }
+    setAcceptDrops(true);
     makeLayout();
     bindTools();
     bindSidebar();
@@ -117,6 +125,11 @@ void LibraryPage::setSidePanel(QWidget* panel) {
     right_->layout()->addWidget(panel);
 }
 
+QRect LibraryPage::statusRow() const {
+    const QRect row = subtitle_->geometry();
+    return row.translated(right_->pos());
+}
+
 void LibraryPage::bindTools() {
     toolbar_->onSearch = [this](const QString& text) { lib_.setSearchText(text.toStdString()); };
     toolbar_->onFilter = [this] { openFilter(); };
@@ -124,6 +137,9 @@ void LibraryPage::bindTools() {
     toolbar_->onCellSize = [this](int size) { setCellSize(size); };
     toolbar_->onLeaveSearch = [this] { grid_->setFocus(); };
     filter_->onFilter = [this](const PhotoFilter& filter) { lib_.setFilter(filter); };
+    lastSeen_.onChanged = [this](std::vector<QImage> pictures) {
+        empty_->setPictures(std::move(pictures));
+    };
     empty_->onButton = [this] { pressEmptyButton(); };
 }
 
@@ -186,18 +202,45 @@ void LibraryPage::observeStore() {
     });
 }
 
-// Other photos are shown: keeps the place where the same photo can be found again.
-void LibraryPage::showVisible() {
+std::optional<LibraryPage::PhotoPlace> LibraryPage::topPhoto() const {
     const auto place = grid_->topPlace();
-    const PhotoUrl topPhoto = place ? content_.photo(place->index).url : PhotoUrl();
+    if (!place || place->index >= content_.count()) return std::nullopt;
+    return PhotoPlace{content_.photo(place->index).url, place->top};
+}
+
+void LibraryPage::restore(const PhotoPlace& place) {
+    if (const int index = content_.indexOf(place.photo); index >= 0)
+        grid_->restore({index, place.top});
+}
+
+// Other photos are shown: keeps the place where the same photo can be found again, and comes back
+// to where one was in a scope.
+void LibraryPage::showVisible() {
+    const Scope& scope = lib_.scope().get();
+    const bool isWhole = lib_.searchText().get().empty() && !lib_.filter().get().isActive();
+    const auto top = topPhoto();
+    const auto keyOf = [](const Scope& of) {
+        return std::to_string(static_cast<int>(of.kind)) + of.folder;
+    };
+    if (shownWhole_ && content_.count() > 0) {
+        places_.erase(keyOf(shownScope_));
+        if (top) places_[keyOf(shownScope_)] = *top;
+    }
+    const bool isSame = scope == shownScope_ && isWhole == shownWhole_;
+    shownScope_ = scope;
+    shownWhole_ = isWhole;
     const int currentIndex = grid_->selection().current();
     const bool hasCurrent = currentIndex >= 0 && currentIndex < content_.count();
     const PhotoUrl current = hasCurrent ? content_.photo(currentIndex).url : PhotoUrl();
     content_.update();
     grid_->reload();
-    if (place) {
-        if (const int index = content_.indexOf(topPhoto); index >= 0)
-            grid_->restore({index, place->top});
+    const auto known = places_.find(keyOf(scope));
+    if (isSame && top) {
+        restore(*top);
+    } else if (!isSame && isWhole && known != places_.end()) {
+        restore(known->second);
+    } else if (!isSame) {
+        grid_->verticalScrollBar()->setValue(0);
     }
     const std::vector<int> selected = content_.indexesOf(lib_.selection().get());
     grid_->showSelection(selected, current.empty() ? -1 : content_.indexOf(current));
@@ -229,11 +272,20 @@ void LibraryPage::showSubtitle() {
 
 void LibraryPage::showEmptyState() {
     const auto state = lib_.emptyState();
+    const bool appears = !state && middle_->currentWidget() != grid_;
+    const bool hadKeyboard = grid_->hasFocus();
     middle_->setCurrentWidget(state ? static_cast<QWidget*>(empty_) : grid_);
-    if (!state) return;
+    // A hidden grid would hand the keyboard to whatever comes next.
+    if (state && hadKeyboard) empty_->setFocus();
+    // Whoever searches or chooses in the sidebar keeps the keyboard there.
+    const QWidget* focused = QApplication::focusWidget();
+    const bool isFree = !focused || focused == empty_ || empty_->isAncestorOf(focused);
+    if (appears && isFree) grid_->setFocus();
+    if (!state) return lastSeen_.clear();
     const Scope& scope = lib_.scope().get();
-    empty_->show(*state,
-                 iconFor(*state, scope, lib_.missingFolders().get().contains(scope.folder)));
+    const bool isMissing = lib_.missingFolders().get().contains(scope.folder);
+    empty_->show(*state, iconFor(*state, scope, isMissing));
+    isMissing ? lastSeen_.show(scope.folder, lastSeenPx) : lastSeen_.clear();
 }
 
 void LibraryPage::pressEmptyButton() {
@@ -265,14 +317,39 @@ void LibraryPage::setShowsSidebar(bool shows) {
     sidebar_->setVisible(shows);
 }
 
+QRect LibraryPage::cellOnScreen(const PhotoUrl& photo) const {
+    const int index = content_.indexOf(photo);
+    if (index < 0 || !grid_->isVisible()) return {};
+    const QRect cell = grid_->cellOnScreen(index);
+    if (!grid_->viewport()->rect().intersects(cell)) return {};
+    return {grid_->viewport()->mapToGlobal(cell.topLeft()), cell.size()};
+}
+
 void LibraryPage::focusSearch() {
     lib_.setSearchFocus(true);
+}
+
+void LibraryPage::dragEnterEvent(QDragEnterEvent* event) {
+    if (droppedFolders(event->mimeData()).empty()) return;
+    sidebar_->showDropping(true);
+    event->acceptProposedAction();
+}
+
+void LibraryPage::dragLeaveEvent(QDragLeaveEvent*) {
+    sidebar_->showDropping(false);
+}
+
+void LibraryPage::dropEvent(QDropEvent* event) {
+    sidebar_->showDropping(false);
+    for (const auto& folder : droppedFolders(event->mimeData()))
+        onAddGivenFolder(folder);
+    event->acceptProposedAction();
 }
 
 void LibraryPage::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     content_.setPixelRatio(devicePixelRatioF());
-    if (middle_->currentWidget() == grid_) grid_->setFocus();
+    middle_->currentWidget()->setFocus();
 }
 
 } // namespace kelvaro

@@ -7,6 +7,7 @@
 #include "ui/library/CellPictures.h"
 #include "ui/library/EmptyView.h"
 #include "ui/library/FilterPopover.h"
+#include "ui/library/LastSeen.h"
 #include "ui/library/LibraryGridContent.h"
 #include "ui/library/Sidebar.h"
 #include "ui/library/Toolbar.h"
@@ -17,14 +18,16 @@
 #include <QSplitter>
 #include <QStackedWidget>
 
+#include <map>
+
 namespace kelvaro {
 
 class CommandActions;
 
 class LibraryPage final : public QWidget {
 public:
-    LibraryPage(const Appearance& appearance, LibraryStore& lib, CellPictures& pictures,
-                CommandActions& commands, QWidget* window);
+    LibraryPage(const Appearance& appearance, LibraryStore& lib, ThumbnailLoader& thumbnails,
+                CellPictures& pictures, CommandActions& commands, QWidget* window);
 
     GridView& grid() const { return *grid_; }
     Sidebar& sidebar() const { return *sidebar_; }
@@ -32,9 +35,13 @@ public:
     bool showsSidebar() const { return !sidebar_->isHidden(); }
     void setShowsSidebar(bool shows);
     void focusSearch();
+    // Where a photo's cell is on the screen; invalid when it is not shown.
+    QRect cellOnScreen(const PhotoUrl& photo) const;
     void changeCellSize(int steps);
     // A panel at the right edge; the page becomes its parent.
     void setSidePanel(QWidget* panel);
+    // The row of the subtitle, for what the window tells at its end.
+    QRect statusRow() const;
 
     std::function<void()> onAddFolder, onBackToProfile;
     std::function<void(const std::filesystem::path&)> onAddGivenFolder;
@@ -42,14 +49,26 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    // A folder may be dropped anywhere, not only on the sidebar.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
+    // A photo and where its cell stood, to come back to.
+    struct PhotoPlace {
+        PhotoUrl photo;
+        int top = 0;
+    };
+
     void makeLayout();
     void bindTools();
     void bindSidebar();
     void bindGrid();
     void observeStore();
     void showVisible();
+    std::optional<PhotoPlace> topPhoto() const;
+    void restore(const PhotoPlace& place);
     void showSelection();
     void showSubtitle();
     void makeRestrictionButtons();
@@ -62,6 +81,7 @@ private:
     LibraryStore& lib_;
     CellPictures& pictures_;
     LibraryGridContent content_;
+    LastSeen lastSeen_;
     Sidebar* sidebar_;
     Toolbar* toolbar_;
     QLabel *title_, *subtitle_;
@@ -72,7 +92,10 @@ private:
     QWidget* right_ = nullptr;
     FilterPopover* filter_;
     QMenu* menu_;
-    bool telling_ = false; // the selection is on its way to the store
+    Scope shownScope_;
+    bool shownWhole_ = true;                   // neither searched nor filtered
+    std::map<std::string, PhotoPlace> places_; // by scope
+    bool telling_ = false;                     // the selection is on its way to the store
     std::vector<Subscription> subscriptions_;
 };
 

@@ -3,28 +3,14 @@
 #include "library/LibraryTexts.h"
 #include "ui/Texts.h"
 #include "ui/controls/Naming.h"
+#include "ui/library/DroppedFolders.h"
 #include "ui/library/SidebarDelegate.h"
 
 #include <QContextMenuEvent>
-#include <QFileInfo>
 #include <QMenu>
-#include <QMimeData>
 #include <QPainter>
 
 namespace kelvaro {
-namespace {
-
-std::vector<std::filesystem::path> foldersIn(const QMimeData* data) {
-    std::vector<std::filesystem::path> folders;
-    for (const QUrl& url : data->urls()) {
-        if (url.isLocalFile() && QFileInfo(url.toLocalFile()).isDir())
-            folders.emplace_back(url.toLocalFile().toStdString());
-    }
-    return folders;
-}
-
-} // namespace
-
 Sidebar::Sidebar(const Appearance& appearance, QWidget* parent)
     : QListView(parent), appearance_(appearance), model_(new SidebarModel(this)) {
     named(this, "sidebar", words("Library and folders"), {});
@@ -96,10 +82,14 @@ void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
     menu.exec(event->globalPos());
 }
 
-void Sidebar::dragEnterEvent(QDragEnterEvent* event) {
-    if (foldersIn(event->mimeData()).empty()) return;
-    dropping_ = true;
+void Sidebar::showDropping(bool dropping) {
+    dropping_ = dropping;
     viewport()->update();
+}
+
+void Sidebar::dragEnterEvent(QDragEnterEvent* event) {
+    if (droppedFolders(event->mimeData()).empty()) return;
+    showDropping(true);
     event->acceptProposedAction();
 }
 
@@ -108,14 +98,12 @@ void Sidebar::dragMoveEvent(QDragMoveEvent* event) {
 }
 
 void Sidebar::dragLeaveEvent(QDragLeaveEvent*) {
-    dropping_ = false;
-    viewport()->update();
+    showDropping(false);
 }
 
 void Sidebar::dropEvent(QDropEvent* event) {
-    dropping_ = false;
-    viewport()->update();
-    for (const auto& folder : foldersIn(event->mimeData())) {
+    showDropping(false);
+    for (const auto& folder : droppedFolders(event->mimeData())) {
         if (onFolderDropped) onFolderDropped(folder);
     }
     event->acceptProposedAction();

@@ -25,6 +25,9 @@ public:
     std::function<void(const std::filesystem::path&)> onFolderDropped;
     std::function<void(const SidebarFolder&)> onRemoveFolder, onShowFolder, onRescanFolder;
 
+    // Something is dragged that could be dropped here.
+    void showDropping(bool dropping);
+
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;

@@ -116,6 +116,7 @@ Toolbar::Toolbar(const Appearance& appearance, QAction* exports, QAction* profil
     size_->setSingleStep(50);
     size_->setPageStep(150);
     size_->setFixedWidth(112);
+    size_->setFocusPolicy(Qt::TabFocus);
     QObject::connect(size_, &QSlider::valueChanged, this,
                      [this](int value) { onCellSize(cellFor(value)); });
 

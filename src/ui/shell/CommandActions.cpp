@@ -4,6 +4,7 @@
 #include "ui/Texts.h"
 
 #include <QMenu>
+#include <QShortcut>
 
 #include <array>
 
@@ -63,9 +64,17 @@ void CommandActions::setOn(CommandId id, bool on) {
     action(id)->setToolTip(words(on && !row.helpWhenOn.empty() ? row.helpWhenOn : row.help));
 }
 
+void CommandActions::setHelp(CommandId id, std::string_view help) {
+    action(id)->setToolTip(words(help));
+}
+
 void CommandActions::fill(QMenuBar* bar) const {
+    // As on most desktops, F10 leads into the menus, and Alt with a menu's first letter opens it.
+    auto* toMenus = new QShortcut(QKeySequence(Qt::Key_F10), bar->window());
+    QObject::connect(toMenus, &QShortcut::activated, bar,
+                     [bar] { bar->setActiveAction(bar->actions().value(0)); });
     for (const MenuTitle& title : menuTitles) {
-        QMenu* menu = bar->addMenu(words(title.title));
+        QMenu* menu = bar->addMenu("&" + words(title.title));
         menu->setObjectName(QString(title.title).toLower() + "Menu");
         for (const Command& row : commands()) {
             if (row.menu != title.menu) continue;

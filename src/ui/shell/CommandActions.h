@@ -26,6 +26,8 @@ public:
     void setSuspended(bool suspended);
     // Chooses between a command's two titles and help texts.
     void setOn(CommandId id, bool on);
+    // Another help text than the table's, as stored.
+    void setHelp(CommandId id, std::string_view help);
     void fill(QMenuBar* bar) const;
 
 private:

@@ -8,15 +8,20 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDateTime>
 #include <QMenuBar>
 #include <QScreen>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace kelvaro {
 namespace {
 
 constexpr QSize firstSize(1280, 800);
-constexpr int noticeBottomPx = 24;
+constexpr int noticeHeightPx = 36, noticeBottomPx = 24;
+constexpr int viewerBarPx = 44;
+constexpr int scrollBarPx = 12; // beside the grid's headings
 
 unsigned circumstancesOf(const CommandState& state, const EditorTools& tools) {
     using namespace circumstance;
@@ -37,8 +42,10 @@ MainWindow::MainWindow(WindowParts parts)
       pictures_(parts_.appearance, parts_.thumbnails),
       commands_(new CommandActions(this)),
       pages_(new QStackedWidget(this)),
-      notice_(new Pill(parts_.appearance, "noticePill", this, noticeBottomPx)),
-      indexing_(new Pill(parts_.appearance, "indexingPill", this, noticeBottomPx)) {
+      notice_(new Pill(parts_.appearance, "noticePill", this, noticeHeightPx,
+                       [this](QSize pill) { return noticePlace(pill); })),
+      indexing_(new Pill(parts_.appearance, "indexingPill", this, statusHeightPx,
+                         [this](QSize pill) { return statusPlace(pill); })) {
     setObjectName("window");
     setWindowTitle("Kelvaro");
     setWindowIcon(programIcon());
@@ -63,18 +70,22 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::makePages() {
-    library_ = new LibraryPage(parts_.appearance, parts_.library, pictures_, *commands_, this);
-    viewer_ = new ViewerPage(parts_.appearance, parts_.library, parts_.engine, parts_.sessions,
-                             parts_.thumbnails, *commands_, this);
+    library_ = new LibraryPage(parts_.appearance, parts_.library, parts_.thumbnails, pictures_,
+                               *commands_, this);
+    editor_ = new EditorPage(parts_.appearance,
+                             {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
+                              parts_.editing, *commands_},
+                             this);
+    editor_->onCircumstances = [this] { showCommands(); };
     pages_->addWidget(library_);
-    pages_->addWidget(viewer_);
+    pages_->addWidget(editor_);
     const auto rows = [this](const PhotoInfo& info) {
         return infoRows(info, parts_.texts, parts_.calendar);
     };
     libraryInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, library_);
-    viewerInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, viewer_);
+    editorInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, editor_);
     library_->setSidePanel(libraryInfo_);
-    viewer_->setSidePanel(viewerInfo_);
+    editor_->setSidePanel(editorInfo_);
     library_->onAddFolder = [this] { addFolder(); };
     library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
     library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
@@ -83,7 +94,8 @@ void MainWindow::makePages() {
                                   parts_.profile.usage(), this);
     makeProfile();
     exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
-    exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this);
+    exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this,
+                                     [this](QSize pill) { return statusPlace(pill); });
     exportSheet_->onChanged = [this](const ExportSettings& now) { now.save(parts_.settings); };
     exportSheet_->onExport = [this](const ExportSettings& now) { startExport(now); };
     exportSheet_->onClosed = [this] {
@@ -136,12 +148,22 @@ void MainWindow::showRoot() {
     if (dark != parts_.appearance.theme().dark) applyAppearance();
     showsProfile_ = showsProfile_ && !state.isEditing;
     if (showsProfile_) setWindowTitle(words("Your Profile") + " — Kelvaro");
-    QWidget* page = state.isEditing ? static_cast<QWidget*>(viewer_)
+    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_)
                     : showsProfile_ ? static_cast<QWidget*>(profile_)
                                     : library_;
     if (pages_->currentWidget() != page) {
+        const QRect cell =
+            state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get()) : QRect();
         pages_->setCurrentWidget(page);
-        page == library_ ? library_->grid().setFocus() : page->setFocus();
+        indexing_->place();
+        exportStatus_->place();
+        if (page == library_)
+            library_->grid().setFocus();
+        else if (page == editor_)
+            editor_->canvas().setFocus();
+        else
+            page->setFocus();
+        if (cell.isValid()) editor_->growFrom(cell);
     }
     if (!state.errorMessage || *state.errorMessage == shownError_) return;
     // One at a time: the store keeps the message until it has been read.
@@ -154,9 +176,10 @@ void MainWindow::showRoot() {
 
 void MainWindow::showCommands() {
     const CommandState& state = parts_.library.commandState().state();
+    unsigned now = circumstancesOf(state, parts_.library.editorTools().state());
+    if (state.isEditing) now = (now & ~circumstance::editedPhoto) | editor_->circumstances();
     // The selection in the grid behind the profile is nothing to act on.
-    commands_->setCircumstances(
-        showsProfile_ ? 0 : circumstancesOf(state, parts_.library.editorTools().state()));
+    commands_->setCircumstances(showsProfile_ ? 0 : now);
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
                                             : state.selectionIsAllFavorite;
     commands_->setOn(CommandId::favorite, isFavorite);
@@ -165,13 +188,31 @@ void MainWindow::showCommands() {
 }
 
 void MainWindow::showIndexing() {
-    const auto& folders = parts_.library.indexingFolders().get();
-    if (folders.empty()) return indexing_->leave();
-    // A quick look at unchanged folders says nothing.
-    if (parts_.library.photoCount() > 0 && folders.size() < 2) return;
-    indexing_->showProgress(counted(static_cast<qint64>(folders.size()),
-                                    "Looking through 1 folder…", "Looking through %1 folders…"),
-                            std::nullopt);
+    const std::size_t folders = parts_.library.indexingFolders().get().size();
+    mostIndexing_ = folders == 0 ? 0 : std::max(mostIndexing_, folders);
+    // A quick look at one folder, or while something else is told, says nothing.
+    const bool isQuiet = parts_.library.photoCount() > 0 && mostIndexing_ < 2;
+    if (folders == 0 || isQuiet || exportStatus_->isShown()) return indexing_->leave();
+    indexing_->showProgress(
+        counted(static_cast<qint64>(folders), "Looking through 1 folder…",
+                "Looking through %1 folders…"),
+        mostIndexing_ > 1 ? std::optional(double(mostIndexing_ - folders) / double(mostIndexing_))
+                          : std::nullopt);
+}
+
+QPoint MainWindow::noticePlace(QSize pill) const {
+    return {(width() - pill.width()) / 2, height() - noticeBottomPx - pill.height()};
+}
+
+// In the bars above the photos, so that it never covers one.
+QPoint MainWindow::statusPlace(QSize pill) const {
+    if (pages_->currentWidget() == library_) {
+        const QRect row = library_->statusRow();
+        const QPoint origin = library_->mapTo(this, row.topLeft());
+        return {origin.x() + row.width() - pill.width() - scrollBarPx,
+                origin.y() + (row.height() - pill.height()) / 2};
+    }
+    return {(width() - pill.width()) / 2, pages_->y() + (viewerBarPx - pill.height()) / 2};
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
@@ -209,7 +250,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 
 void MainWindow::setScreenProfile(const QColorSpace& profile) {
     pictures_.setScreenProfile(profile);
-    viewer_->canvas().setScreenProfile(profile);
+    editor_->setScreenProfile(profile);
 }
 
 void MainWindow::introduce() {
@@ -219,6 +260,21 @@ void MainWindow::introduce() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    // The open photo's edit goes to the disk first; a drive that is away does not hold it up.
+    if (!settling_ && editor_->model().isOpen()) {
+        settling_ = true;
+        event->ignore();
+        return editor_->settle([this] {
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    parts_.library.closeEditor();
+                    close();
+                },
+                Qt::QueuedConnection);
+        });
+    }
+    settling_ = false;
     parts_.settings.set(settingsKey::windowGeometry, saveGeometry().toBase64().toStdString());
     parts_.library.closeEditor();
     const auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();

@@ -9,6 +9,7 @@
 #include "render/PhotoSessionCache.h"
 #include "render/RenderEngine.h"
 #include "render/ThumbnailLoader.h"
+#include "ui/editor/EditorPage.h"
 #include "ui/export/ExportSheet.h"
 #include "ui/export/ExportStatus.h"
 #include "ui/library/InfoPanel.h"
@@ -19,7 +20,6 @@
 #include "ui/shell/Pill.h"
 #include "ui/shell/Prompts.h"
 #include "ui/shell/SettingsSheet.h"
-#include "ui/viewer/ViewerPage.h"
 
 #include <QMainWindow>
 #include <QStackedWidget>
@@ -33,6 +33,7 @@ struct WindowParts {
     RenderEngine& engine;
     PhotoSessionCache& sessions;
     ThumbnailLoader& thumbnails;
+    EditingServices& editing;
     Exporter& exporter;
     ProfileServices& profile;
     SettingsStore& settings;
@@ -53,10 +54,11 @@ public:
     void setScreenProfile(const QColorSpace& profile);
     CommandActions& commands() const { return *commands_; }
     LibraryPage& libraryPage() const { return *library_; }
-    ViewerPage& viewer() const { return *viewer_; }
+    EditorPage& editor() const { return *editor_; }
     ExportSheet& exportSheet() const { return *exportSheet_; }
     SettingsSheet& settingsSheet() const { return *settings_; }
     ProfilePage& profilePage() const { return *profile_; }
+    const CellPictures& pictures() const { return pictures_; }
     QString noticeText() const { return notice_->text(); }
 
 protected:
@@ -75,6 +77,8 @@ private:
     void showRoot();
     void showCommands();
     void showIndexing();
+    QPoint noticePlace(QSize pill) const;
+    QPoint statusPlace(QSize pill) const;
     void addFolder();
     void addGivenFolder(const std::filesystem::path& folder);
     void moveToTrash();
@@ -90,6 +94,8 @@ private:
     void shareProfile();
     void restoreGeometryKept();
     ProtectedPaths protectedPaths() const;
+    // The edit as it stands now, saved or not.
+    Adjustments editOf(const PhotoUrl& photo) const;
     double largestMegapixels(const std::vector<PhotoUrl>& photos) const;
 
     WindowParts parts_;
@@ -97,17 +103,18 @@ private:
     CommandActions* commands_;
     QStackedWidget* pages_;
     LibraryPage* library_ = nullptr;
-    ViewerPage* viewer_ = nullptr;
+    EditorPage* editor_ = nullptr;
     ProfilePage* profile_ = nullptr;
     ProfilePrompt* profilePrompt_ = nullptr;
-    InfoPanel *libraryInfo_ = nullptr, *viewerInfo_ = nullptr;
+    InfoPanel *libraryInfo_ = nullptr, *editorInfo_ = nullptr;
     SettingsSheet* settings_ = nullptr;
     ExportSheet* exportSheet_ = nullptr;
     ExportStatus* exportStatus_ = nullptr;
     Pill *notice_, *indexing_;
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
-    bool quits_ = false, introduced_ = false, showsProfile_ = false;
+    std::size_t mostIndexing_ = 0; // folders since the last pause
+    bool quits_ = false, settling_ = false, introduced_ = false, showsProfile_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;
 };

@@ -12,38 +12,43 @@ namespace kelvaro {
 namespace {
 
 constexpr int noticeMs = 2500;
-constexpr int heightPx = 36;
 constexpr int risePx = 8;
+constexpr int sidePx = 16;
 
 } // namespace
 
-Pill::Pill(const Appearance& appearance, const char* objectName, QWidget* window, int bottomPx)
-    : QWidget(window), appearance_(appearance), window_(window), bottomPx_(bottomPx) {
+Pill::Pill(const Appearance& appearance, const char* objectName, QWidget* window, int heightPx,
+           Place place)
+    : QWidget(window),
+      appearance_(appearance),
+      window_(window),
+      heightPx_(heightPx),
+      place_(std::move(place)) {
     setObjectName(objectName);
     text_ = new QLabel(this);
     text_->setTextFormat(Qt::PlainText);
     stop_ = named(new IconButton(appearance, IconName::stop, this), "stopButton", words("Stop"),
                   words("Stop"));
-    stop_->setFixedSize(24, 24);
+    stop_->setFixedSize(24, 22);
     QObject::connect(stop_, &QToolButton::clicked, this, [this] {
         if (onStop_) onStop_();
     });
     auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(16, 0, 16, 0);
+    row->setContentsMargins(sidePx, 0, sidePx, 0);
     row->setSpacing(measure::unit);
     row->addWidget(text_);
     row->addWidget(stop_);
     leaving_.setSingleShot(true);
     QObject::connect(&leaving_, &QTimer::timeout, this, [this] { leave(); });
-    motion_.setEasingCurve(QEasingCurve::OutCubic);
-    QObject::connect(&motion_, &QVariantAnimation::valueChanged, this, [this] { place(); });
-    QObject::connect(&motion_, &QVariantAnimation::finished, this, [this] {
-        if (motion_.direction() == QAbstractAnimation::Backward) hide();
-    });
+    hide();
     motion_.setStartValue(0.0);
     motion_.setEndValue(1.0);
+    motion_.setEasingCurve(QEasingCurve::OutCubic);
+    QObject::connect(&motion_, &QVariantAnimation::valueChanged, this, [this] { this->place(); });
+    QObject::connect(&motion_, &QVariantAnimation::finished, this, [this] {
+        if (goes_) hide();
+    });
     window_->installEventFilter(this);
-    hide();
 }
 
 void Pill::showNotice(const QString& text) {
@@ -70,31 +75,36 @@ void Pill::showProgress(const QString& text, std::optional<double> share,
 }
 
 void Pill::appear() {
-    const bool wasThere = isVisible() && motion_.direction() == QAbstractAnimation::Forward;
-    motion_.setDirection(QAbstractAnimation::Forward);
-    motion_.setDuration(std::max(1, appearance_.motionMs()));
+    const bool wasThere = isStaying();
+    goes_ = false;
     show();
     raise();
-    if (!wasThere) motion_.start();
+    if (!wasThere) moveTo(QAbstractAnimation::Forward);
     place();
+}
+
+void Pill::moveTo(QAbstractAnimation::Direction direction) {
+    motion_.stop();
+    if (appearance_.motionMs() == 0) return;
+    motion_.setDirection(direction);
+    motion_.setDuration(appearance_.motionMs());
+    motion_.start();
 }
 
 void Pill::leave() {
     leaving_.stop();
-    if (isHidden() || motion_.direction() == QAbstractAnimation::Backward) return;
-    motion_.setDirection(QAbstractAnimation::Backward);
-    motion_.setDuration(std::max(1, appearance_.motionMs()));
-    motion_.start();
+    if (goes_) return;
+    goes_ = true;
+    if (appearance_.motionMs() == 0) return hide();
+    moveTo(QAbstractAnimation::Backward);
 }
 
 void Pill::place() {
-    const bool still = motion_.state() == QAbstractAnimation::Stopped &&
-                       motion_.direction() == QAbstractAnimation::Forward;
+    if (isHidden()) return;
+    const bool still = motion_.state() == QAbstractAnimation::Stopped;
     const double there = still ? 1 : motion_.currentValue().toDouble();
-    const int width = std::min(sizeHint().width(), window_->width() - 32);
-    setGeometry((window_->width() - width) / 2,
-                window_->height() - bottomPx_ - heightPx + int((1 - there) * risePx), width,
-                heightPx);
+    const QSize size(std::min(sizeHint().width(), window_->width() - 2 * sidePx), heightPx_);
+    setGeometry(QRect(place_(size) + QPoint(0, int((1 - there) * risePx)), size));
     update();
 }
 
@@ -105,9 +115,9 @@ void Pill::paintEvent(QPaintEvent*) {
     const QRectF body = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     painter.setPen(QPen(blended(theme.hairline, theme.control), 1));
     painter.setBrush(theme.control);
-    painter.drawRoundedRect(body, heightPx / 2.0, heightPx / 2.0);
+    painter.drawRoundedRect(body, heightPx_ / 2.0, heightPx_ / 2.0);
     if (!share_) return;
-    const QRectF track(16, heightPx - 6, width() - 32, 2);
+    const QRectF track(sidePx, heightPx_ - 5, width() - 2 * sidePx, 2);
     painter.setPen(Qt::NoPen);
     painter.setBrush(theme.hairline);
     painter.drawRoundedRect(track, 1, 1);

@@ -35,10 +35,14 @@ QByteArray rootProperty(xcb_connection_t* connection, const char* name) {
 
 } // namespace
 
-QColorSpace screenProfile() {
+QColorSpace screenProfile(const QScreen* screen) {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     if (!x11 || !x11->connection()) return {};
-    const QByteArray profile = rootProperty(x11->connection(), "_ICC_PROFILE");
+    // The first screen has the bare name, the others their number behind it.
+    const qsizetype number = QGuiApplication::screens().indexOf(screen);
+    const QByteArray name =
+        number > 0 ? "_ICC_PROFILE_" + QByteArray::number(number) : QByteArray("_ICC_PROFILE");
+    const QByteArray profile = rootProperty(x11->connection(), name.constData());
     if (profile.isEmpty()) return {};
     const QColorSpace space = QColorSpace::fromIccProfile(profile);
     // Converting to what the pictures are in already would cost time and change nothing.

@@ -2,11 +2,12 @@
 #pragma once
 
 #include <QColorSpace>
+#include <QScreen>
 
 namespace kelvaro {
 
-// The profile that X11 keeps for the first screen; invalid where there is none, or on Wayland,
-// whose compositors convert by themselves. Invalid means sRGB.
-QColorSpace screenProfile();
+// The profile that X11 keeps for the screen; invalid where there is none, or on Wayland, whose
+// compositors convert by themselves. Invalid means sRGB.
+QColorSpace screenProfile(const QScreen* screen);
 
 } // namespace kelvaro

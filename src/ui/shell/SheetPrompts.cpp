@@ -20,9 +20,15 @@ void SheetPrompts::ask(const Question& question, Chosen chosen) {
     auto* column = new QVBoxLayout(sheet->panel());
     column->setContentsMargins(24, 24, 24, 20);
     column->setSpacing(measure::unit);
-    column->addWidget(wrappedLabel(words(question.title), "heading", 372));
-    if (!question.text.empty())
-        column->addWidget(wrappedLabel(words(question.text), "secondary", 372));
+    // A message without a title has its first line as one.
+    QString title = words(question.title), text = words(question.text);
+    if (title.isEmpty()) {
+        title = text.section('\n', 0, 0);
+        text = text.section('\n', 1);
+    }
+    sheet->setAccessibleName(title);
+    column->addWidget(wrappedLabel(title, "heading", 372));
+    if (!text.isEmpty()) column->addWidget(wrappedLabel(text, "secondary", 372));
     column->addSpacing(measure::unit);
     auto* row = new QHBoxLayout;
     row->addStretch(1);
@@ -31,9 +37,9 @@ void SheetPrompts::ask(const Question& question, Chosen chosen) {
     auto answer = std::make_shared<std::size_t>(question.buttons.size() - 1);
     std::vector<QPushButton*> buttons;
     for (std::size_t at = 0; at < question.buttons.size(); ++at) {
-        const QString title = words(question.buttons[at]);
+        const QString verb = words(question.buttons[at]);
         auto* button =
-            named(new QPushButton(title), qPrintable(QString("answer%1").arg(at)), title, title);
+            named(new QPushButton(verb), qPrintable(QString("answer%1").arg(at)), verb, verb);
         button->setAutoDefault(true);
         const bool harmless = at + 1 == question.buttons.size();
         button->setProperty("kind", harmless ? "primary" : "");

@@ -5,6 +5,7 @@
 #include "ui/controls/Naming.h"
 #include "ui/shell/ProgramIcon.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
@@ -16,6 +17,8 @@
 namespace kelvaro {
 namespace {
 
+constexpr int emblemPx = 88, iconPx = 32;
+
 struct Page {
     IconName icon;
     const char* title;
@@ -24,7 +27,7 @@ struct Page {
 constexpr std::array pages{
     Page{IconName::photos, "Your photos stay where they are",
          "Add folders from any drive. Kelvaro shows their photos by day and never changes an "
-         "original: edits are kept beside the photos and travel with them."},
+         "original: edits are kept beside the photos."},
     Page{IconName::search, "Find anything while you type",
          "Search for a camera, a lens, 35mm, f/1.8, iso 400, a month or a weekday. Mark favorites "
          "with the . key. Return opens a photo, Esc brings you back."},
@@ -33,11 +36,41 @@ constexpr std::array pages{
          "in the size, colours and format you need."},
 };
 
+// Where one is among the pages, as dots.
+class Dots final : public QWidget {
+public:
+    Dots(const Appearance& appearance, int count) : appearance_(appearance), count_(count) {
+        setFixedSize(count * pitch, 8);
+    }
+    void show(int at) {
+        at_ = at;
+        setAccessibleName(words("%1 of %2").arg(at + 1).arg(count_));
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        const Theme& theme = appearance_.theme();
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        for (int dot = 0; dot < count_; ++dot) {
+            painter.setBrush(dot == at_ ? theme.text : theme.disabled);
+            painter.drawEllipse(QRectF(dot * pitch + (pitch - 6) / 2.0, 1, 6, 6));
+        }
+    }
+
+private:
+    static constexpr int pitch = 14;
+    const Appearance& appearance_;
+    int count_, at_ = 0;
+};
+
 // A large icon on a quiet round ground.
 class Emblem final : public QWidget {
 public:
     Emblem(const Appearance& appearance, IconName name) : appearance_(appearance), name_(name) {
-        setFixedSize(72, 72);
+        setFixedSize(emblemPx, emblemPx);
     }
 
 protected:
@@ -47,8 +80,9 @@ protected:
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
         painter.setBrush(theme.control);
-        painter.drawEllipse(rect());
-        painter.drawPixmap(20, 20, iconPixmap(name_, 32, theme.text, devicePixelRatioF()));
+        painter.drawEllipse(rect().adjusted(8, 8, -8, -8));
+        constexpr int at = (emblemPx - iconPx) / 2;
+        painter.drawPixmap(at, at, iconPixmap(name_, iconPx, theme.text, devicePixelRatioF()));
     }
 
 private:
@@ -56,12 +90,12 @@ private:
     IconName name_;
 };
 
-QWidget* introductionPage(const Appearance& appearance, const Page& page) {
+QWidget* introductionPage(QWidget* emblem, const Page& page) {
     auto* widget = new QWidget;
     auto* column = new QVBoxLayout(widget);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(measure::margin);
-    column->addWidget(new Emblem(appearance, page.icon), 0, Qt::AlignHCenter);
+    column->addWidget(emblem, 0, Qt::AlignHCenter);
     auto* title = wrappedLabel(words(page.title), "greeting", 432);
     auto* text = wrappedLabel(words(page.text), "secondary", 432);
     title->setAlignment(Qt::AlignHCenter);
@@ -70,6 +104,12 @@ QWidget* introductionPage(const Appearance& appearance, const Page& page) {
     column->addWidget(text);
     column->addStretch(1);
     return widget;
+}
+
+QLabel* programEmblem() {
+    auto* icon = new QLabel;
+    icon->setPixmap(programIcon().pixmap(QSize(emblemPx, emblemPx), qApp->devicePixelRatio()));
+    return icon;
 }
 
 QPushButton* button(const char* objectName, const QString& title, const char* kind) {
@@ -87,9 +127,7 @@ void showAbout(const Appearance& appearance, QWidget* window, const QString& ver
     auto* column = new QVBoxLayout(sheet->panel());
     column->setContentsMargins(48, 32, 48, 24);
     column->setSpacing(measure::unit);
-    auto* icon = new QLabel;
-    icon->setPixmap(programIcon().pixmap(QSize(96, 96)));
-    column->addWidget(icon, 0, Qt::AlignHCenter);
+    column->addWidget(programEmblem(), 0, Qt::AlignHCenter);
     column->addWidget(label("Kelvaro", "greeting"), 0, Qt::AlignHCenter);
     column->addWidget(label(words("Version %1").arg(version), "secondary"), 0, Qt::AlignHCenter);
     column->addSpacing(measure::unit);
@@ -111,14 +149,17 @@ void showIntroduction(const Appearance& appearance, QWidget* window,
     sheet->setDeletesItself(true);
     sheet->setClosesOnClickOutside(false);
     auto* stack = new QStackedWidget;
-    for (const Page& page : pages)
-        stack->addWidget(introductionPage(appearance, page));
+    for (const Page& page : pages) {
+        QWidget* emblem = &page == pages.data() ? static_cast<QWidget*>(programEmblem())
+                                                : new Emblem(appearance, page.icon);
+        stack->addWidget(introductionPage(emblem, page));
+    }
     auto* skip = button("skipIntroduction", words("Skip"), "quiet");
     auto* next = button("nextIntroduction", words("Continue"), "primary");
-    auto* place = label({}, "secondary");
+    auto* place = new Dots(appearance, int(pages.size()));
     const auto show = [stack, place, next](int at) {
         stack->setCurrentIndex(at);
-        place->setText(words("%1 of %2").arg(at + 1).arg(int(pages.size())));
+        place->show(at);
         const QString title =
             at + 1 == int(pages.size()) ? words("Add a folder of photos") : words("Continue");
         next->setText(title);

@@ -12,7 +12,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int previewPx = 512;
+constexpr int previewPx = 1280;
 
 } // namespace
 
@@ -99,7 +99,6 @@ void MainWindow::beginExport() {
     if (exporting_.empty()) return;
     const PhotoUrl first = exporting_.front();
     const Photo* photo = parts_.library.photo(first);
-    const Adjustments* edit = parts_.library.edit(first);
     exportSheet_->preview().setPhoto({});
     if (photo) {
         const auto meta = parts_.library.meta(first);
@@ -109,11 +108,12 @@ void MainWindow::beginExport() {
         exportSheet_->preview().setDay(std::chrono::floor<std::chrono::days>(
             std::chrono::sys_seconds(std::chrono::seconds(seconds))));
     }
-    previewTicket_ = parts_.thumbnails.request(
-        {first, edit ? *edit : Adjustments{}, previewPx}, ThumbnailPriority::visible,
-        [this](const ThumbnailResult& result) {
-            if (result) exportSheet_->preview().setPhoto(imageOf(*result).copy());
-        });
+    previewTicket_ =
+        parts_.thumbnails.request({first, editOf(first), previewPx}, ThumbnailPriority::visible,
+                                  [this](const ThumbnailResult& result) {
+                                      if (result)
+                                          exportSheet_->preview().setPhoto(imageOf(*result).copy());
+                                  });
     exportSheet_->begin(ExportSettings::load(parts_.settings, parts_.folders),
                         static_cast<int>(exporting_.size()), largestMegapixels(exporting_));
 }
@@ -129,6 +129,13 @@ ProtectedPaths MainWindow::protectedPaths() const {
     return paths;
 }
 
+Adjustments MainWindow::editOf(const PhotoUrl& photo) const {
+    if (editor_->model().isOpen() && editor_->model().photo().location == photo)
+        return editor_->model().edit();
+    const Adjustments* edit = parts_.library.edit(photo);
+    return edit ? *edit : Adjustments{};
+}
+
 void MainWindow::startExport(const ExportSettings& settings) {
     if (parts_.exporter.state().get().running) {
         notice_->showNotice(words("An export is running already"));
@@ -136,14 +143,13 @@ void MainWindow::startExport(const ExportSettings& settings) {
     }
     std::vector<ExportJob> jobs;
     jobs.reserve(exporting_.size());
-    for (const PhotoUrl& photo : exporting_) {
-        const Adjustments* edit = parts_.library.edit(photo);
-        jobs.push_back({photo, edit ? *edit : Adjustments{}});
-    }
+    for (const PhotoUrl& photo : exporting_)
+        jobs.push_back({photo, editOf(photo)});
     exportStatus_->begin();
     Exporter::Options options;
     options.onPhoto = [this](const Exporter::PhotoOutcome& outcome) {
-        if (outcome.file) exportStatus_->noteFile(outcome.file->url);
+        if (!outcome.file) return;
+        exportStatus_->noteFile(outcome.file->url);
     };
     parts_.exporter.start(std::move(jobs), settings, protectedPaths(), std::move(options));
 }
@@ -152,11 +158,14 @@ void MainWindow::startExport(const ExportSettings& settings) {
 
 void MainWindow::bindEditCommands() {
     LibraryStore& lib = parts_.library;
-    commands_->on(CommandId::copyAdjustments, [&lib] {
+    commands_->on(CommandId::copyAdjustments, [this, &lib] {
+        if (lib.isEditing()) return editor_->copy();
         const auto targets = lib.targets();
         if (!targets.empty()) lib.copyAdjustments(targets.front());
     });
-    commands_->on(CommandId::pasteAdjustments, [&lib] { lib.pasteAdjustments(lib.targets()); });
+    commands_->on(CommandId::pasteAdjustments, [this, &lib] {
+        lib.isEditing() ? editor_->paste() : lib.pasteAdjustments(lib.targets());
+    });
     commands_->on(CommandId::revertToOriginal, [this] { revert(); });
     commands_->on(CommandId::selectAll, [this] { library_->grid().selectAll(); });
     commands_->on(CommandId::selectNone, [this] { library_->grid().selectNone(); });
@@ -169,11 +178,12 @@ void MainWindow::bindEditCommands() {
     });
     commands_->on(CommandId::previousPhoto, [&lib] { lib.openNeighbour(-1); });
     commands_->on(CommandId::nextPhoto, [&lib] { lib.openNeighbour(1); });
-    commands_->on(CommandId::backToLibrary, [&lib] { lib.closeEditor(); });
+    commands_->on(CommandId::backToLibrary, [this] { editor_->escape(); });
 }
 
 // In the grid there is nothing to undo it with, so it asks first.
 void MainWindow::revert() {
+    if (parts_.library.isEditing()) return void(editor_->model().revertToOriginal());
     const auto photos = parts_.library.targets();
     const std::string title =
         photos.size() == 1 ? "Revert “" + texts::displayName(photos.front()) + "” to the original?"

@@ -53,7 +53,7 @@ void MainWindow::showProfileName() {
     library_->toolbar().setProfileIcon(profileIcon(icon));
     const std::string help = name.empty() ? std::string(command(CommandId::profile).help)
                                           : name + std::string(profileHelpAfterName);
-    commands_->action(CommandId::profile)->setToolTip(words(help));
+    commands_->setHelp(CommandId::profile, help);
 }
 
 void MainWindow::shareProfile() {

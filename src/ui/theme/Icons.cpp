@@ -89,7 +89,8 @@ const char* iconPath(IconName name) {
     case IconName::driveMissing:
         return "M3 12.5 5 5h10l2 7.5v3H3zM3 12.5h14M8.2 7.2l3.6 3.6M11.8 7.2 8.2 10.8";
     case IconName::edited:
-        return "M4 6h4.2M11.8 6H16M4 14h1.7M9.3 14H16M10 4.2v3.6M7.5 12.2v3.6";
+        return "M3.5 6.5h6.2M14.3 6.5h2.2M12 4.2a2.3 2.3 0 1 0 0 4.6 2.3 2.3 0 0 0 0-4.6zM3.5 "
+               "13.5h2.2M10.3 13.5h6.2M8 11.2a2.3 2.3 0 1 0 0 4.6 2.3 2.3 0 0 0 0-4.6z";
     case IconName::exportArrow:
         return "M10 12.5V3.5M6.5 6.5 10 3l3.5 3.5M6 9.5H4.5v7h11v-7H14";
     case IconName::favorite:
@@ -144,6 +145,69 @@ const char* iconPath(IconName name) {
     case IconName::wave:
         return "M2.8 8c2.4-2.4 4.8-2.4 7.2 0s4.8 2.4 7.2 0M2.8 13c2.4-2.4 4.8-2.4 7.2 0s4.8 2.4 "
                "7.2 0";
+    case IconName::undo:
+        return "M7.5 4.5 4 8l3.5 3.5M4 8h7.5a4 4 0 0 1 0 8H8";
+    case IconName::redo:
+        return "M12.5 4.5 16 8l-3.5 3.5M16 8H8.5a4 4 0 0 0 0 8H12";
+    case IconName::split:
+        return "M3 4.5h14v11H3zM10 3v14M13 8.5l1.5 1.5-1.5 1.5M7 8.5 5.5 10 7 11.5";
+    case IconName::crop:
+        return "M6 2.8v11.2h11.2M2.8 6H14v11.2";
+    case IconName::mask:
+        return "M3 4.5h14v11H3zM10 7a3 3 0 1 0 0 6 3 3 0 0 0 0-6z";
+    case IconName::eyedropper:
+        return "M11.5 6.5l2 2M10 5l5 5M12.2 4.8l1.3-1.3a1.6 1.6 0 0 1 2.3 0l.7.7a1.6 1.6 0 0 1 0 "
+               "2.3l-1.3 1.3M11.2 6.2 4.8 12.6 4 16l3.4-.8 6.4-6.4";
+    case IconName::assessment:
+        return "M3 4h14v12H3zM6.5 7h7v6h-7z";
+    case IconName::presets:
+        return "M10 3.2 3 6.8l7 3.6 7-3.6zM3.2 10.2 10 13.7l6.8-3.5M3.2 13.5 10 17l6.8-3.5";
+    case IconName::copy:
+        return "M7.5 7h8v9.5h-8zM12.5 7V3.5h-8V13h3";
+    case IconName::paste:
+        return "M6.5 4.8H4.5v11.7h11V4.8h-2M7.5 3.2h5v3h-5z";
+    case IconName::reset:
+        return "M4.5 10a5.5 5.5 0 1 0 1.8-4.1M4.3 3.5v3.3h3.3";
+    case IconName::revert:
+        return "M4.5 10a5.5 5.5 0 1 0 1.8-4.1M4.3 3.5v3.3h3.3M10 7v3.2l2 1.3";
+    case IconName::brush:
+        return "M16.5 3.5c-3 1-6 4-7.8 7l1.8 1.8c3-1.8 6-4.8 7-7.8zM8 11.5c-1.8 0-2.8 1.2-2.9 3-.1 "
+               "1-.8 1.7-1.8 2 2.6.8 6.3.2 6.5-3.2";
+    case IconName::linearGradient:
+        return "M3 4h14v12H3zM3 8h14M3 12h14M6 16v-.5M10 16v-.5M14 16v-.5";
+    case IconName::radialGradient:
+        return "M10 4.5c4 0 7 2.5 7 5.5s-3 5.5-7 5.5-7-2.5-7-5.5 3-5.5 7-5.5zM10 7.8c1.7 0 3 1 3 "
+               "2.2s-1.3 2.2-3 2.2-3-1-3-2.2 1.3-2.2 3-2.2z";
+    case IconName::eye:
+        return "M2.5 10C4.3 6.8 7 5.2 10 5.2s5.7 1.6 7.5 4.8c-1.8 3.2-4.5 4.8-7.5 4.8S4.3 13.2 2.5 "
+               "10zM10 7.8a2.2 2.2 0 1 0 0 4.4 2.2 2.2 0 0 0 0-4.4z";
+    case IconName::eyeOff:
+        return "M2.5 10C4.3 6.8 7 5.2 10 5.2s5.7 1.6 7.5 4.8c-1.8 3.2-4.5 4.8-7.5 4.8S4.3 13.2 2.5 "
+               "10zM4 16 16 4";
+    case IconName::invert:
+        return "M10 3.5a6.5 6.5 0 1 0 0 13zM10 3.5a6.5 6.5 0 0 1 0 13M7.5 5v10M5.3 6.5v7";
+    case IconName::duplicate:
+        return "M7 7h9.5v9.5H7zM13 7V3.5H3.5V13H7M11.8 9.5v4.5M9.5 11.8H14";
+    case IconName::horizon:
+        return "M3 12.5l14-5M5 16h10M10 10v-6M7.8 6 10 3.8 12.2 6";
+    case IconName::landscape:
+        return "M3 6h14v8H3z";
+    case IconName::portrait:
+        return "M6 3h8v14H6z";
+    case IconName::more:
+        return "M5 10h.1M10 10h.1M15 10h.1";
+    case IconName::plus:
+        return "M10 6v8M6 10h8";
+    case IconName::minus:
+        return "M6 10h8";
+    case IconName::intersect:
+        return "M8 5.5a4.5 4.5 0 1 0 0 9 4.5 4.5 0 0 0 0-9zM12 5.5a4.5 4.5 0 1 0 0 9 4.5 4.5 0 0 0 "
+               "0-9z";
+    case IconName::before:
+        return "M3 4.5h14v11H3zM10 4.5v11M5.2 8h2.6M5.2 10.2h2.6M5.2 12.4h2.6";
+    case IconName::eraser:
+        return "M8.5 16h8M4.2 12.2l7-7a1.4 1.4 0 0 1 2 0l2.6 2.6a1.4 1.4 0 0 1 0 2L9.6 "
+               "16H7l-2.8-1.8a1.4 1.4 0 0 1 0-2zM8.2 8.2l4.6 4.6";
     }
     return "";
 }

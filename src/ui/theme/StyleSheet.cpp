@@ -71,6 +71,14 @@ QComboBox QAbstractItemView { background: @control; color: @text; border: 1px so
     padding: 4px; selection-background-color: @primary; selection-color: @onPrimary; }
 
 QListView, QTreeView, QScrollArea, QAbstractScrollArea { background: transparent; border: none; }
+QListWidget::item { height: 28px; border-radius: 6px; padding-left: 6px; color: @text; }
+QListWidget::item:hover { background: @hover; }
+QListWidget::item:selected { background: @pressed; color: @text; }
+QListWidget::indicator { width: 14px; height: 14px; border: 1px solid @scrollHover; border-radius: 4px;
+    background: @control; }
+QListWidget::indicator:checked { background: @knob; border-color: @knob;
+    image: url(:/kelvaro/check.svg); }
+#sidebar { background: @panel; }
 QScrollBar { background: transparent; border: none; margin: 0; }
 QScrollBar:vertical { width: 12px; }
 QScrollBar:horizontal { height: 12px; }
@@ -117,6 +125,7 @@ QString styleSheetOf(const Theme& theme) {
         {"@controlHover", over(theme.hover, theme.control)},
         {"@controlPressed", over(theme.pressed, theme.control)},
         {"@control", theme.control.name()},
+        {"@panel", theme.panel.name()},
         {"@primaryHover", theme.primary.lighter(theme.dark ? 104 : 106).name()},
         {"@primary", theme.primary.name()},
         {"@onPrimary", theme.onPrimary.name()},

@@ -101,6 +101,10 @@ QFont interfaceFont(TextRole role) {
     case TextRole::body:
         font.setPixelSize(measure::bodyPx);
         break;
+    case TextRole::strong:
+        font.setPixelSize(measure::bodyPx);
+        font.setWeight(QFont::DemiBold);
+        break;
     case TextRole::caption:
         font.setPixelSize(measure::captionPx);
         break;

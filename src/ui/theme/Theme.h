@@ -45,7 +45,7 @@ inline constexpr int greetingPx = 24;
 inline constexpr int motionMs = 150;
 } // namespace measure
 
-enum class TextRole { body, caption, heading, greeting };
+enum class TextRole { body, strong, caption, heading, greeting };
 
 // The system's interface font where it names one, else one that reads well on a screen.
 QFont interfaceFont(TextRole role = TextRole::body);

@@ -1,4 +1,5 @@
 #include "platform/raw/CameraRawEngine.h"
+#include "platform/raw/EmbeddedBitmap.h"
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/StandaloneJpeg.h"
 #include "platform/raw/SyntheticDng.h"
@@ -123,6 +124,30 @@ TEST(EmbeddedPreview, ComesFromTheFileWithoutItsRawData) {
         EXPECT_EQ(picture->pixels.size, (*preview)->size);
     }
     std::filesystem::remove(path);
+}
+
+TEST(EmbeddedPreview, UncompressedOnesAreReadToo) {
+    test::TiffWriter writer;
+    writer.longs(256, {3});
+    writer.longs(257, {2});
+    writer.shorts(258, {8, 8, 8});
+    writer.shorts(259, {1});
+    writer.shorts(262, {2});
+    writer.shorts(277, {3});
+    std::vector<std::uint8_t> pixels;
+    for (int i = 0; i < 18; ++i)
+        pixels.push_back(std::uint8_t(10 * i));
+    Bytes data;
+    for (const std::uint8_t v : writer.file(pixels))
+        data.push_back(std::byte(v));
+    const TiffFile file(from(data));
+    const auto picture = embeddedBitmap(file, from(data), data.size());
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->pixels.size, (PixelSize{3, 2}));
+    // Sample 14 of 18 is 140: linear light of IEC 61966-2-1.
+    EXPECT_NEAR(picture->pixels.row<float>(1)[5], std::pow((140 / 255.0 + 0.055) / 1.055, 2.4),
+                1e-6);
+    EXPECT_FALSE(embeddedBitmap(file, from(data), data.size() - 1)); // breaks off
 }
 
 // Whatever the preview is, the RAW data are a picture.

@@ -1,7 +1,9 @@
 #include "platform/raw/LosslessJpeg.h"
+#include "platform/raw/LosslessTiles.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -135,6 +137,41 @@ TEST(LosslessJpeg, RefusesDamage) {
         Bytes bad = good;
         bad[i] ^= std::byte{0x24};
         (void)decodeLosslessJpeg(bad, width, target);
+    }
+}
+
+// Tiles that reach over the picture's edges, of mosaics and of pictures with all colours.
+TEST(LosslessTiles, FillThePicture) {
+    for (const int each : {1, 3}) {
+        constexpr int kWidth = 50, kHeight = 34, kTile = 16;
+        DngTags tags;
+        tags.width = kWidth, tags.height = kHeight;
+        tags.samplesPerPixel = each;
+        tags.compression = 7;
+        tags.tiles.width = tags.tiles.height = kTile;
+        Bytes file(7);
+        std::vector<std::uint16_t> want(std::size_t(kWidth * kHeight * each));
+        for (int top = 0; top < kHeight; top += kTile) {
+            for (int left = 0; left < kWidth; left += kTile) {
+                const auto samples =
+                    noise(std::size_t(kTile * kTile * each), 14, unsigned(top * 100 + left));
+                for (int y = 0; y < std::min(kTile, kHeight - top); ++y) {
+                    const int count = each * std::min(kTile, kWidth - left);
+                    std::copy_n(samples.begin() + y * kTile * each, count,
+                                want.begin() + ((top + y) * kWidth + left) * each);
+                }
+                const Bytes tile = Encoder(kTile, kTile, each, 1, 14).encode(samples);
+                tags.tiles.offsets.push_back(file.size());
+                tags.tiles.counts.push_back(tile.size());
+                file.insert(file.end(), tile.begin(), tile.end());
+            }
+        }
+        const ReadAt read = [&](std::uint64_t offset, std::span<std::byte> out) {
+            const auto from = std::span(file).subspan(std::size_t(offset)).first(out.size());
+            std::copy(from.begin(), from.end(), out.begin());
+            return out.size();
+        };
+        EXPECT_EQ(decodeLosslessTiles(tags, read, nullptr), want) << each;
     }
 }
 

@@ -2,6 +2,7 @@
 // linear Rec. 709 itself, so that the picture is the scene function.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -19,9 +20,15 @@ struct SyntheticDng {
     int width = 64, height = 48;             // stored photosites
     std::array<int, 4> active{0, 0, 48, 64}; // top, left, bottom, right
     std::array<int, 4> crop{0, 0, 64, 48};   // left, top, width, height inside the active area
-    std::string pattern = "RGGB"; // of the active area's corner; "" for linear, three samples
+    // Of the active area's corner, 2 × 2 or 6 × 6; "" for linear, three samples.
+    std::string pattern = "RGGB";
     std::array<int, 4> black{256, 256, 256, 256};
-    std::vector<double> rowDeltas; // of the active rows
+    std::vector<double> rowDeltas, columnDeltas; // of the active rows and columns
+    // What stored values stand for, its length − 1 being the largest of them; empty: themselves.
+    std::vector<int> linearisation;
+    std::array<double, 2> scale{1, 1}; // across, down
+    double exposureSeconds = 0;
+    bool statesExposure = true;
     int white = 16383;
     // What the tags claim instead, to be told from what is stored.
     std::optional<int> claimedWhite;
@@ -32,8 +39,9 @@ struct SyntheticDng {
     // Rows X, Y, Z of linear Rec. 709 inverted: camera values are the scene's.
     std::array<double, 9> matrix{3.2409699, -1.5373832, -0.4986108, -0.9692436, 1.8759675,
                                  0.0415551, 0.0556301,  -0.2039770, 1.0569715};
-    std::vector<int> opcodeList1, opcodeList2; // bytes
-    std::vector<std::byte> jpeg, secondJpeg;   // embedded previews
+    std::vector<double> calibration;                        // of this very camera, nine numbers
+    std::vector<int> opcodeList1, opcodeList2, opcodeList3; // bytes
+    std::vector<std::byte> jpeg, secondJpeg;                // embedded previews
     // Scene value of a channel at (row, column) of the active area; 1 saturates.
     std::function<double(int row, int column, int channel)> scene;
 
@@ -143,24 +151,32 @@ private:
 
 inline std::vector<std::uint8_t> SyntheticDng::bytes() const {
     const bool isLinear = pattern.empty();
-    const int samples = isLinear ? 3 : 1;
+    const int samples = isLinear ? 3 : 1, period = pattern.size() == 36 ? 6 : 2;
     std::vector<std::uint8_t> pixels;
     for (int row = 0; row < height; ++row) {
         for (int column = 0; column < width; ++column) {
             for (int s = 0; s < samples; ++s) {
                 const int r = row - active[0], c = column - active[1];
                 const int cell = ((r & 1) * 2) + (c & 1);
+                const auto filter = std::size_t((r + 60) % period * period + (c + 60) % period);
                 const bool isLit = row >= active[0] && column >= active[1] && row < active[2] &&
                                    column < active[3];
-                const int channel = isLinear                            ? s
-                                    : pattern[std::size_t(cell)] == 'R' ? 0
-                                    : pattern[std::size_t(cell)] == 'G' ? 1
-                                                                        : 2;
+                const int channel = isLinear                 ? s
+                                    : pattern[filter] == 'R' ? 0
+                                    : pattern[filter] == 'G' ? 1
+                                                             : 2;
                 const double level = black[std::size_t(isLinear ? 0 : cell)];
-                const double delta = isLit && !rowDeltas.empty() ? rowDeltas[std::size_t(r)] : 0;
+                double delta = 0;
+                if (isLit && !rowDeltas.empty()) delta += rowDeltas[std::size_t(r)];
+                if (isLit && !columnDeltas.empty()) delta += columnDeltas[std::size_t(c)];
                 double v = level + delta + (isLit ? scene(r, c, channel) * (white - level) : 0);
                 v = v < 0 ? 0 : v > white ? white : v;
-                const int dn = int(v + 0.5);
+                int dn = int(v + 0.5);
+                if (!linearisation.empty()) {
+                    const auto at =
+                        std::lower_bound(linearisation.begin(), linearisation.end() - 1, dn);
+                    dn = int(at - linearisation.begin());
+                }
                 pixels.push_back(std::uint8_t(dn));
                 pixels.push_back(std::uint8_t(dn >> 8));
             }
@@ -186,7 +202,7 @@ inline std::vector<std::uint8_t> SyntheticDng::bytes() const {
         std::vector<int> colours;
         for (const char c : pattern)
             colours.push_back(c == 'R' ? 0 : c == 'G' ? 1 : 2);
-        t.shorts(33421, {2, 2});
+        t.shorts(33421, {period, period});
         t.octets(33422, colours);
         t.shorts(50713, {2, 2});
         t.shorts(50714, {black[0], black[1], black[2], black[3]});
@@ -194,15 +210,21 @@ inline std::vector<std::uint8_t> SyntheticDng::bytes() const {
         t.shorts(50714, {black[0], black[0], black[0]});
     }
     if (!rowDeltas.empty()) t.rationals(50716, rowDeltas);
+    if (!columnDeltas.empty()) t.rationals(50715, columnDeltas);
+    if (!linearisation.empty()) t.shorts(50712, linearisation);
+    if (scale[0] != scale[1]) t.rationals(50718, {scale[0], scale[1]}, false);
+    if (exposureSeconds > 0) t.rationals(33434, {exposureSeconds}, false);
     t.shorts(50717, std::vector<int>(std::size_t(samples), claimedWhite.value_or(white)));
     t.longs(50719, {crop[0], crop[1]});
     t.longs(50720, {crop[2], crop[3]});
     t.rationals(50721, {matrix.begin(), matrix.end()});
+    if (!calibration.empty()) t.rationals(50723, calibration);
     t.rationals(50728, {neutral.begin(), neutral.end()}, false);
-    t.rationals(50730, {exposureStops});
+    if (statesExposure) t.rationals(50730, {exposureStops});
     t.shorts(50778, {21});
     if (!opcodeList1.empty()) t.undefined(51008, opcodeList1);
     if (!opcodeList2.empty()) t.undefined(51009, opcodeList2);
+    if (!opcodeList3.empty()) t.undefined(51022, opcodeList3);
     t.longs(50829, {active[0], active[1], active[2], active[3]});
     if (!secondJpeg.empty()) t.undefined(46, secondJpeg); // as one maker keeps it
     return t.file(pixels, jpeg);

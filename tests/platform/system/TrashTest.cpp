@@ -1,14 +1,11 @@
 // The Trash as the freedesktop standard describes it, in folders of the test's own.
 #include "fakes/ManualClock.h"
+#include "fakes/OwnDisk.h"
 #include "fakes/TemporaryFolder.h"
 #include "platform/system/FreedesktopTrash.h"
 #include "platform/system/IcuCalendar.h"
 
 #include <gmock/gmock.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace kelvaro {
 namespace {
@@ -37,46 +34,34 @@ TEST(TrashTest, AFileOfTheHomeDiskGoesToTheHomeTrashWithItsRecord) {
     EXPECT_EQ(namesIn(info).size(), 2u) << "a failure leaves no record";
 }
 
-// On a disk of its own, in a child with mounts of its own. 77: the system forbids that.
 TEST(TrashTest, AFileOfAnotherDiskGoesToTheTrashAtItsTop) {
     TemporaryFolder root;
     ManualClock clock;
     const auto calendar = makeIcuCalendar("UTC");
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const int flags = ::getuid() == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS;
-        const auto disk = root / "disk";
-        std::filesystem::create_directories(disk);
-        if (::unshare(flags) != 0 ||
-            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=1m") != 0)
-            ::_exit(77);
+    const auto disk = root / "disk";
+    const auto result = withOwnDisk(disk, "1m", [&] {
         FreedesktopTrash trash(root / "share/Trash", clock, *calendar);
         writeFile(disk / "trip/a.jpg", "a");
         writeFile(disk / "trip/b.jpg", "b");
         const std::string user = std::to_string(::getuid());
         const auto own = disk / (".Trash-" + user);
-        if (!trash.put(disk / "trip/a.jpg")) ::_exit(1);
-        if (readFile(own / "files/a.jpg") != "a") ::_exit(2);
+        if (!trash.put(disk / "trip/a.jpg")) return 1;
+        if (readFile(own / "files/a.jpg") != "a") return 2;
         if (readFile(own / "info/a.jpg.trashinfo").find("Path=trip/a.jpg\n") == std::string::npos)
-            ::_exit(3);
+            return 3;
         // One that the administrator made for everybody comes first.
         std::filesystem::create_directory(disk / ".Trash");
         std::filesystem::permissions(disk / ".Trash", std::filesystem::perms(01777));
-        if (!trash.put(disk / "trip/b.jpg")) ::_exit(4);
-        if (readFile(disk / ".Trash" / user / "files/b.jpg") != "b") ::_exit(5);
+        if (!trash.put(disk / "trip/b.jpg")) return 4;
+        if (readFile(disk / ".Trash" / user / "files/b.jpg") != "b") return 5;
         // A disk that nothing can be written to.
         writeFile(disk / "trip/c.jpg", "c");
-        ::mount(nullptr, disk.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
-        if (trash.put(disk / "trip/c.jpg")) ::_exit(6);
-        if (readFile(disk / "trip/c.jpg") != "c") ::_exit(7);
-        ::_exit(0);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no mounts for this user";
-    EXPECT_EQ(WEXITSTATUS(status), 0) << "the number of the first step that failed";
+        setReadOnly(disk, true);
+        if (trash.put(disk / "trip/c.jpg")) return 6;
+        return readFile(disk / "trip/c.jpg") == "c" ? 0 : 7;
+    });
+    if (!result) GTEST_SKIP() << "no mounts for this user";
+    EXPECT_EQ(*result, 0) << "the number of the first step that failed";
 }
 
 } // namespace

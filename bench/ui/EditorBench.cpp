@@ -1,0 +1,256 @@
+// Latencies of the editor with the whole window, software drawing: from a movement of the hand on a
+// slider to the frame on the canvas, settled frames, the brush, opening, and memory while walking
+// through photos. Prints each figure beside its aim.
+//     bench_ui_editor PHOTOS [--frames 200] [--walk 200]
+// PHOTOS is a copy of a folder with RAW and other photos of 24 MP: edits are written into it. Run
+// it with QT_QPA_PLATFORM=offscreen or under Xvfb.
+#include "editor/MaskList.h"
+#include "ui/editor/EditorScene.h"
+
+#include <QDir>
+#include <QPushButton>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+
+namespace kelvaro {
+namespace {
+
+constexpr double never = -1; // no aim
+
+struct Times {
+    std::vector<double> milliseconds;
+
+    double quantile(double share) const {
+        if (milliseconds.empty()) return 0;
+        std::vector<double> sorted = milliseconds;
+        std::ranges::sort(sorted);
+        return sorted[std::min(sorted.size() - 1, std::size_t(share * double(sorted.size())))];
+    }
+};
+
+void printRow(const QString& name, const Times& times, double aimP50, double aimP99) {
+    const auto aim = [](double value) {
+        return value == never ? QString("-") : QString::number(value, 'f', 0);
+    };
+    std::printf("%-52s %5zu  %7.1f (%s)  %7.1f (%s)  %7.1f\n", qPrintable(name),
+                times.milliseconds.size(), times.quantile(0.5), qPrintable(aim(aimP50)),
+                times.quantile(0.99), qPrintable(aim(aimP99)), times.quantile(1));
+    std::fflush(stdout);
+}
+
+// Counts in steps of 5 ms.
+void printHistogram(const Times& times) {
+    std::map<int, int> counts;
+    for (const double ms : times.milliseconds)
+        ++counts[static_cast<int>(ms / 5) * 5];
+    for (const auto& [from, count] : counts)
+        std::printf("    %3d ms %s %d\n", from, std::string(std::size_t(count), '#').c_str(),
+                    count);
+}
+
+double residentMegabytes() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("VmRSS:")) return std::stod(line.substr(6)) / 1024;
+    return 0;
+}
+
+class EditorBench : public EditorScene {
+public:
+    EditorBench(const QString& folder, int frames, int walk)
+        : folder_(QDir(folder).canonicalPath().toStdString()), frames_(frames), walk_(walk) {
+        desktop.wanted = {.prefersDark = true, .reducesMotion = true};
+    }
+
+    void run() {
+        settings.set("folders", std::vector<std::string>{folder_});
+        open(true);
+        canvas().onPainted = [this](const CanvasFrame& frame) {
+            if (frame.number == lastFrame_) return;
+            lastFrame_ = frame.number;
+            painted_ = true;
+            lastStage_ = frame.stage;
+        };
+        std::printf("%-52s %5s  %14s  %14s  %7s\n", "milliseconds (aims in brackets)", "n", "p50",
+                    "p99", "most");
+        for (const PixelSize size : {PixelSize{1920, 1200}, PixelSize{3840, 2160}}) {
+            canvas().setFixedSize(size.width, size.height);
+            QApplication::processEvents();
+            for (const bool raw : {true, false})
+                measure(size, raw);
+        }
+        canvas().setFixedSize(1920, 1200);
+        opening();
+        if (walk_ > 0) walking();
+    }
+
+private:
+    std::optional<std::size_t> photo(bool raw) const {
+        const auto& photos = library->view().get()->photos;
+        for (std::size_t at = 0; at < photos.size(); ++at)
+            if (photos[at]->isRaw == raw) return at;
+        return std::nullopt;
+    }
+    // From now until a frame that was asked for later than this is on the canvas.
+    double untilPainted(const QElapsedTimer& clock) {
+        painted_ = false;
+        until([&] { return painted_; });
+        return double(clock.nsecsElapsed()) / 1e6;
+    }
+    Times dragging(SliderRow* slider) {
+        Times times;
+        QTest::mousePress(slider, Qt::LeftButton, {}, QPoint(150, 20));
+        for (int frame = 0; frame < frames_ + 5; ++frame) {
+            const double x = 150 + 60 * std::sin((frame + 1) * 0.13) + 20;
+            QElapsedTimer clock;
+            clock.start();
+            sendMove(slider, QPointF(x, 20));
+            const double ms = untilPainted(clock);
+            if (frame >= 5) times.milliseconds.push_back(ms); // the first ones find out how fast
+        }
+        QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(150, 20));
+        settleCanvas();
+        return times;
+    }
+    Times settled() {
+        Times times;
+        for (int round = 0; round < std::max(5, frames_ / 10); ++round) {
+            QElapsedTimer clock;
+            clock.start();
+            model().change("Exposure",
+                           [&](Adjustments& edit) { edit.exposure = 0.1 + 0.02 * round; });
+            until([&] { return canvas().isSettled() && canvas().frame().isFinal; });
+            times.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
+        }
+        return times;
+    }
+    Times painting() {
+        key(Qt::Key_M);
+        find<QPushButton>("addBrush")->click();
+        model().change("Exposure", [](Adjustments& edit) { edit.masks.back().exposure = 0.8; });
+        settleCanvas();
+        Times times;
+        const QPoint middle = canvas().rect().center();
+        QTest::mousePress(&canvas(), Qt::LeftButton, {}, middle);
+        for (int frame = 0; frame < frames_ + 5; ++frame) {
+            const double turn = frame * 0.21, far = 100 + frame;
+            QElapsedTimer clock;
+            clock.start();
+            sendMove(&canvas(),
+                     QPointF(middle) + QPointF(far * std::cos(turn), far * 0.6 * std::sin(turn)));
+            const double ms = untilPainted(clock);
+            if (frame >= 5) times.milliseconds.push_back(ms);
+        }
+        QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, middle);
+        model().removeAllMasks();
+        key(Qt::Key_M);
+        settleCanvas();
+        return times;
+    }
+    void measure(PixelSize size, bool raw) {
+        const auto at = photo(raw);
+        if (!at) return;
+        const bool large = size.width > 1920;
+        const QString place =
+            QString("%1 x %2 %3: ").arg(size.width).arg(size.height).arg(raw ? "RAW" : "picture");
+        openPhoto(*at);
+        model().change("Edit", [](Adjustments& edit) { // a typical recipe
+            edit.contrast = 12;
+            edit.shadows = 25;
+            edit.highlights = -20;
+            edit.clarity = 15;
+            edit.saturation = 8;
+        });
+        settleCanvas();
+        const double p50 = large ? 33 : 20, p99 = large ? never : 40;
+        const Times finishing = dragging(row("vibrance"));
+        printRow(place + "drag a finishing slider", finishing, p50, p99);
+        const Times early = dragging(row("exposure"));
+        printRow(place + "drag exposure", early, p50, p99);
+        if (!large) printHistogram(early);
+        printRow(place + "settled full-quality frame", settled(), 150, never);
+        printRow(place + "pointer to paint", painting(), never, 33);
+        std::printf("%-52s %.0f MiB (1536)\n", qPrintable(place + "resident memory"),
+                    residentMegabytes());
+        model().revertToOriginal();
+        settleSaving();
+        library->closeEditor();
+        settle();
+    }
+    void opening() {
+        for (const bool raw : {true, false}) {
+            Times first, full;
+            const auto& photos = library->view().get()->photos;
+            for (std::size_t at = 0; at < std::min<std::size_t>(photos.size(), 12); ++at) {
+                if (photos[at]->isRaw != raw) continue;
+                render->sessions().forgetAll();
+                QElapsedTimer clock;
+                clock.start();
+                painted_ = false;
+                library->openEditor(PhotoUrl(photos[at]->url));
+                until([&] { return painted_ && lastStage_ >= ViewStage::preview; });
+                first.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
+                until([&] { return painted_ && lastStage_ >= ViewStage::fit; });
+                full.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
+                settleCanvas();
+                library->closeEditor();
+                settle();
+            }
+            const QString kind = raw ? "RAW" : "picture";
+            printRow("open " + kind + ": something on the canvas", first, 100, never);
+            printRow("open " + kind + ": fit-to-view development", full, 200, never);
+        }
+        openPhoto(0);
+        Times next;
+        for (int step = 0; step < 10 && library->neighbour(1); ++step) {
+            settleCanvas();
+            QTest::qWait(1500); // as long as one looks at a photo: the next one is prepared
+            QElapsedTimer clock;
+            clock.start();
+            painted_ = false;
+            key(Qt::Key_Right);
+            until([&] { return painted_ && lastStage_ >= ViewStage::fit; });
+            next.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
+        }
+        printRow("next photo, prepared", next, 33, never);
+        library->closeEditor();
+        settle();
+    }
+    void walking() {
+        const std::size_t count = library->view().get()->photos.size();
+        double early = 0;
+        for (int step = 0; step < walk_; ++step) {
+            openPhoto(std::size_t(step) % count);
+            if (step == walk_ / 4) early = residentMegabytes();
+        }
+        std::printf("walking through %d photos: %.0f MiB after a quarter, %.0f MiB at the end (no "
+                    "growth)\n",
+                    walk_, early, residentMegabytes());
+    }
+
+    std::string folder_;
+    int frames_, walk_;
+    std::uint64_t lastFrame_ = 0;
+    ViewStage lastStage_ = ViewStage::preview;
+    bool painted_ = false;
+};
+
+} // namespace
+} // namespace kelvaro
+
+int main(int argc, char** argv) {
+    const QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        std::fputs("usage: bench_ui_editor PHOTOS [--frames 200] [--walk 200]\n", stderr);
+        return 2;
+    }
+    const auto option = [&](const char* name, int otherwise) {
+        const auto at = arguments.indexOf(name);
+        return at < 0 ? otherwise : arguments.value(at + 1).toInt();
+    };
+    kelvaro::EditorBench(arguments[0], option("--frames", 200), option("--walk", 200)).run();
+    return 0;
+}

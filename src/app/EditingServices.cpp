@@ -1,0 +1,34 @@
+#include "app/EditingServices.h"
+
+#include "platform/system/PosixAppendFiles.h"
+
+namespace kelvaro {
+
+RecoveryReport EditingServices::recover(Services& services, const UserFolders& folders) {
+    PosixAppendFiles appendFiles;
+    return recoverSessions(*services.files, appendFiles, *services.random, folders.support);
+}
+
+EditingServices::EditingServices(Services& services, const UserFolders& folders, MainThread& main,
+                                 LibraryStore& library, const RecoveryReport& recovered)
+    : services_(services),
+      appendFiles_(std::make_unique<PosixAppendFiles>()),
+      journal_(*services.files, *appendFiles_, main,
+               newJournalPath(folders.support, *services.random)),
+      store_(library, *services.files, *services.random, main),
+      saver_(store_, &journal_, *services.clock,
+             {[this] {
+                  if (onSaverChanged) onSaverChanged();
+              },
+              [&library](const std::string& text) { library.showNotice(text); }}),
+      presets_(*services.files, *services.random, folders.settings / "presets") {
+    // The library writes what it could not write before as soon as a drive is back.
+    unsavedEdits_ = library.unsavedEdits().observe([this, &library] {
+        if (library.unsavedEdits().get().empty() && !saver_.isAllSaved()) saver_.retry();
+    });
+    if (const std::string notice = recovered.notice(); !notice.empty()) library.showNotice(notice);
+}
+
+EditingServices::~EditingServices() = default;
+
+} // namespace kelvaro

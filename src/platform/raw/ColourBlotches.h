@@ -1,0 +1,42 @@
+// Colour noise that is coarser than the finishing of a tile can see: it stays as blotches in the
+// shadows of photos at high sensitivity. The picture's means over squares of 4 × 4 pixels are
+// decomposed and shrunk as the finishing does, and what that takes away from the colour differences
+// is interpolated over the pixels. Immutable; any thread.
+#pragma once
+
+#include "platform/raw/CameraPicture.h"
+#include "platform/raw/ColourStep.h"
+#include "platform/raw/Finishing.h"
+
+#include <vector>
+
+namespace kelvaro {
+
+class ColourBlotches {
+public:
+    // Whether noise of this kind would be seen.
+    static bool areVisible(const NoiseModel& noise);
+
+    // `noise` and `toe` are those of the finishing.
+    ColourBlotches(const CameraPicture& picture, const ColourStep& colour, const NoiseModel& noise,
+                   float toe);
+
+    // Adds what the two colour differences lack to `count` pixels of a row: those at (row, column)
+    // of the camera's picture and, one after the other, `rowStep` and `columnStep` further.
+    void add(double row, double column, double rowStep, double columnStep, int count, float* u,
+             float* v) const;
+
+private:
+    static constexpr int kSide = 4; // pixels of a cell
+    struct Cells {
+        std::vector<float> luminance, differences[2];
+        std::vector<bool> isBright; // nearly saturated, where colours are no measure
+    };
+    Cells measured(const CameraPicture& picture, const ColourStep& colour, float toe) const;
+    void decompose(Cells& cells, int which, const NoiseModel& noise);
+
+    int columns_, rows_;
+    std::vector<float> offsets_[2];
+};
+
+} // namespace kelvaro
