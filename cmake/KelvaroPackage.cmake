@@ -7,6 +7,8 @@ install(FILES share/app.kelvaro.Kelvaro.svg
     DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kelvaro RENAME copyright)
 
+# Packing needs the programs, not the tests: build kelvaro and kelvaro-cli before.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kelvaro)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Photo library and non-destructive RAW developer")

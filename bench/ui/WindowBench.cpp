@@ -302,6 +302,7 @@ int main(int argc, char** argv) {
     };
     if (const char* what = after("--child"))
         return kelvaro::runChild(argc, argv, what, argc > 3 ? std::atof(argv[3]) : 1);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // rows appear as they are measured
     const char* minutes = after("--minutes");
     kelvaro::measureAll(minutes ? std::atof(minutes) : 1);
     return 0;

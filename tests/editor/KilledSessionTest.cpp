@@ -24,7 +24,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int kills = 200, atATime = 8;
+constexpr int kills = 200, atATime = 5;
 
 struct Outcome {
     bool isWhole = false;   // what was found is one of the script's states, all of it

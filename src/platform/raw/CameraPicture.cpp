@@ -95,8 +95,14 @@ void CameraPicture::means(int row, int side, int count, float* const (&rows)[3])
             mosaic_->split(y, left, pairs, halves[0], halves[1]);
             for (int h = 0; h < 2; ++h) {
                 const int channel = sensor_.filters.at(y & 1, (left + h) & 1);
-                for (int k = 0; k < pairs; ++k)
-                    add(channel, 2 * k, halves[h][k]);
+                const int each = photosites / 2; // of a cell's columns
+                for (int cell = 0; cell < count; ++cell) {
+                    float sum = 0;
+                    for (int k = cell * each; k < (cell + 1) * each; ++k)
+                        sum += halves[h][k];
+                    rows[channel][cell] += sum;
+                    counts[std::size_t(channel * count + cell)] += float(each);
+                }
             }
             break;
         }

@@ -23,7 +23,8 @@ protected:
         window->commands().action(CommandId::profile)->trigger();
         until([&] {
             const auto& made = *profile->model().profile();
-            return made && made->counts.photos == count && library->isIdle();
+            // All of them, with all that their files tell.
+            return made && made->charts.front().recorded() == count && library->isIdle();
         });
         QApplication::processEvents();
         return window->profilePage();
