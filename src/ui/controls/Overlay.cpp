@@ -51,6 +51,7 @@ Overlay::Overlay(const Appearance& appearance, Kind kind, QWidget* window, QWidg
 }
 
 void Overlay::open() {
+    prepare();
     focusBefore_ = QApplication::focusWidget();
     place();
     show();

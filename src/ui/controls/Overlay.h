@@ -31,6 +31,8 @@ public:
     std::function<void()> onClosed;
 
 protected:
+    // Runs before the panel is laid out and shown: what nobody sees need not be kept up to date.
+    virtual void prepare() {}
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -47,11 +47,17 @@ FilterPopover::FilterPopover(const Appearance& appearance, QWidget* window, QWid
 
 void FilterPopover::show(const FilterState& state) {
     // Boxes are made anew only for other options, or the keyboard would lose its place.
-    const bool sameOptions = built_ && state.options == state_.options;
+    const bool sameOptions = state.options == state_.options;
     const bool emptied = state_.filter.isActive() && !state.filter.isActive();
     state_ = state;
     clear_->setEnabled(state.filter.isActive());
-    if (!sameOptions || emptied) rebuild();
+    const bool ticksChange = isHidden() && !(state.filter == shown_);
+    isStale_ = isStale_ || !sameOptions || emptied || ticksChange;
+    if (isStale_ && !isHidden()) rebuild();
+}
+
+void FilterPopover::prepare() {
+    if (isStale_) rebuild();
 }
 
 template<class Value, class Name>
@@ -76,7 +82,8 @@ void FilterPopover::addGroup(const char* title, const std::vector<Value>& option
 }
 
 void FilterPopover::rebuild() {
-    built_ = true;
+    isStale_ = false;
+    shown_ = state_.filter;
     auto* scroll = panel()->findChild<QScrollArea*>("filterScroll");
     groups_ = new QWidget;
     groupColumn_ = new QVBoxLayout(groups_);

@@ -20,6 +20,9 @@ public:
 
     std::function<void(const PhotoFilter&)> onFilter;
 
+protected:
+    void prepare() override;
+
 private:
     template<class Value, class Name>
     void addGroup(const char* title, const std::vector<Value>& options,
@@ -27,7 +30,8 @@ private:
     void rebuild();
 
     FilterState state_;
-    bool built_ = false;
+    PhotoFilter shown_;   // when the boxes were made
+    bool isStale_ = true; // the boxes show other options
     QWidget* groups_ = nullptr;
     QVBoxLayout* groupColumn_ = nullptr;
     QVBoxLayout* column_;
