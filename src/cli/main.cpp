@@ -36,6 +36,19 @@ CLI::Option* pathOption(CLI::App* command, const std::string& name, const std::s
         name, [take](const std::string& text) { take(std::filesystem::path(text)); }, help);
 }
 
+// One path or more, without which the command cannot run.
+void requiredPaths(CLI::App* command, const std::string& name,
+                   std::vector<std::filesystem::path>& paths, const std::string& help) {
+    command
+        ->add_option_function<std::vector<std::string>>(
+            name,
+            [&paths](const std::vector<std::string>& texts) {
+                paths.assign(texts.begin(), texts.end());
+            },
+            help)
+        ->required();
+}
+
 CLI::App* addDevelop(CLI::App& app, DevelopRequest& request) {
     CLI::App* command =
         app.add_subcommand("develop", "Develop one photo with its recipe into a picture file");
@@ -157,14 +170,8 @@ void addExportLook(CLI::App* command, ExportOrder& request) {
 CLI::App* addExport(CLI::App& app, ExportOrder& request) {
     CLI::App* command = app.add_subcommand(
         "export", "Export photos, and the photos of folders, with their recipes into a folder");
-    command
-        ->add_option_function<std::vector<std::string>>(
-            "paths",
-            [&](const std::vector<std::string>& paths) {
-                request.paths.assign(paths.begin(), paths.end());
-            },
-            "Photos, and folders whose photos are meant (not those of folders inside)")
-        ->required();
+    requiredPaths(command, "paths", request.paths,
+                  "Photos, and folders whose photos are meant (not those of folders inside)");
     pathOption(command, "--to", "The folder to write to; made where it is missing", [&](auto path) {
         request.folder = path;
     })->required();
@@ -188,28 +195,14 @@ CLI::App* addExport(CLI::App& app, ExportOrder& request) {
 CLI::App* addInfo(CLI::App& app, PanelRequest& request) {
     CLI::App* command =
         app.add_subcommand("info", "Tell everything that photos record of themselves");
-    command
-        ->add_option_function<std::vector<std::string>>(
-            "photos",
-            [&](const std::vector<std::string>& paths) {
-                request.photos.assign(paths.begin(), paths.end());
-            },
-            "The photos")
-        ->required();
+    requiredPaths(command, "photos", request.photos, "The photos");
     command->add_flag("--json", request.json, "One JSON array with an object per photo");
     return command;
 }
 
 CLI::App* addFavorite(CLI::App& app, FavoriteRequest& request) {
     CLI::App* command = app.add_subcommand("favorite", "Make photos favorites");
-    command
-        ->add_option_function<std::vector<std::string>>(
-            "photos",
-            [&](const std::vector<std::string>& paths) {
-                request.photos.assign(paths.begin(), paths.end());
-            },
-            "The photos")
-        ->required();
+    requiredPaths(command, "photos", request.photos, "The photos");
     command->add_flag("--off", request.off, "Remove them from the favorites instead");
     return command;
 }
@@ -230,14 +223,8 @@ CLI::Option* setOption(CLI::App* command, const std::string& name, std::set<T>& 
 CLI::App* addList(CLI::App& app, ListRequest& request) {
     CLI::App* command = app.add_subcommand(
         "list", "List the photos of folders: searched, filtered, sorted, grouped by day");
-    command
-        ->add_option_function<std::vector<std::string>>(
-            "folders",
-            [&](const std::vector<std::string>& paths) {
-                request.folders.assign(paths.begin(), paths.end());
-            },
-            "The folders; folders inside them are not looked into")
-        ->required();
+    requiredPaths(command, "folders", request.folders,
+                  "The folders; folders inside them are not looked into");
     command->add_option("--query", request.query,
                         "Words that all must be found: names, camera, lens, 35mm, f/1.8, iso 400, "
                         "1/250, 2024, March, edited, favorite");
@@ -297,14 +284,8 @@ void addDayOption(CLI::App* command, const std::string& name, std::optional<std:
 CLI::App* addProfile(CLI::App& app, ProfileRequest& request) {
     CLI::App* command =
         app.add_subcommand("profile", "Tell how the photos of folders were taken, in words");
-    command
-        ->add_option_function<std::vector<std::string>>(
-            "folders",
-            [&](const std::vector<std::string>& paths) {
-                request.folders.assign(paths.begin(), paths.end());
-            },
-            "The folders; folders inside them are not looked into")
-        ->required();
+    requiredPaths(command, "folders", request.folders,
+                  "The folders; folders inside them are not looked into");
     addDayOption(command, "--from", request.from, "Only photos of this day and later");
     addDayOption(command, "--to", request.to, "Only photos of this day and earlier");
     command->add_flag("--json", request.json, "One JSON object, with the charts");
