@@ -8,7 +8,9 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 find_program(KELVARO_CCACHE ccache)
 if(KELVARO_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${KELVARO_CCACHE})
+    # ccache keeps sources that use a precompiled header only when told that this is wanted.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+        CCACHE_SLOPPINESS=pch_defines,time_macros ${KELVARO_CCACHE})
 endif()
 find_program(KELVARO_LLD NAMES ld.lld ld.lld-14)
 if(KELVARO_LLD AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
