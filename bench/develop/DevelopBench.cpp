@@ -11,11 +11,11 @@
 #include "develop/Recipes.h"
 #include "develop/ScalarForm.h"
 #include "develop/ToneAnalysis.h"
+#include "platform/FreeMemory.h"
 #include "platform/imaging/TiledRenderer.h"
 
 #include <benchmark/benchmark.h>
 #include <hwy/highway.h>
-#include <malloc.h>
 
 #include <cmath>
 #include <fstream>
@@ -46,7 +46,7 @@ double memoryMiB(const std::string& row) {
 class MemoryWatch {
 public:
     MemoryWatch() {
-        ::malloc_trim(0);
+        returnFreeMemory();
         std::ofstream("/proc/self/clear_refs") << 5; // forgets the peak
         before_ = memoryMiB("VmRSS:");
     }

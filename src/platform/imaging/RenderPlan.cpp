@@ -90,6 +90,8 @@ PixelRect inputRequirement(const ImageNode& node, std::size_t index, const Pixel
 RenderPlan::RenderPlan(std::vector<Image> images, const PixelRect& output)
     : images_(std::move(images)) {
     collectSteps();
+    countPlanes();
+    prepareStretches(output);
     prepareLanczos(output);
 }
 
@@ -111,7 +113,7 @@ void RenderPlan::collectSteps() {
             const ImageNode* input = &visit.node->inputs[visit.nextInput++].node();
             if (!finished.contains(input)) open.push_back({input});
         } else {
-            PlanStep step{visit.node, {}, {}};
+            PlanStep step{visit.node, {}, {}, {}, 0};
             for (std::size_t i = 0; i < plannedInputs(*visit.node); ++i)
                 step.inputs.push_back(finished.at(&visit.node->inputs[i].node()));
             finished.emplace(visit.node, steps_.size());
@@ -121,6 +123,36 @@ void RenderPlan::collectSteps() {
     }
     for (const Image& image : images_)
         roots_.push_back(finished.at(&image.node()));
+}
+
+// Kernels say what they read; a colour matrix reads all; other operations treat all planes alike.
+void RenderPlan::countPlanes() {
+    for (const std::size_t root : roots_)
+        steps_[root].planes = 3;
+    for (std::size_t i = steps_.size(); i-- > 0;)
+        for (std::size_t k = 0; k < steps_[i].inputs.size(); ++k) {
+            const Operation& operation = steps_[i].node->operation;
+            int read = steps_[i].planes;
+            if (const auto* op = std::get_if<KernelOperation>(&operation))
+                read = op->kernel->planes[k];
+            else if (std::holds_alternative<ColourMatrixOperation>(operation))
+                read = 3;
+            int& planes = steps_[steps_[i].inputs[k]].planes;
+            planes = std::max(planes, read);
+        }
+}
+
+void RenderPlan::prepareStretches(const PixelRect& output) {
+    const std::vector<PixelRect> needed = requirements(output);
+    for (std::size_t i = 0; i < steps_.size(); ++i) {
+        const ImageNode& node = *steps_[i].node;
+        if (!std::holds_alternative<StretchOperation>(node.operation) || needed[i].isEmpty())
+            continue;
+        const PixelRect &from = node.inputs[0].extent(), &over = node.extent, &rect = needed[i];
+        steps_[i].stretch = std::make_shared<const StretchTables>(StretchTables{
+            rect, stretchTaps(from.x, from.width, over.x, over.width, rect.x, rect.width),
+            stretchTaps(from.y, from.height, over.y, over.height, rect.y, rect.height)});
+    }
 }
 
 void RenderPlan::prepareLanczos(const PixelRect& output) {

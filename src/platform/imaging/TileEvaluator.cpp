@@ -238,7 +238,7 @@ private:
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const StretchOperation&) {
         const Tile& in = tiles_[step.inputs[0]];
         Tile out(pool_, rect, in.view().hasAlpha());
-        stretchTile(step.node->inputs[0].extent(), step.node->extent, in.view(), out.view(), pool_);
+        stretchTile(*step.stretch, step.planes, in.view(), out.view(), pool_);
         return out;
     }
 

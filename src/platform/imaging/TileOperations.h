@@ -7,7 +7,8 @@
 
 namespace kelvaro {
 
-void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
+// Writes the first `planes` colours, and alpha where there is one; `tables` cover out.rect.
+void stretchTile(const StretchTables& tables, int planes, const ConstTileView& in,
                  const TileView& out, TilePool& pool);
 // `extent` is the input image's.
 void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
