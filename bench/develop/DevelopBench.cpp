@@ -138,6 +138,7 @@ void develop(benchmark::State& state, const ImageSource& source, const Adjustmen
         shown = withPixels(source, *materialised(atRenderScale(source.decoded(), source, scale),
                                                  *renderer, nullptr));
     static_cast<void>(toneMaps(shown, edit, *renderer, nullptr));
+    if (scale < 1) static_cast<void>(shownImage(shown, edit, scale, *renderer, brushes)); // paints
     const MemoryWatch memory;
     double pixels = 0, bytes = 0;
     for (auto _ : state) {

@@ -5,8 +5,12 @@
 #include <malloc.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -16,7 +20,9 @@ namespace {
 
 constexpr std::size_t kAlignment = 64;
 constexpr std::size_t kLargePage = std::size_t(2) << 20;
-constexpr std::size_t kSpareBytes = 8 * kLargePage; // smaller blocks the C library keeps itself
+constexpr std::size_t kPage = 4096;
+constexpr std::size_t kSpareBytes = std::size_t(1) << 20; // smaller blocks the C library keeps itself
+constexpr std::size_t kLargeBytes = 8 * kLargePage;
 
 std::size_t roundedUp(std::size_t bytes, std::size_t unit) {
     return (bytes + unit - 1) / unit * unit;
@@ -26,10 +32,10 @@ std::size_t sizeOf(std::byte* memory) {
     return ::malloc_usable_size(memory);
 }
 
-// Large blocks that were freed last. Their pages are marked as free, so that a system short of
-// memory takes them without asking; until then writing to them again costs nothing.
+// Blocks that were freed last, newest first. Their pages are marked as free, so that a system short
+// of memory takes them without asking; until then writing to them again costs nothing.
 struct Spares {
-    std::array<std::byte*, 2> blocks{};
+    std::array<std::byte*, 12> blocks{};
 
     // One of at least `bytes`, and not much more; null where there is none.
     std::byte* taken(std::size_t bytes) {
@@ -40,7 +46,7 @@ struct Spares {
     }
     // The block that was kept longest makes room and is returned.
     std::byte* kept(std::byte* block) {
-        std::swap(blocks[0], blocks[1]);
+        std::rotate(blocks.begin(), std::prev(blocks.end()), blocks.end());
         return std::exchange(blocks[0], block);
     }
 };
@@ -68,7 +74,7 @@ std::byte* allocatePixels(std::size_t bytes) {
     if (size >= kSpareBytes) {
         if (std::byte* spare = spares().with([&](Spares& kept) { return kept.taken(size); }))
             return spare;
-        releaseSparePixels(); // new memory never comes on top of kept memory
+        if (size >= kLargeBytes) releaseSparePixels(); // never on top of what is kept
     }
     void* memory = std::aligned_alloc(alignment, size == 0 ? alignment : size);
     if (!memory) throw std::bad_alloc();
@@ -79,7 +85,9 @@ std::byte* allocatePixels(std::size_t bytes) {
 
 void freePixels(std::byte* memory) noexcept {
     if (kKeepsSpares && memory && sizeOf(memory) >= kSpareBytes) {
-        madvise(memory, sizeOf(memory) / kLargePage * kLargePage, MADV_FREE);
+        const auto begin = roundedUp(std::bit_cast<std::uintptr_t>(memory), kPage);
+        const auto end = (std::bit_cast<std::uintptr_t>(memory) + sizeOf(memory)) / kPage * kPage;
+        madvise(std::bit_cast<void*>(begin), end - begin, MADV_FREE);
         memory = spares().with([&](Spares& kept) { return kept.kept(memory); });
     }
     std::free(memory);

@@ -56,6 +56,15 @@ PixelRect stretchInput(const PixelRect& rect, const PixelRect& over, const Pixel
     return clampedRect({x0, y0, x1 - x0, y1 - y0}, from);
 }
 
+// All that the filters read. Positions never decrease, so the first and the last bound it.
+PixelRect inputOf(const LanczosTables& tables) {
+    const auto reach = [](const FilterTaps& taps) {
+        return taps.first.back() + taps.taps - taps.first.front();
+    };
+    return {tables.columns.first.front(), tables.lines.first.front(), reach(tables.columns),
+            reach(tables.lines)};
+}
+
 // A Lanczos step draws its input itself, block by block.
 std::size_t plannedInputs(const ImageNode& node) {
     return std::holds_alternative<LanczosOperation>(node.operation) ? 0 : node.inputs.size();
@@ -90,7 +99,7 @@ PixelRect inputRequirement(const ImageNode& node, std::size_t index, const Pixel
 RenderPlan::RenderPlan(std::vector<Image> images, const PixelRect& output)
     : images_(std::move(images)) {
     collectSteps();
-    countPlanes();
+    countReads();
     prepareStretches(output);
     prepareLanczos(output);
 }
@@ -113,7 +122,7 @@ void RenderPlan::collectSteps() {
             const ImageNode* input = &visit.node->inputs[visit.nextInput++].node();
             if (!finished.contains(input)) open.push_back({input});
         } else {
-            PlanStep step{visit.node, {}, {}, {}, 0};
+            PlanStep step{visit.node, {}, {}, {}, 0, false};
             for (std::size_t i = 0; i < plannedInputs(*visit.node); ++i)
                 step.inputs.push_back(finished.at(&visit.node->inputs[i].node()));
             finished.emplace(visit.node, steps_.size());
@@ -126,19 +135,18 @@ void RenderPlan::collectSteps() {
 }
 
 // Kernels say what they read; a colour matrix reads all; other operations treat all planes alike.
-void RenderPlan::countPlanes() {
+void RenderPlan::countReads() {
     for (const std::size_t root : roots_)
         steps_[root].planes = 3;
     for (std::size_t i = steps_.size(); i-- > 0;)
         for (std::size_t k = 0; k < steps_[i].inputs.size(); ++k) {
             const Operation& operation = steps_[i].node->operation;
-            int read = steps_[i].planes;
-            if (const auto* op = std::get_if<KernelOperation>(&operation))
-                read = op->kernel->planes[k];
-            else if (std::holds_alternative<ColourMatrixOperation>(operation))
-                read = 3;
-            int& planes = steps_[steps_[i].inputs[k]].planes;
-            planes = std::max(planes, read);
+            PlanStep& input = steps_[steps_[i].inputs[k]];
+            const auto* kernel = std::get_if<KernelOperation>(&operation);
+            const bool matrix = std::holds_alternative<ColourMatrixOperation>(operation);
+            const int read = kernel ? kernel->kernel->planes[k] : matrix ? 3 : steps_[i].planes;
+            input.planes = std::max(input.planes, read);
+            input.feedsKernel = input.feedsKernel || kernel || matrix;
         }
 }
 
@@ -176,7 +184,7 @@ void RenderPlan::prepareLanczos(const PixelRect& output) {
         group->tables = {rect, lanczosTaps(across, rect.x, rect.width),
                          lanczosTaps(up, rect.y, rect.height)};
         group->input =
-            std::make_shared<const RenderPlan>(std::move(inputs), lanczosInput(*op, rect, from));
+            std::make_shared<const RenderPlan>(std::move(inputs), inputOf(group->tables));
         for (const std::size_t member : group->members)
             steps_[member].lanczos = group;
     }

@@ -39,7 +39,8 @@ struct PlanStep {
     std::vector<std::size_t> inputs; // earlier steps; none for Lanczos steps
     std::shared_ptr<const LanczosGroup> lanczos;
     std::shared_ptr<const StretchTables> stretch;
-    int planes = 0; // colour planes that somebody reads, counted from red
+    int planes = 0;           // colour planes that somebody reads, counted from red
+    bool feedsKernel = false; // kernels want their rows aligned
 };
 
 class RenderPlan {
@@ -56,7 +57,7 @@ public:
 
 private:
     void collectSteps();
-    void countPlanes();
+    void countReads();
     void prepareStretches(const PixelRect& output);
     void prepareLanczos(const PixelRect& output);
 

@@ -1,5 +1,6 @@
 #include "platform/imaging/TileOperations.h"
 
+#include "base/Require.h"
 #include "platform/ImageSpace.h"
 #include "platform/imaging/Resampling.h"
 #include "platform/imaging/RowOperations.h"
@@ -36,6 +37,7 @@ LinearTaps partOf(const LinearTaps& taps, int first, std::size_t width, int orig
 
 void stretchTile(const StretchTables& tables, int planes, const ConstTileView& in,
                  const TileView& out, TilePool& pool) {
+    KELVARO_REQUIRE(tables.output.contains(out.rect));
     const std::size_t width = std::size_t(out.rect.width), inWidth = std::size_t(in.rect.width);
     const LinearTaps columns =
         partOf(tables.columns, out.rect.x - tables.output.x, width, in.rect.x);
@@ -186,12 +188,13 @@ void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstT
 }
 
 // Running sums in double: down the columns, then along each row.
-void boxBlurTile(int radius, const ConstTileView& in, const TileView& out) {
+void boxBlurTile(int radius, int planes, const ConstTileView& in, const TileView& out) {
     const int window = 2 * radius + 1;
     const std::size_t width = std::size_t(in.rect.width);
     const double scale = 1.0 / (double(window) * window);
     std::vector<double> columns(width);
     for (int plane = 0; plane < planeCount(out); ++plane) {
+        if (plane >= planes && plane < 3) continue;
         std::fill(columns.begin(), columns.end(), 0.0);
         for (int row = 0; row < in.rect.height; ++row) {
             const float* entering = in.row(plane, row);

@@ -13,8 +13,8 @@ void stretchTile(const StretchTables& tables, int planes, const ConstTileView& i
 // `extent` is the input image's.
 void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
                 const TileView& out);
-// `in` covers out.rect with `radius` pixels more on every side.
-void boxBlurTile(int radius, const ConstTileView& in, const TileView& out);
+// `in` covers out.rect with `radius` pixels more on every side. Writes what stretchTile does.
+void boxBlurTile(int radius, int planes, const ConstTileView& in, const TileView& out);
 void clampTile(const ConstTileView& in, const TileView& out);
 
 } // namespace kelvaro
