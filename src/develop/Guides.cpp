@@ -19,8 +19,8 @@ Image blurred(const Image& image, int radius) { // edges repeat
     return cropped(boxBlurred(clampedToExtent(image), radius), image.extent());
 }
 
-// The blurred coefficients of the guided filter that `fit` solves from the blurred (y, y²). Drawn in
-// between: blurs of blurs would be computed again and again tile by tile.
+// The blurred coefficients of the guided filter that `fit` solves from the blurred (y, y²). Drawn
+// in between: blurs of blurs would be computed again and again tile by tile.
 Result<Image> coefficients(const Image& squares, int radius, const Kernel& fit, double eps,
                            Renderer& renderer, const Cancellation* cancellation) {
     const auto fitted =

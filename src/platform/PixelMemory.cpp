@@ -21,7 +21,8 @@ namespace {
 constexpr std::size_t kAlignment = 64;
 constexpr std::size_t kLargePage = std::size_t(2) << 20;
 constexpr std::size_t kPage = 4096;
-constexpr std::size_t kSpareBytes = std::size_t(1) << 20; // smaller blocks the C library keeps itself
+constexpr std::size_t kSpareBytes = std::size_t(1)
+                                    << 20; // smaller blocks the C library keeps itself
 constexpr std::size_t kLargeBytes = 8 * kLargePage;
 
 std::size_t roundedUp(std::size_t bytes, std::size_t unit) {

@@ -1,6 +1,6 @@
 // Memory for pictures: aligned for vectors, uninitialised, and in large pages where it is large.
-// Touching 100 MB for the first time costs more than developing a photo, so a dozen blocks that were
-// freed last wait for the next picture of their size. Any thread.
+// Touching 100 MB for the first time costs more than developing a photo, so a dozen blocks that
+// were freed last wait for the next picture of their size. Any thread.
 #pragma once
 
 #include <cstddef>

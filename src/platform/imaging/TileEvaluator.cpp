@@ -264,7 +264,8 @@ private:
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const OverOperation&) {
         Tile scratch[2];
         const ConstTileView top = covering(step.inputs[0], rect, true, scratch[0]);
-        const ConstTileView bottom = covering(step.inputs[1], rect, step.node->hasAlpha, scratch[1]);
+        const ConstTileView bottom =
+            covering(step.inputs[1], rect, step.node->hasAlpha, scratch[1]);
         Tile out(pool_, rect, bottom.hasAlpha());
         overTile(top, bottom, out.view());
         return out;
@@ -292,7 +293,7 @@ private:
     std::vector<PixelRect> needed_;
     std::vector<Tile> tiles_;
     std::vector<ConstTileView> standing_; // of sources that are read where they are
-    std::vector<int> users_; // steps and roots that still need the tile
+    std::vector<int> users_;              // steps and roots that still need the tile
 };
 
 } // namespace
