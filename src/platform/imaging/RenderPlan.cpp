@@ -65,6 +65,8 @@ PixelRect inputOf(const LanczosTables& tables) {
             reach(tables.lines)};
 }
 
+constexpr std::size_t kLongChain = 16; // steps
+
 // A Lanczos step draws its input itself, block by block.
 std::size_t plannedInputs(const ImageNode& node) {
     return std::holds_alternative<LanczosOperation>(node.operation) ? 0 : node.inputs.size();
@@ -216,8 +218,9 @@ std::vector<PixelRect> RenderPlan::requirements(const PixelRect& output) const {
     return needed;
 }
 
-// Wide and low for point-wise chains (their planes stay in the second-level cache); taller where a
-// halo around each tile is computed more than once, but enough of them to keep all cores busy.
+// Wide and low for point-wise chains (their planes stay in the second-level cache), lower for long
+// ones, which keep more images; taller where a halo around each tile is computed more than once,
+// but enough of them to keep all cores busy.
 PixelSize RenderPlan::tileSize(int height) const {
     const bool halo = std::any_of(steps_.begin(), steps_.end(), [](const PlanStep& step) {
         const Operation& operation = step.node->operation;
@@ -225,7 +228,7 @@ PixelSize RenderPlan::tileSize(int height) const {
                std::holds_alternative<BoxBlurOperation>(operation) ||
                std::holds_alternative<AffineOperation>(operation);
     });
-    return {512, halo ? std::clamp(height / 8, 16, 128) : 16};
+    return {512, halo ? std::clamp(height / 8, 16, 128) : steps_.size() > kLongChain ? 8 : 16};
 }
 
 } // namespace kelvaro
