@@ -52,8 +52,8 @@ ImageSource withPixels(const ImageSource& source, Image decoded) {
 }
 
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,
-                               double scale) {
-    return preparedControls(edit, properties).at(scale);
+                               double scale, bool isSettled) {
+    return preparedControls(edit, properties).at(scale, isSettled);
 }
 
 double renderScale(const ImageSource& source, double scale) {

@@ -46,9 +46,10 @@ ImageSource rawSource(std::filesystem::path url, std::string identity, Image lin
 ImageSource withPixels(const ImageSource& source, Image decoded);
 
 // How to decode a RAW photo for a recipe at `scale` output pixels per full-resolution pixel: its
-// sharpness where the engine offers one, and half size where that is enough.
+// sharpness where the engine offers one, and half size where that is enough; made from all pixels
+// where `isSettled`.
 RawDevelopSettings rawSettings(const Adjustments& edit, const RawProperties& properties,
-                               double scale);
+                               double scale, bool isSettled = false);
 
 // The scale at which the photo is really drawn when `scale` is asked for: never enlarged, and a
 // scale that is not a positive number counts as 1.

@@ -19,17 +19,20 @@ Result<ImageSource> developedRaw(RawFile& file, const std::filesystem::path& pho
     return rawSource(photo, std::move(identity), imageFrom(std::move(*pixels)), file.properties());
 }
 
-// Half the size is what a canvas measures as well.
+// Half the size is what a canvas measures as well. Noise and sharpness are nothing that a picture
+// of 512 pixels tells of.
 Result<ImageSource> streamedRaw(RawFile& file, const std::filesystem::path& photo,
                                 std::string identity, RawDevelopSettings settings, bool isMeasured,
                                 const Cancellation* cancellation) {
     Image measured;
     if (isMeasured) {
         settings.reduction = 2;
+        settings.captureOnly = true;
         auto pixels = file.develop(settings, cancellation);
         if (!pixels) return fail(std::move(pixels).error());
         measured = imageFrom(std::move(*pixels));
         settings.reduction = 1;
+        settings.captureOnly = false;
     }
     settings.streamed = true;
     auto source = developedRaw(file, photo, std::move(identity), settings, cancellation);

@@ -1,5 +1,5 @@
-// The RAW engine's controls prepared for a photo: how it is decoded at full resolution and for a
-// view that half of it is enough for.
+// The RAW engine's controls prepared for a photo: how it is decoded at full resolution, for a view
+// that half of it is enough for, and for one that must show what the full resolution would.
 #pragma once
 
 #include "platform/RawEngine.h"
@@ -8,11 +8,12 @@
 namespace kelvaro {
 
 struct PreparedControls {
-    RawDevelopSettings native, preview;
+    RawDevelopSettings native, preview, settled;
+    static constexpr double settledScale = 1.0 / 3; // up to here half size shows what all would
 
     // Those that are enough for `scale` output pixels per full-resolution pixel; `native` for one
-    // that is not a positive number.
-    const RawDevelopSettings& at(double scale) const;
+    // that is not a positive number. `isSettled` asks for `settled` instead of `preview`.
+    const RawDevelopSettings& at(double scale, bool isSettled = false) const;
 };
 
 // The recipe's sharpness where the engine offers one.

@@ -1,5 +1,7 @@
 #include "export/Verification.h"
 
+#include "base/Bands.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -44,20 +46,22 @@ struct BlockSum {
 };
 using BlockSums = std::array<BlockSum, 3>;
 
+// Columns are summed first, side by side as they lie in memory.
 BlockSums sums(const Bitmap& pixels, const PixelRect& block) {
-    BlockSums sums;
+    std::array<std::uint32_t, 3 * kBlock> sum{}, squares{};
+    const auto columns = std::size_t(3 * block.width);
     for (int row = block.y; row < block.y + block.height; ++row) {
-        std::array<std::uint32_t, 3> sum{}, squares{};
         const auto* from = pixels.row<std::uint8_t>(row) + 3 * block.x;
-        for (int i = 0; i < block.width; ++i, from += 3)
-            for (std::size_t c = 0; c < 3; ++c) {
-                sum[c] += from[c];
-                squares[c] += std::uint32_t(from[c]) * from[c];
-            }
-        for (std::size_t c = 0; c < 3; ++c) {
-            sums[c].sum += sum[c];
-            sums[c].squares += squares[c];
+        for (std::size_t i = 0; i < columns; ++i) {
+            const std::uint32_t value = from[i];
+            sum[i] += value;
+            squares[i] += value * value;
         }
+    }
+    BlockSums sums;
+    for (std::size_t i = 0; i < columns; ++i) {
+        sums[i % 3].sum += sum[i];
+        sums[i % 3].squares += squares[i];
     }
     return sums;
 }
@@ -113,25 +117,48 @@ bool isNear(const BlockSums& rendered, const BlockSums& read, int count, double 
     return !lostAll;
 }
 
+// In rows firstRow … firstRow + h − 1.
+std::optional<PixelRect> differingBlock(const Bitmap& rendered, const Bitmap& read, int firstRow,
+                                        int w, int h, double allowed) {
+    const int width = rendered.size.width;
+    for (int column = 0; column < width; column += kBlock) {
+        // The last blocks overlap those before them.
+        const PixelRect block{std::min(column, width - w), firstRow, w, h};
+        const BlockSums found = sums(read, block);
+        const bool isRight = isNear(sums(rendered, block), found, w * h, allowed) ||
+                             isNear(subsampledSums(rendered, block), found, w * h, allowed);
+        if (!isRight) return block;
+    }
+    return std::nullopt;
+}
+
 std::optional<std::string> differingBlock(const Bitmap& rendered, const Bitmap& read,
                                           double limit) {
     const auto [width, height] = rendered.size;
     const int w = std::min(kBlock, width), h = std::min(kBlock, height);
     // The fewer pixels, the less their errors even out.
     const double allowed = limit * kBlock / std::sqrt(double(w) * h);
-    for (int row = 0; row < height; row += kBlock)
-        for (int column = 0; column < width; column += kBlock) {
-            // The last blocks overlap those before them.
-            const int x = std::min(column, width - w), y = std::min(row, height - h);
-            const PixelRect block{x, y, w, h};
-            const BlockSums found = sums(read, block);
-            const bool isRight = isNear(sums(rendered, block), found, w * h, allowed) ||
-                                 isNear(subsampledSums(rendered, block), found, w * h, allowed);
-            if (!isRight)
-                return "The pixels about " + std::to_string(x) + ", " + std::to_string(y) +
-                       " are not those that were rendered.";
-        }
-    return std::nullopt;
+    // A task is worth its thread from a few rows of blocks on.
+    constexpr int kRowsPerTask = 8;
+    const int rows = (height + kBlock - 1) / kBlock;
+    std::optional<PixelRect> wrong;
+    const auto look = [&, height = height](int task) {
+        std::optional<PixelRect> found;
+        const int end = std::min(rows, (task + 1) * kRowsPerTask);
+        for (int row = task * kRowsPerTask; row < end && !found; ++row)
+            found =
+                differingBlock(rendered, read, std::min(row * kBlock, height - h), w, h, allowed);
+        return found;
+    };
+    (void)takeInOrder((rows + kRowsPerTask - 1) / kRowsPerTask, look,
+                      [&](std::optional<PixelRect> found) -> Result<void> {
+                          if (!wrong) wrong = found;
+                          return {};
+                      })
+        .has_value();
+    if (!wrong) return std::nullopt;
+    return "The pixels about " + std::to_string(wrong->x) + ", " + std::to_string(wrong->y) +
+           " are not those that were rendered.";
 }
 
 } // namespace

@@ -27,6 +27,9 @@ struct RawDevelopSettings {
     double sharpness = 0;     // −100 … 100 about the default
     bool captureOnly = false; // neither sharpening nor noise reduction
     int reduction = 1;        // 1 full size, 2 half size (one pixel per 2 × 2 block)
+    // Half size is made from the picture at full size, in a third of a second more, instead of
+    // from the sensor's samples: what reducing the finished picture would show.
+    bool fine = false;
     // Develops only what is read and when it is read, keeping a few strips: for pictures that are
     // read once, from one edge to the other, such as an export. What is kept otherwise is fastest
     // to read again.

@@ -1,6 +1,7 @@
 // How a session comes by its photo's pixels: opening, decoding as far as a view needs, and the
 // camera's own picture.
 #include "develop/CropGeometry.h"
+#include "develop/PreparedControls.h"
 #include "develop/ToneAnalysis.h"
 #include "render/PhotoSession.h"
 
@@ -85,7 +86,9 @@ Result<PhotoSession::DecodePointer> PhotoSession::decodeFor(const ViewRequest& r
     const auto find = [&]() -> std::optional<Result<DecodePointer>> {
         const auto [decode, known] = state_.with(
             [](State& state) { return std::pair(state.decode, state.facts.has_value()); });
-        if (known && decode && decode->serves(scaleNeeded(request, pass), sharpness)) return decode;
+        if (known && decode &&
+            decode->serves(scaleNeeded(request, pass), sharpness, pass.isSettled))
+            return decode;
         return std::nullopt;
     };
     const auto make = [&] { return decode(request, pass, cancellation); };
@@ -104,29 +107,36 @@ Result<PhotoSession::DecodePointer> PhotoSession::decode(const ViewRequest& requ
         const RawProperties& properties = (*file)->properties();
         const double sharpness = request.shownEdit().sharpness;
         const double opened = engine_.clock().monotonicSeconds();
-        auto pixels =
-            (*file)->develop(rawSettings(request.shownEdit(), properties, scale), cancellation);
+        const auto settings = rawSettings(request.shownEdit(), properties, scale, pass.isSettled);
+        auto pixels = (*file)->develop(settings, cancellation);
         if (!pixels) return fail(std::move(pixels).error());
         const double now = engine_.clock().monotonicSeconds();
         engine_.perf().rawStage((now - opened) * 1000, (now - begin) * 1000);
         return keepDecode(rawSource(photo_, identity_, imageFrom(std::move(*pixels)), properties),
-                          sharpness);
+                          sharpness,
+                          settings.reduction == 1 ? 1
+                          : settings.fine         ? PreparedControls::settledScale
+                                                  : 0);
     }
     DecodeLimits limits;
     const auto facts = state_.with([](State& state) { return state.facts; });
-    limits.enoughSide =
-        facts ? int(std::ceil(std::max(facts->size.width, facts->size.height) * scale))
-              : sideFor(request);
+    // Reduced decodes mix encoded samples, which is quick, but darkens fine bright detail.
+    if (!pass.isSettled)
+        limits.enoughSide =
+            facts ? int(std::ceil(std::max(facts->size.width, facts->size.height) * scale))
+                  : sideFor(request);
     auto decoded = parts_.reader.decode(photo_, limits, cancellation);
     if (!decoded) return fail(std::move(decoded).error());
     const PixelSize full = decoded->fullSize;
     const Image bitmap =
         imageFrom(sourceFrom(std::move(decoded->pixels), std::move(decoded->colour)));
-    return keepDecode(bitmapSource(photo_, identity_, bitmap, full), 0);
+    return keepDecode(bitmapSource(photo_, identity_, bitmap, full), 0,
+                      bitmap.extent().size() == full ? 1 : 0);
 }
 
 // Analyses stay those of the first decode, so that the look does not change with a better one.
-Result<PhotoSession::DecodePointer> PhotoSession::keepDecode(ImageSource source, double sharpness) {
+Result<PhotoSession::DecodePointer> PhotoSession::keepDecode(ImageSource source, double sharpness,
+                                                             double settledUpTo) {
     const auto before = state_.with([](State& state) { return state.analysed; });
     if (before) {
         source.analysis = before->analysis;
@@ -134,7 +144,8 @@ Result<PhotoSession::DecodePointer> PhotoSession::keepDecode(ImageSource source,
     } else {
         parts_.analyses.recall(source);
     }
-    const auto decode = std::make_shared<const Decode>(Decode{std::move(source), sharpness});
+    const auto decode =
+        std::make_shared<const Decode>(Decode{std::move(source), sharpness, settledUpTo});
     state_.with([&](State& state) {
         if (!state.facts) state.facts.emplace().size = decode->source.extent.size();
         if (!before)

@@ -45,8 +45,9 @@ PhotoSession::PhotoSession(RenderEngine& engine, Parts parts, std::filesystem::p
       identity_(std::move(identity)),
       isRaw_(photoKind(photo_) == PhotoKind::raw) {}
 
-bool PhotoSession::Decode::serves(double scale, double sharpnessAsked) const {
+bool PhotoSession::Decode::serves(double scale, double sharpnessAsked, bool isSettled) const {
     return source.pixelScale >= std::min(scale, 1.0) - kRounding &&
+           (!isSettled || settledUpTo >= std::min(scale, 1.0)) &&
            (!source.isRaw() || sharpness == sharpnessAsked);
 }
 
@@ -87,7 +88,8 @@ double PhotoSession::decodedScale() const {
 
 bool PhotoSession::isDecodedFor(const ViewRequest& request, Pass pass) const {
     const auto decode = state_.with([](State& state) { return state.decode; });
-    return decode && decode->serves(scaleNeeded(request, pass), request.shownEdit().sharpness);
+    return decode && decode->serves(scaleNeeded(request, pass), request.shownEdit().sharpness,
+                                    pass.isSettled);
 }
 
 Result<RenderedView> PhotoSession::render(const ViewRequest& request, Pass pass,
@@ -97,7 +99,10 @@ Result<RenderedView> PhotoSession::render(const ViewRequest& request, Pass pass,
     const ImageSource& source = (*decode)->source;
     const auto geometry = ViewGeometry::of(request, source.extent.size());
     const double scale = std::min(geometry.neededScale() / pass.coarseness, source.pixelScale);
-    auto image = developed(**decode, request.shownEdit(), scale, cancellation);
+    const bool isReduced = scale < source.pixelScale - kRounding;
+    auto image = pass.isSettled && isReduced
+                     ? settled(**decode, request, scale, cancellation)
+                     : developed(**decode, request.shownEdit(), scale, cancellation);
     if (!image) return fail(renderFailure(std::move(image).error()));
     auto view = drawn(*image, request, geometry, pass.coarseness, cancellation);
     if (!view) return view;
@@ -105,6 +110,7 @@ Result<RenderedView> PhotoSession::render(const ViewRequest& request, Pass pass,
     view->stage = pass.coarseness > 1                 ? ViewStage::coarse
                   : source.pixelScale < 1 - kRounding ? ViewStage::fit
                                                       : ViewStage::full;
+    view->isSettled = pass.isSettled || ((*decode)->settledUpTo >= 1 && !isReduced);
     view->isFinal = pass.coarseness == 1 && sharp;
     state_.with([](State& state) { ++state.counts.renders; });
     return view;
@@ -140,6 +146,18 @@ Result<Image> PhotoSession::developed(const Decode& decode, const Adjustments& e
     auto raw = rawDeveloped(decode, *input, edit, *maps, cancellation);
     if (!raw) return raw;
     return pipeline.finished(*raw, edit, &*maps, true, drawnScale);
+}
+
+// Nothing of it is kept: the next edit changes all. Colours are brought into the space first, as
+// those of a file are before somebody looks at it reduced.
+Result<Image> PhotoSession::settled(const Decode& decode, const ViewRequest& request, double scale,
+                                    const Cancellation* cancellation) {
+    const ImageSource& source = decode.source;
+    auto whole = developedPhoto(source, request.shownEdit(), source.pixelScale, engine_.renderer(),
+                                parts_.brushes, cancellation);
+    if (!whole) return whole;
+    parts_.analyses.remember(source);
+    return atRenderScale(Pipeline::gamutMapped(*whole, request.space), source, scale);
 }
 
 Result<Image> PhotoSession::reduced(const Decode& decode, double scale,

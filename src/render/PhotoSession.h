@@ -53,6 +53,9 @@ public:
     struct Pass {
         int coarseness = 1;     // divides the resolution; above 1 the view is of stage `coarse`
         double enoughScale = 1; // pixels per photo pixel that will do, for a first look
+        // Develops the pixels before they are reduced to the view, as an export does, instead of
+        // after: what is brighter than its surroundings looks the same then, but it takes longer.
+        bool isSettled = false;
     };
 
     // The resolution of the decode that is there: 1 the photo's own, 0 none.
@@ -89,8 +92,9 @@ private:
     // The photo's pixels, at full size or less.
     struct Decode {
         ImageSource source;
-        double sharpness = 0; // RAW only
-        bool serves(double scale, double sharpnessAsked) const;
+        double sharpness = 0;   // RAW only
+        double settledUpTo = 1; // the largest scale of settled views that it is good for
+        bool serves(double scale, double sharpnessAsked, bool isSettled) const;
     };
     // A picture of the whole photo drawn at some size, from a decode.
     struct Layer {
@@ -119,12 +123,14 @@ private:
     Result<DecodePointer> decode(const ViewRequest& request, Pass pass,
                                  const Cancellation* cancellation);
     Result<std::shared_ptr<RawFile>> openedRaw();
-    Result<DecodePointer> keepDecode(ImageSource source, double sharpness);
+    Result<DecodePointer> keepDecode(ImageSource source, double sharpness, double settledUpTo);
     Result<Image> reduced(const Decode& decode, double scale, const Cancellation* cancellation);
     Result<Image> rawDeveloped(const Decode& decode, const Image& input, const Adjustments& edit,
                                const ToneMaps& maps, const Cancellation* cancellation);
     Result<Image> developed(const Decode& decode, const Adjustments& edit, double scale,
                             const Cancellation* cancellation);
+    Result<Image> settled(const Decode& decode, const ViewRequest& request, double scale,
+                          const Cancellation* cancellation);
     Result<RenderedView> drawn(const Image& developed, const ViewRequest& request,
                                const ViewGeometry& geometry, int coarseness,
                                const Cancellation* cancellation) const;

@@ -168,6 +168,8 @@ void RenderSession::Work::step(const AskedPointer& asked, PhotoSession& session)
     tellOpened(asked->open, session.facts(photoToken.get()));
     if (asked->request.interactive) pass.coarseness = coarsenessFor(*asked, session);
     auto view = timedRender(asked, session, pass, asked->cancellation);
+    // In the middle of a gesture nobody looks for what settling changes.
+    if (view && !asked->request.interactive) view->isFinal = view->isFinal && view->isSettled;
     const bool isFinal = !view || view->isFinal;
     deliver(asked, std::move(view));
     if (!isFinal && isNewest(asked)) refinement_.post([this, asked] { runRefine(asked); });
@@ -177,9 +179,11 @@ void RenderSession::Work::runRefine(const AskedPointer& asked) {
     if (!isNewest(asked)) return;
     const auto session = asked->open->session.copy();
     const RenderWork::Interactive urgent(engine_.work());
-    if (auto loaded = session->load(asked->request, {}, asked->open->cancellation.get()); !loaded)
+    PhotoSession::Pass pass;
+    pass.isSettled = !asked->request.interactive;
+    if (auto loaded = session->load(asked->request, pass, asked->open->cancellation.get()); !loaded)
         return deliver(asked, fail(std::move(loaded).error()));
-    if (isNewest(asked)) deliver(asked, timedRender(asked, *session, {}, asked->refinement));
+    if (isNewest(asked)) deliver(asked, timedRender(asked, *session, pass, asked->refinement));
     sessions_.trim();
 }
 
@@ -192,6 +196,7 @@ Result<RenderedView> RenderSession::Work::timedRender(const AskedPointer& asked,
     if (!view) return view;
     const double seconds = engine_.clock().monotonicSeconds() - begin;
     view->frame = engine_.perf().encoded(seconds * 1000, asked->when);
+    if (pass.isSettled) return view; // tells nothing of a frame of a gesture
     const PixelSize size = view->pixels->size;
     const double pixels = std::max(1.0, double(size.width) * size.height);
     const double before = secondsPerPixel_;

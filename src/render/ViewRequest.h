@@ -57,6 +57,7 @@ struct RenderedView {
     double scale = 1;      // device pixels per photo pixel, where it was to fit
     Pipeline::OutputSpace space = Pipeline::OutputSpace::sRGB;
     ViewStage stage = ViewStage::preview;
+    bool isSettled = false;  // developed before it was reduced to the view, as an export is
     bool isFinal = false;    // nothing better will follow for this request
     std::uint64_t frame = 0; // tell RenderSession::displayed when it is on the screen
 };

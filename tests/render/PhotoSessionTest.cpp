@@ -61,6 +61,43 @@ TEST(PhotoSession, RunsOnlyWhatDependsOnTheChange) {
     }
 }
 
+// Lamps in the dark: reduced before they are developed, their light would spill over.
+TEST(PhotoSession, SettledViewsHaveTheLightOfTheDevelopedPicture) {
+    RenderStage stage;
+    SyntheticDng dng;
+    dng.width = 512, dng.height = 384;
+    dng.active = {0, 0, 384, 512};
+    dng.crop = {0, 0, 512, 384};
+    dng.exposureStops = 3;
+    dng.scene = [](int row, int column, int) {
+        return row / 6 % 3 == 0 && column / 6 % 3 == 0 ? 0.8 : 0.004;
+    };
+    const auto bytes = dng.bytes();
+    writeFile(stage.folder / "lamps.dng",
+              {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    const auto session = stage.session(stage.folder / "lamps.dng");
+    const auto linear = [](double v) { // sRGB
+        return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+    };
+    const auto meanLight = [&](const ViewRequest& request, bool isSettled) {
+        const auto view = session->render(request, {1, 1, isSettled}, nullptr).value();
+        EXPECT_EQ(view.isSettled, isSettled);
+        double sum = 0;
+        for (int y = 0; y < view.pixels->size.height; ++y)
+            for (std::size_t i = 0; i < view.pixels->rowBytes(); ++i)
+                sum += linear(view.pixels->row<std::uint8_t>(y)[i] / 255.0);
+        return sum / double(view.pixels->bytes());
+    };
+    for (const int side : {100, 200, 300}) { // from half of the pixels, and from all
+        const double quick = meanLight(fitting(side), false);
+        const double settled = meanLight(fitting(side), true);
+        ViewRequest all;
+        const double whole = meanLight(all, true);
+        EXPECT_NEAR(settled / whole, 1, 0.03) << side;
+        EXPECT_GT(quick / whole, 1.1) << side;
+    }
+}
+
 TEST(PhotoSession, WhatIsKeptChangesNoPixel) {
     RenderStage stage;
     const auto photo = stage.dng("photo.dng", {256, 192});

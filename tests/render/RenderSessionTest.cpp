@@ -187,8 +187,12 @@ TEST(RenderSession, NeighboursArePreparedOnceItIsQuiet) {
     canvas.session.open(next);
     canvas.render(fitting(100));
     ASSERT_TRUE(canvas.waitForFinal());
-    EXPECT_EQ(prepared->counts().decodes, 1);
-    EXPECT_EQ(canvas.views.size(), 1u);
+    // The first view needs no decoding; then comes the one that is developed before it is reduced.
+    ASSERT_EQ(canvas.views.size(), 2u);
+    EXPECT_FALSE(canvas.views[0].isSettled);
+    EXPECT_EQ(canvas.views[0].pixels->size, canvas.views[1].pixels->size);
+    EXPECT_TRUE(canvas.views[1].isSettled);
+    EXPECT_EQ(prepared->counts().decodes, 2);
 }
 
 TEST(RenderSession, EndsInTheMiddleOfEverything) {

@@ -1,5 +1,6 @@
 // JPEG through libjpeg-turbo: baseline, progressive and arithmetic; grey, YCbCr, RGB, CMYK and
 // YCCK.
+#include "platform/codecs/JpegBands.h"
 #include "platform/codecs/JpegErrors.h"
 #include "platform/codecs/PictureBuilder.h"
 
@@ -209,6 +210,21 @@ Result<void> readRows(JpegInput& input, PictureBuilder& builder, ColourModel mod
     return {};
 }
 
+// Where it can be done, and nothing is wrong: damage is for the one who reads from top to bottom.
+bool readInBands(JpegInput& input, PictureBuilder& builder, PixelSize size) {
+    const auto& info = input.info;
+    if (info.restart_interval == 0 || info.progressive_mode || info.arith_code) return false;
+    std::byte* rows = builder.rows();
+    if (!rows) return false;
+    const std::size_t rowBytes = std::size_t(size.width) * std::size_t(info.output_components);
+    if (!decodeJpegInBands(input.job,
+                           {info.out_color_space, info.scale_denom, size, rows, rowBytes}))
+        return false;
+    for (int y = 0; y < size.height; ++y)
+        builder.rowDone();
+    return true;
+}
+
 } // namespace
 
 Result<DecodedBitmap> decodeJpeg(const DecodeJob& job) {
@@ -234,6 +250,7 @@ Result<DecodedBitmap> decodeJpeg(const DecodeJob& job) {
     stored.largestExpansion = largestExpansion(*info);
     auto builder = PictureBuilder::begin(job, stored);
     if (!builder) return fail(std::move(builder).error());
+    if (readInBands(*input, *builder, stored.size)) return builder->finish();
     if (!guarded(input->errors, [info] { jpeg_start_decompress(info); }))
         return fail(failureOf(*input));
     if (auto read = readRows(*input, *builder, *model); !read) return fail(std::move(read).error());

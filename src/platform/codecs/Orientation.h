@@ -25,6 +25,8 @@ public:
     // is.
     std::byte* row();
     void rowDone();
+    // Where all stored rows are to be written, where that needs no turning; else null.
+    std::byte* rows() { return orientation_ == 1 ? bitmap_.row<std::byte>(0) : nullptr; }
     // The picture, once all rows are there.
     Bitmap take();
 

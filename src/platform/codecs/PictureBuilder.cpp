@@ -159,6 +159,12 @@ std::byte* PictureBuilder::row() {
     return isDirect_ ? upright_.row() : row_.data();
 }
 
+std::byte* PictureBuilder::rows() {
+    return isDirect_ && storedType_ != SampleType::f32 && alpha_ == AlphaKind::none
+               ? upright_.rows()
+               : nullptr;
+}
+
 void PictureBuilder::rowDone() {
     switch (storedType_) {
     case SampleType::u8:

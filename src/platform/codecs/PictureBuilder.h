@@ -49,6 +49,9 @@ public:
     // Where to put the next stored row, and the word that it is there.
     std::byte* row();
     void rowDone();
+    // Where all stored rows are to be put, one after the other, when that is how the picture keeps
+    // them; else null. Asked for before the first row.
+    std::byte* rows();
     // After the last row.
     DecodedBitmap finish();
 

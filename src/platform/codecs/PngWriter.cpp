@@ -1,4 +1,5 @@
 // PNG: the frame through libpng, the pixels through PngBands on all cores.
+#include "base/Bands.h"
 #include "platform/codecs/EncodeJob.h"
 #include "platform/codecs/MetadataFrames.h"
 #include "platform/codecs/OutputProfile.h"
@@ -7,8 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <future>
-#include <thread>
 
 namespace kelvaro {
 
@@ -82,43 +81,28 @@ bool writeChunk(PngOutput& output, const char* name, std::span<const std::byte> 
     });
 }
 
-// One band for each core at a time.
-std::vector<PngBand> deflateWave(const Bitmap& pixels, int firstRow) {
-    const int rows = pngBandRows(pixels);
-    const int cores = int(std::clamp(std::thread::hardware_concurrency(), 1U, 16U));
-    std::vector<std::future<PngBand>> pending;
-    for (int i = 0; i < cores && firstRow + i * rows < pixels.size.height; ++i) {
-        const int from = firstRow + i * rows, count = std::min(rows, pixels.size.height - from);
-        // Without a free thread the band is made where it is asked for.
-        pending.push_back(std::async(std::launch::async | std::launch::deferred, deflateBand,
-                                     std::cref(pixels), from, count));
-    }
-    std::vector<PngBand> bands;
-    for (auto& band : pending)
-        bands.push_back(band.get());
-    return bands;
-}
-
 Result<void> writePixels(PngOutput& output) {
     const EncodeJob& job = output.job;
-    const int rows = pngBandRows(job.pixels);
+    const int height = job.pixels.size.height, rows = pngBandRows(job.pixels);
     std::uint32_t adler = 1;
-    for (int y = 0; y < job.pixels.size.height;) {
+    int y = 0;
+    const auto make = [&](int band) {
+        return deflateBand(job.pixels, band * rows, std::min(rows, height - band * rows));
+    };
+    return takeInOrder((height + rows - 1) / rows, make, [&](PngBand band) -> Result<void> {
         if (job.isCancelled()) return fail(job.cancelled());
-        for (auto& band : deflateWave(job.pixels, y)) {
-            if (band.deflated.empty()) return fail(job.outOfMemory());
-            adler = joinedAdler(adler, band);
-            auto& data = band.deflated;
-            // The zlib frame: 32 KB window, fastest level; the checksum at the end.
-            if (y == 0) data.insert(data.begin(), {std::byte(0x78), std::byte(0x01)});
-            y += rows;
-            if (y >= job.pixels.size.height)
-                for (int shift = 24; shift >= 0; shift -= 8)
-                    data.push_back(std::byte(adler >> shift));
-            if (!writeChunk(output, "IDAT", data)) return fail(job.afterLibraryError());
-        }
-    }
-    return {};
+        if (band.deflated.empty()) return fail(job.outOfMemory());
+        adler = joinedAdler(adler, band);
+        auto& data = band.deflated;
+        // The zlib frame: 32 KB window, fastest level; the checksum at the end.
+        if (y == 0) data.insert(data.begin(), {std::byte(0x78), std::byte(0x01)});
+        y += rows;
+        if (y >= height)
+            for (int shift = 24; shift >= 0; shift -= 8)
+                data.push_back(std::byte(adler >> shift));
+        if (!writeChunk(output, "IDAT", data)) return fail(job.afterLibraryError());
+        return {};
+    });
 }
 
 } // namespace

@@ -23,6 +23,12 @@ std::unique_ptr<const LocalColour> surroundingsOf(const SensorImage& sensor,
     return map;
 }
 
+// The value a quarter of the way from b to c, by a Catmull-Rom spline that stays between the two.
+float quarterWay(float a, float b, float c, float d) {
+    const float spline = -0.0703125f * a + 0.8671875f * b + 0.2265625f * c - 0.0234375f * d;
+    return std::min(std::max(spline, std::min(b, c)), std::max(b, c));
+}
+
 } // namespace
 
 Workshop::Workshop() {
@@ -76,8 +82,53 @@ void CameraPicture::multiply(int row, int column, int step, int count, float* co
 }
 
 void CameraPicture::means(int row, int side, int count, float* const (&rows)[3]) const {
+    for (float* channel : rows)
+        std::fill_n(channel, count, 0.0f);
     const int photosites = side * reduction_;
-    const int top = sensor_.crop.top + row * photosites, left = sensor_.crop.left;
+    const int top = sensor_.crop.top + row * photosites;
+    if (sensor_.layout == SensorLayout::bayer) {
+        bayerMeans(top, photosites, count, rows);
+        return;
+    }
+    otherMeans(top, photosites, count, rows);
+    multiply(top - sensor_.active.top, sensor_.crop.left - sensor_.active.left, photosites, count,
+             rows);
+}
+
+// Rows are summed first, then the columns of each square.
+void CameraPicture::bayerMeans(int top, int photosites, int count, float* const (&rows)[3]) const {
+    const int left = sensor_.crop.left, each = photosites / 2; // columns of a colour in a square
+    const auto pairs = std::size_t(count) * std::size_t(each);
+    std::vector<float> memory(6 * pairs, 0.0f);
+    float* const halves[2] = {memory.data(), memory.data() + pairs};
+    const auto sums = [&](int y, int half) {
+        return memory.data() + std::size_t(2 + 2 * (y & 1) + half) * pairs;
+    };
+    for (int y = top; y < top + photosites; ++y) {
+        mosaic_->split(y, left, int(pairs), halves[0], halves[1]);
+        for (int h = 0; h < 2; ++h) {
+            float* sum = sums(y, h);
+            for (std::size_t k = 0; k < pairs; ++k)
+                sum[k] += halves[h][k];
+        }
+    }
+    for (int y = 0; y < 2; ++y) {
+        for (int h = 0; h < 2; ++h) {
+            const int channel = sensor_.filters.at(y, (left + h) & 1);
+            const float share = 1 / float(each * each * (channel == 1 ? 2 : 1));
+            const float* sum = sums(y, h);
+            for (int cell = 0; cell < count; ++cell) {
+                float all = 0;
+                for (int k = 0; k < each; ++k)
+                    all += sum[cell * each + k];
+                rows[channel][cell] += share * all;
+            }
+        }
+    }
+}
+
+void CameraPicture::otherMeans(int top, int photosites, int count, float* const (&rows)[3]) const {
+    const int left = sensor_.crop.left;
     std::vector<float> line(std::size_t(count) * std::size_t(photosites));
     std::vector<float> counts(3 * std::size_t(count));
     const auto add = [&](int channel, int x, float value) {
@@ -85,46 +136,24 @@ void CameraPicture::means(int row, int side, int count, float* const (&rows)[3])
         rows[channel][cell] += value;
         counts[std::size_t(channel) * std::size_t(count) + cell] += 1;
     };
-    for (float* channel : rows)
-        std::fill_n(channel, count, 0.0f);
-    const int width = int(line.size()), pairs = width / 2;
+    const int width = int(line.size());
     for (int y = top; y < top + photosites; ++y) {
-        switch (sensor_.layout) {
-        case SensorLayout::bayer: {
-            float* const halves[2] = {line.data(), line.data() + pairs};
-            mosaic_->split(y, left, pairs, halves[0], halves[1]);
-            for (int h = 0; h < 2; ++h) {
-                const int channel = sensor_.filters.at(y & 1, (left + h) & 1);
-                const int each = photosites / 2; // of a cell's columns
-                for (int cell = 0; cell < count; ++cell) {
-                    float sum = 0;
-                    for (int k = cell * each; k < (cell + 1) * each; ++k)
-                        sum += halves[h][k];
-                    rows[channel][cell] += sum;
-                    counts[std::size_t(channel * count + cell)] += float(each);
-                }
-            }
-            break;
-        }
-        case SensorLayout::xTrans:
+        if (sensor_.layout == SensorLayout::xTrans) {
             reader_.row(y, left, width, 0, line.data());
             for (int x = 0; x < width; ++x)
                 add(sensor_.filters.at(y + 6, left + x), x, line[std::size_t(x)]);
-            break;
-        default:
-            for (int c = 0; c < std::min({sensor_.colours, sensor_.channels, 3}); ++c) {
-                reader_.row(y, left, width, c, line.data());
-                for (int x = 0; x < width; ++x)
-                    add(c, x, line[std::size_t(x)]);
-            }
+            continue;
+        }
+        for (int c = 0; c < std::min({sensor_.colours, sensor_.channels, 3}); ++c) {
+            reader_.row(y, left, width, c, line.data());
+            for (int x = 0; x < width; ++x)
+                add(c, x, line[std::size_t(x)]);
         }
     }
     for (std::size_t c = 0; c < 3; ++c) {
         for (std::size_t x = 0; x < std::size_t(count); ++x)
             rows[c][x] /= std::max(1.0f, counts[c * std::size_t(count) + x]);
     }
-    if (sensor_.layout != SensorLayout::bayer)
-        multiply(top - sensor_.active.top, left - sensor_.active.left, photosites, count, rows);
 }
 
 void CameraPicture::demosaic(const SensorRect& tile, Workshop& shop) const {
@@ -170,23 +199,53 @@ void CameraPicture::demosaicXTrans(const SensorRect& tile, Workshop& shop) const
     }
 }
 
-// One pixel of every 2 × 2 photosites: red, the mean of the greens, blue.
+// One pixel of every 2 × 2 photosites: the mean of the greens, and red and blue brought to the
+// middle of the four, where that mean lies; left where they are, they would fringe every edge.
 void CameraPicture::halve(const SensorRect& tile, Workshop& shop) const {
-    const int left = sensor_.crop.left + 2 * tile.left;
+    constexpr int kReach = 2; // blocks to each side
+    const int left = sensor_.crop.left + 2 * (tile.left - kReach);
+    const int top = sensor_.crop.top + 2 * (tile.top - kReach);
+    const int wide = tile.width + 2 * kReach;
     const int redColumn = (reader_.phase().redColumn + left) & 1;
+    const int redRow = (reader_.phase().redRow + top) & 1;
     // [row][parity of the column]
     float* const site[2][2] = {{shop.row(4, 0), shop.row(4, 1)}, {shop.row(4, 2), shop.row(4, 3)}};
-    for (int row = 0; row < tile.height; ++row) {
-        const int top = sensor_.crop.top + 2 * (tile.top + row);
-        for (int k = 0; k < 2; ++k)
-            mosaic_->split(top + k, left, tile.width, site[k][0], site[k][1]);
-        const int redRow = (reader_.phase().redRow + top) & 1;
-        const float *a = site[redRow][1 - redColumn], *b = site[1 - redRow][redColumn];
-        std::copy_n(site[redRow][redColumn], tile.width, shop.row(0, row));
-        std::copy_n(site[1 - redRow][1 - redColumn], tile.width, shop.row(2, row));
-        float* green = shop.row(1, row);
+    // The last four rows of red and of blue, already in the middle across.
+    const auto kept = [&](int colour, int row) { return shop.row(4, 4 + 4 * colour + (row & 3)); };
+    const auto across = [&](const float* from, bool isLeft, float* to) {
+        const int step = isLeft ? 1 : -1;
+        for (int x = 0; x < tile.width; ++x) {
+            const float* p = from + x + kReach;
+            to[x] = quarterWay(p[-step], p[0], p[step], p[2 * step]);
+        }
+    };
+    const auto down = [&](int colour, int row, bool isUpper, float* to) {
+        const int step = isUpper ? 1 : -1;
+        const float *a = kept(colour, row - step), *b = kept(colour, row);
+        const float *c = kept(colour, row + step), *d = kept(colour, row + 2 * step);
         for (int x = 0; x < tile.width; ++x)
-            green[x] = 0.5f * (a[x] + b[x]);
+            to[x] = quarterWay(a[x], b[x], c[x], d[x]);
+    };
+    for (int row = -kReach; row < tile.height + kReach; ++row) {
+        const int y = top + 2 * (row + kReach);
+        for (int k = 0; k < 2; ++k)
+            mosaic_->split(y + k, left, wide, site[k][0], site[k][1]);
+        across(site[redRow][redColumn], redColumn == 0, kept(0, row));
+        across(site[1 - redRow][1 - redColumn], redColumn == 1, kept(1, row));
+        if (row >= 0 && row < tile.height) {
+            const float* a = site[redRow][1 - redColumn] + kReach;
+            const float* b = site[1 - redRow][redColumn] + kReach;
+            float* green = shop.row(1, row);
+            for (int x = 0; x < tile.width; ++x)
+                green[x] = 0.5f * (a[x] + b[x]);
+        }
+        // Each needs one row beyond on its own side of the middle, and two on the other.
+        for (int colour = 0; colour < 2; ++colour) {
+            const bool isUpper = (colour == 0) == (redRow == 0);
+            const int finished = row - (isUpper ? 2 : 1);
+            if (finished < 0 || finished >= tile.height) continue;
+            down(colour, finished, isUpper, shop.row(2 * colour, finished));
+        }
     }
 }
 

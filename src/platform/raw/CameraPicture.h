@@ -53,6 +53,8 @@ public:
     void means(int row, int side, int count, float* const (&rows)[3]) const;
 
 private:
+    void bayerMeans(int top, int photosites, int count, float* const (&rows)[3]) const;
+    void otherMeans(int top, int photosites, int count, float* const (&rows)[3]) const;
     void multiply(int row, int column, int step, int count, float* const* rows) const;
     void demosaic(const SensorRect& tile, Workshop& shop) const;
     void demosaicXTrans(const SensorRect& tile, Workshop& shop) const;

@@ -1,11 +1,69 @@
 #include "platform/raw/ColourBlotches.h"
 
+#include "platform/raw/SplineSmoothing.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "platform/raw/ColourBlotches.cpp"
+#ifndef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#endif
+#include <hwy/foreach_target.h> // must come before highway.h
+
+#include <hwy/highway.h>
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
+HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Takes from the offsets the part of the detail (in − smooth) that does not stand out from `times`
+// the noise.
+void quietRow(const float* HWY_RESTRICT in, const float* HWY_RESTRICT smooth,
+              const float* HWY_RESTRICT y, const float* HWY_RESTRICT trusted, NoiseLine noise,
+              float times, float* HWY_RESTRICT offsets, std::size_t count) {
+    const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
+    for (std::size_t i = 0; i < count; ++i) {
+        const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
+        const float limit = times * (noise.dark + t * (noise.light - noise.dark));
+        const float d = in[i] - smooth[i], noiseSquare = limit * limit;
+        offsets[i] -= trusted[i] * d * (noiseSquare / (d * d + noiseSquare + 1e-20f));
+    }
+}
+
+// Four pixels for each of `count` cells from the second on, interpolated between cell centres.
+void spreadRow(const float* cells, float* out, std::size_t count) {
+    const hn::ScalableTag<float> tag;
+    const auto far = hn::Set(tag, 0.375f), near = hn::Set(tag, 0.125f);
+    for (std::size_t k = 0; k < count; k += hn::Lanes(tag)) {
+        const auto here = hn::LoadU(tag, cells + k + 1);
+        const auto left = hn::LoadU(tag, cells + k) - here,
+                   right = hn::LoadU(tag, cells + k + 2) - here;
+        hn::StoreInterleaved4(hn::MulAdd(left, far, here), hn::MulAdd(left, near, here),
+                              hn::MulAdd(right, near, here), hn::MulAdd(right, far, here), tag,
+                              out + 4 * k);
+    }
+}
+
+void sumRow(const float* HWY_RESTRICT in, float* HWY_RESTRICT sum, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        sum[i] += in[i];
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace kelvaro
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kelvaro {
+
+HWY_EXPORT(quietRow);
+HWY_EXPORT(spreadRow);
+HWY_EXPORT(sumRow);
 
 namespace {
 
@@ -17,32 +75,6 @@ constexpr int kPadding = 64; // floats that the last vector of a row may touch
 // pixels. White noise of deviation s leaves 0.086 s in the latter. The mean of 16 pixels has s / 4,
 // of which the details keep 0.889, 0.200, 0.086 and 0.041.
 constexpr float kNoiseOfLevel[kLevels] = {2.58f, 0.58f, 0.25f, 0.119f};
-
-float noiseAt(const NoiseLine& line, float luminance) {
-    const float t = (luminance - line.darkAt) / std::max(1e-6f, line.lightAt - line.darkAt);
-    return line.dark + std::clamp(t, 0.0f, 1.0f) * (line.light - line.dark);
-}
-
-// B3 spline over a grid with `step` between the taps; edges repeat.
-void smooth(const std::vector<float>& in, int columns, int rows, int step,
-            std::vector<float>& scratch, std::vector<float>& out) {
-    constexpr float kTaps[5] = {0.0625f, 0.25f, 0.375f, 0.25f, 0.0625f};
-    const auto pass = [&](const std::vector<float>& from, std::vector<float>& to, bool isDown) {
-        tbb::parallel_for(0, rows, [&](int y) {
-            for (int x = 0; x < columns; ++x) {
-                float sum = 0;
-                for (int k = -2; k <= 2; ++k) {
-                    const int r = isDown ? std::clamp(y + k * step, 0, rows - 1) : y;
-                    const int c = isDown ? x : std::clamp(x + k * step, 0, columns - 1);
-                    sum += kTaps[k + 2] * from[std::size_t(r * columns + c)];
-                }
-                to[std::size_t(y * columns + x)] = sum;
-            }
-        });
-    };
-    pass(in, scratch, true);
-    pass(scratch, out, false);
-}
 
 } // namespace
 
@@ -70,7 +102,7 @@ ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
     cells.luminance.resize(size);
     cells.differences[0].resize(size);
     cells.differences[1].resize(size);
-    std::vector<std::uint8_t> bright(size); // bits of one word must not be shared by threads
+    cells.isTrusted.assign(size, 1.0f);
     tbb::parallel_for(0, rows_, [&](int row) {
         std::vector<float> channels[3];
         for (auto& channel : channels)
@@ -80,7 +112,9 @@ ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
         const auto first = std::size_t(row * columns_);
         for (std::size_t x = 0; x < std::size_t(columns_); ++x) {
             for (std::size_t i = 0; i < 3; ++i)
-                bright[first + x] |= c[i][x] > kBright * picture.sensor().saturation[i];
+                if (c[i][x] > kBright * picture.sensor().saturation[i]) {
+                    cells.isTrusted[first + x] = 0;
+                }
         }
         colour.run({c[0], c[1], c[2], nullptr}, columns_);
         const auto encode = [toe](float v) { return v / std::sqrt(std::abs(v) + toe); };
@@ -92,32 +126,61 @@ ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
             cells.differences[1][first + x] = blue - light;
         }
     });
-    cells.isBright.assign(bright.begin(), bright.end());
     return cells;
 }
 
-void ColourBlotches::decompose(Cells& cells, int which, const NoiseModel& noise) {
+void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel& noise) {
     std::vector<float>& level = cells.differences[which];
     std::vector<float>& offsets = offsets_[which];
     offsets.assign(level.size(), 0);
-    std::vector<float> smoothed(level.size()), scratch(level.size());
-    const NoiseLine& line = noise.colour[std::size_t(which)].back();
+    std::vector<float> smoothed(level.size());
+    const auto width = std::size_t(columns_);
     for (int l = 0; l < kLevels; ++l) {
-        smooth(level, columns_, rows_, 1 << l, scratch, smoothed);
-        for (std::size_t i = 0; i < level.size(); ++i) {
-            const float limit = kNoiseTimes * kNoiseOfLevel[l] * noiseAt(line, cells.luminance[i]);
-            const float d = level[i] - smoothed[i], square = d * d, noiseSquare = limit * limit;
-            offsets[i] -= d * (noiseSquare / (square + noiseSquare + 1e-20f));
-        }
+        const RowRing from{level.data(), int(std::bit_ceil(unsigned(rows_))), columns_, rows_};
+        tbb::parallel_for(tbb::blocked_range<int>(0, rows_), [&](const auto& range) {
+            std::vector<float> scratch(width);
+            for (int row = range.begin(); row < range.end(); ++row) {
+                const auto first = std::size_t(row) * width;
+                smoothedRow(from, row, 1 << l, scratch.data(), smoothed.data() + first);
+                HWY_DYNAMIC_DISPATCH(quietRow)
+                (level.data() + first, smoothed.data() + first, cells.luminance.data() + first,
+                 cells.isTrusted.data() + first, noise.colour[which].back(),
+                 kNoiseTimes * kNoiseOfLevel[l], offsets.data() + first, width);
+            }
+        });
         level.swap(smoothed);
-    }
-    for (std::size_t i = 0; i < offsets.size(); ++i) {
-        if (cells.isBright[i]) offsets[i] = 0;
     }
 }
 
-void ColourBlotches::add(double row, double column, double rowStep, double columnStep, int count,
-                         float* u, float* v) const {
+void ColourBlotches::add(int row, int column, int count, float* u, float* v) const {
+    constexpr int kCells = 32; // at a time
+    const float y = std::clamp((float(row) + 0.5f) / kSide - 0.5f, 0.0f, float(rows_ - 1));
+    const int top = int(y), below = std::min(top + 1, rows_ - 1);
+    const float part = y - float(top);
+    float* const differences[2] = {u, v};
+    float cells[kCells + 2 + kPadding] = {}, pixels[kSide * (kCells + kPadding)];
+    for (int done = 0; done < count;) {
+        const int at = column + done;
+        const int first = at >= 0 ? at / kSide : -((kSide - 1 - at) / kSide); // rounded down
+        const int skipped = at - kSide * first;
+        const int used = std::min(count - done, kSide * kCells - skipped);
+        for (int which = 0; which < 2; ++which) {
+            const float* o = offsets_[which].data();
+            for (int i = 0; i < kCells + 2; ++i) {
+                const int c = std::clamp(first - 1 + i, 0, columns_ - 1);
+                const float upper = o[top * columns_ + c], lower = o[below * columns_ + c];
+                cells[i] = upper + part * (lower - upper);
+            }
+            HWY_DYNAMIC_DISPATCH(spreadRow)(cells, pixels, std::size_t(kCells));
+            HWY_DYNAMIC_DISPATCH(sumRow)
+            (pixels + skipped, differences[which] + done, std::size_t(used));
+        }
+        done += used;
+    }
+}
+
+void ColourBlotches::addAlong(double row, double column, double rowStep, double columnStep,
+                              int count, float* u, float* v) const {
     for (int i = 0; i < count; ++i) {
         const float y =
             std::clamp(float((row + i * rowStep + 0.5) / kSide - 0.5), 0.0f, float(rows_ - 1));
@@ -139,3 +202,4 @@ void ColourBlotches::add(double row, double column, double rowStep, double colum
 }
 
 } // namespace kelvaro
+#endif

@@ -21,19 +21,21 @@ public:
     ColourBlotches(const CameraPicture& picture, const ColourStep& colour, const NoiseModel& noise,
                    float toe);
 
-    // Adds what the two colour differences lack to `count` pixels of a row: those at (row, column)
-    // of the camera's picture and, one after the other, `rowStep` and `columnStep` further.
-    void add(double row, double column, double rowStep, double columnStep, int count, float* u,
-             float* v) const;
+    // Adds what the two colour differences lack to `count` pixels of a row: those of the camera's
+    // picture from (row, column) on,
+    void add(int row, int column, int count, float* u, float* v) const;
+    // or those at (row, column) and, one after the other, `rowStep` and `columnStep` further.
+    void addAlong(double row, double column, double rowStep, double columnStep, int count, float* u,
+                  float* v) const;
 
 private:
     static constexpr int kSide = 4; // pixels of a cell
     struct Cells {
         std::vector<float> luminance, differences[2];
-        std::vector<bool> isBright; // nearly saturated, where colours are no measure
+        std::vector<float> isTrusted; // 0 where nearly saturated: colours are no measure there
     };
     Cells measured(const CameraPicture& picture, const ColourStep& colour, float toe) const;
-    void decompose(Cells& cells, int which, const NoiseModel& noise);
+    void decompose(Cells& cells, std::size_t which, const NoiseModel& noise);
 
     int columns_, rows_;
     std::vector<float> offsets_[2];

@@ -3,6 +3,7 @@
 #include "platform/raw/CameraPicture.h"
 #include "platform/raw/ColourBlotches.h"
 #include "platform/raw/ColourStep.h"
+#include "platform/raw/FineHalving.h"
 #include "platform/raw/PlaceMap.h"
 #include "platform/raw/UprightWriter.h"
 
@@ -48,7 +49,7 @@ public:
     void add(int row, int count, float* u, float* v) const override {
         const int y = tile_.top + row;
         if (places_.isIdentity()) {
-            blotches_.add(y, tile_.left, 0, 1, count, u, v);
+            blotches_.add(y, tile_.left, count, u, v);
             return;
         }
         // Green stands for all; blotches are much wider than what the channels differ.
@@ -56,8 +57,8 @@ public:
         places_.row(y, tile_.left, 1, 1, rows, columns);
         places_.row(y, tile_.left + count - 1, 1, 1, rows + 1, columns + 1);
         const double steps = std::max(1, count - 1);
-        blotches_.add(rows[0], columns[0], (rows[1] - rows[0]) / steps,
-                      (columns[1] - columns[0]) / steps, count, u, v);
+        blotches_.addAlong(rows[0], columns[0], (rows[1] - rows[0]) / steps,
+                           (columns[1] - columns[0]) / steps, count, u, v);
     }
 
 private:
@@ -71,9 +72,10 @@ private:
 class Development::Developer {
 public:
     Developer(const SensorImage& sensor, const RawDevelopSettings& settings)
-        : picture_(sensor, usedReduction(sensor, settings.reduction)),
+        : halves_(isFinelyHalved(sensor, settings)),
+          picture_(sensor, halves_ ? 1 : usedReduction(sensor, settings.reduction)),
           places_(picture_.sensor(), picture_.reduction()),
-          size_(pictureSize(picture_.sensor(), picture_.reduction())),
+          size_(pictureSize(picture_.sensor(), usedReduction(sensor, settings.reduction))),
           colour_(sensor) {
         finishing_.toe = picture_.toe() * float(std::exp2(sensor.exposureStops));
         if (!settings.captureOnly) {
@@ -91,37 +93,49 @@ public:
     int rows() const { return size_.height; }
 
     // What one tile may cover, so that it fits the workshop with its border.
-    int tileWidth() const { return Workshop::kWidth - 2 * Finishing::border(finishing_); }
-    int tileHeight() const { return Workshop::kHeight - 2 * Finishing::border(finishing_); }
+    int tileWidth() const { return tileSide(Workshop::kWidth); }
+    int tileHeight() const { return tileSide(Workshop::kHeight); }
 
     // One tile of the picture, in its own coordinates before orientation.
     void tile(const SensorRect& tile, const UprightWriter& writer) const {
         Workshop& shop = workshops_.local();
-        const int border = Finishing::border(finishing_);
-        const SensorRect wide{tile.left - border, tile.top - border, tile.width + 2 * border,
-                              tile.height + 2 * border};
+        const int border = this->border(), scale = halves_ ? 2 : 1;
+        const SensorRect wide{scale * tile.left - border, scale * tile.top - border,
+                              scale * tile.width + 2 * border, scale * tile.height + 2 * border};
         make(wide, shop);
         float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
         std::optional<TileOffsets> offsets;
         if (blotches_) offsets.emplace(*blotches_, places_, wide);
         shop.finishing.run(planes, Workshop::kStride, wide.width, wide.height, noise_, finishing_,
                            offsets ? &*offsets : nullptr);
-        const std::ptrdiff_t inner = border * Workshop::kStride + border;
+        const int finished = halves_ ? border - kHalvingBorder : border;
+        const std::ptrdiff_t inner = finished * Workshop::kStride + finished;
+        if (halves_) {
+            for (float* plane : planes)
+                halveFinely(plane + inner, Workshop::kStride, tile.width, tile.height);
+        }
         writer.write(tile, {planes[0] + inner, planes[1] + inner, planes[2] + inner},
                      Workshop::kStride);
     }
 
 private:
+    static bool isFinelyHalved(const SensorImage& sensor, const RawDevelopSettings& settings) {
+        return settings.fine && usedReduction(sensor, settings.reduction) == 2;
+    }
+    int border() const { return Finishing::border(finishing_) + (halves_ ? kHalvingBorder : 0); }
+    int tileSide(int workshop) const { return (workshop - 2 * border()) / (halves_ ? 2 : 1); }
+
     // Measures the noise on a few tiles over the whole picture; without visible colour noise that
     // step is left out.
     void measureNoise(Workshop& shop) {
         if (Finishing::border(finishing_) == 0) return;
         constexpr int kAcross = 5, kDown = 4, kSize = 96;
         std::vector<Finishing::Sample> samples;
+        const auto [columns, rows] = pictureSize(picture_.sensor(), picture_.reduction());
         for (int i = 0; i < kAcross * kDown; ++i) {
-            const int width = std::min(kSize, columns()), height = std::min(kSize, rows());
-            const SensorRect tile{(columns() - width) * (i % kAcross) / (kAcross - 1),
-                                  (rows() - height) * (i / kAcross) / (kDown - 1), width, height};
+            const int width = std::min(kSize, columns), height = std::min(kSize, rows);
+            const SensorRect tile{(columns - width) * (i % kAcross) / (kAcross - 1),
+                                  (rows - height) * (i / kAcross) / (kDown - 1), width, height};
             make(tile, shop);
             const float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
             shop.finishing.sample(planes, Workshop::kStride, width, height, finishing_.toe,
@@ -207,6 +221,7 @@ private:
             lateGains_->multiply(y, x, r, tile.width, c, rows[c]);
     }
 
+    const bool halves_; // the finished picture
     CameraPicture picture_;
     PlaceMap places_;
     PixelSize size_; // before orientation

@@ -1,5 +1,7 @@
 #include "platform/raw/Finishing.h"
 
+#include "platform/raw/SplineSmoothing.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/raw/Finishing.cpp"
 #ifndef HWY_DISABLED_TARGETS
@@ -46,15 +48,6 @@ void joinRow(const float* HWY_RESTRICT y, const float* HWY_RESTRICT u, const flo
     }
 }
 
-// B3 spline (1 4 6 4 1) / 16 of five values that lie `step` apart.
-void smoothFive(const float* HWY_RESTRICT a, const float* HWY_RESTRICT b,
-                const float* HWY_RESTRICT c, const float* HWY_RESTRICT d,
-                const float* HWY_RESTRICT e, float* HWY_RESTRICT out, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        out[i] = 0.0625f * (a[i] + e[i]) + 0.25f * (b[i] + d[i]) + 0.375f * c[i];
-    }
-}
-
 void addRow(const float* HWY_RESTRICT in, float* HWY_RESTRICT sum, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i)
         sum[i] += in[i];
@@ -97,7 +90,6 @@ namespace kelvaro {
 HWY_EXPORT(splitRow);
 HWY_EXPORT(joinRow);
 HWY_EXPORT(addRow);
-HWY_EXPORT(smoothFive);
 HWY_EXPORT(shrinkRow);
 HWY_EXPORT(sharpenRow);
 
@@ -109,35 +101,6 @@ constexpr float kDefaultAmount = 1.1f;
 // outliers.
 constexpr float kNoiseTimes[NoiseModel::kLevels] = {5.0f, 4.0f, 3.0f};
 constexpr float kVisible = 0.0015f; // of encoded values; a display step is about 0.004
-
-// The last rows of a plane, as many as a power of two holds. Rows outside the picture repeat its
-// edges.
-struct Ring {
-    float* data;
-    int rows, width, height;
-    float* row(int y) const { return data + std::ptrdiff_t(y & (rows - 1)) * width; }
-    const float* clamped(int y) const { return row(std::clamp(y, 0, height - 1)); }
-};
-
-// Row `y` smoothed in both directions with `step` between the taps.
-void smoothedRow(const Ring& in, int y, int step, float* scratch, float* out) {
-    const int width = in.width, reach = 2 * step;
-    HWY_DYNAMIC_DISPATCH(smoothFive)
-    (in.clamped(y - reach), in.clamped(y - step), in.row(y), in.clamped(y + step),
-     in.clamped(y + reach), scratch, std::size_t(width));
-    const auto edge = [&](int x) {
-        const auto at = [&](int k) { return scratch[std::clamp(x + k * step, 0, width - 1)]; };
-        out[x] = 0.0625f * (at(-2) + at(2)) + 0.25f * (at(-1) + at(1)) + 0.375f * at(0);
-    };
-    for (int x = 0; x < std::min(reach, width); ++x)
-        edge(x);
-    for (int x = std::max(reach, width - reach); x < width; ++x)
-        edge(x);
-    if (width <= 2 * reach) return;
-    const float* p = scratch + reach;
-    HWY_DYNAMIC_DISPATCH(smoothFive)
-    (p - reach, p - step, p, p + step, p + reach, out + reach, std::size_t(width - 2 * reach));
-}
 
 float quantile(std::vector<float>& values, double q) {
     if (values.empty()) return 0;
@@ -185,8 +148,10 @@ void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width,
     if (border(settings) == 0) return;
     resize(width);
     const auto w = std::size_t(width);
-    const auto ring = [&](std::vector<float>& v) { return Ring{v.data(), kRows, width, height}; };
-    const Ring y = ring(luminance_), detail = ring(detail_);
+    const auto ring = [&](std::vector<float>& v) {
+        return RowRing{v.data(), kRows, width, height};
+    };
+    const RowRing y = ring(luminance_), detail = ring(detail_);
     const bool reduces = settings.reducesColourNoise;
     const int levels = reduces ? NoiseModel::kLevels : 0;
     const int lag = border(settings);
@@ -214,7 +179,8 @@ void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width,
             for (int level = 0; level < levels; ++level) {
                 row -= 2 << level;
                 if (row < 0 || row >= height) continue;
-                const Ring from = ring(colour.levels[level]), to = ring(colour.levels[level + 1]);
+                const RowRing from = ring(colour.levels[level]),
+                              to = ring(colour.levels[level + 1]);
                 float* sum = ring(colour.sum).row(row);
                 smoothedRow(from, row, 1 << level, scratch_.data(), to.row(row));
                 if (level == 0) std::fill_n(sum, w, 0.0f);
@@ -252,7 +218,7 @@ void Finishing::sample(const float* const (&planes)[3], std::ptrdiff_t stride, i
         rows *= 2;
     const auto size = std::size_t(width) * std::size_t(rows);
     std::vector<float> light(size), colours[2], smooth(size), scratch(std::size_t(width), 0.0f);
-    const auto ring = [&](std::vector<float>& v) { return Ring{v.data(), rows, width, height}; };
+    const auto ring = [&](std::vector<float>& v) { return RowRing{v.data(), rows, width, height}; };
     const auto smoothen = [&](std::vector<float>& from, int step) {
         for (int row = 0; row < height; ++row)
             smoothedRow(ring(from), row, step, scratch.data(), ring(smooth).row(row));

@@ -29,8 +29,8 @@ public:
     // Reads beside the decoder's position; returns how many bytes there were.
     std::size_t readAt(INT64 offset, std::span<std::byte> bytes) const;
 
-    // Until the next call: stop when `cancellation` is set (may be null) or `limit` has passed, and
-    // start counting missing bytes anew.
+    // Until the next call: stop when `cancellation` is set (may be null) or this thread has worked
+    // for `limit`, and start counting missing bytes anew.
     void beginTask(const Cancellation* cancellation, std::chrono::seconds limit);
     bool wasCancelled() const;
     bool isOverdue() const;
@@ -69,7 +69,7 @@ private:
     INT64 windowBytes_ = 0;
     std::vector<char> window_;
     const Cancellation* cancellation_ = nullptr;
-    std::chrono::steady_clock::time_point deadline_ = std::chrono::steady_clock::time_point::max();
+    std::chrono::nanoseconds deadline_ = std::chrono::nanoseconds::max();
 };
 
 } // namespace kelvaro

@@ -1,6 +1,7 @@
 #include "platform/codecs/SampleFiles.h"
 
 #include <cmath>
+#include <cstring>
 
 namespace kelvaro::test {
 namespace {
@@ -57,6 +58,69 @@ TEST(JpegRead, ReducedWhereLessIsEnough) {
             });
             EXPECT_LT(worst, kLoss);
         }
+}
+
+// A picture that must be turned is read from its first row to its last by one thread.
+TEST(JpegRead, PartsBetweenRestartsGiveThePixelsOfOneScan) {
+    constexpr PixelSize kParted{203, 411};
+    struct Case {
+        bool subsampled;
+        int restartRows, enough;
+    };
+    for (const Case test : {Case{true, 1, 0}, {true, 3, 0}, {false, 5, 0}, {true, 2, 100}}) {
+        SCOPED_TRACE(test.restartRows);
+        JpegOptions options;
+        options.subsampled = test.subsampled;
+        options.restartRows = test.restartRows;
+        DecodeLimits limits;
+        limits.enoughSide = test.enough;
+        const auto reader = makeImageReader();
+        const auto parted = reader->decode(makeJpeg(kParted, options), "parted", limits);
+        options.orientation = 4; // upside down
+        const auto whole = reader->decode(makeJpeg(kParted, options), "whole", limits);
+        ASSERT_TRUE(parted && whole && parted->pixels.size == whole->pixels.size);
+        const int bottom = whole->pixels.size.height - 1;
+        for (int y = 0; y <= bottom; ++y)
+            ASSERT_EQ(std::memcmp(parted->pixels.row<std::byte>(y),
+                                  whole->pixels.row<std::byte>(bottom - y),
+                                  parted->pixels.rowBytes()),
+                      0)
+                << y;
+    }
+}
+
+TEST(JpegRead, DamageBetweenRestartsIsMetAsInOneScan) {
+    constexpr PixelSize kParted{203, 411};
+    JpegOptions options;
+    options.restartRows = 4;
+    const Bytes sound = makeJpeg(kParted, options);
+    const auto markers = [&](int which) {
+        std::size_t at = 0;
+        for (std::size_t i = 0; i + 1 < sound.size(); ++i)
+            if (sound[i] == std::byte(0xFF) && sound[i + 1] == std::byte(0xD0 + which)) at = i;
+        return at;
+    };
+    const auto changed = [&](std::size_t at, int value) {
+        Bytes file = sound;
+        file[at] = std::byte(value);
+        return file;
+    };
+    Bytes missing = sound;
+    missing.erase(missing.begin() + std::ptrdiff_t(markers(2)),
+                  missing.begin() + std::ptrdiff_t(markers(3)));
+    Bytes cut = sound;
+    cut.resize(markers(5));
+    for (const Bytes& file :
+         {changed(markers(1) + 1, 0xD6), changed(markers(3) + 30, 0xFF), missing, cut}) {
+        const auto read = makeImageReader()->decode(file, "damaged", {});
+        // What can be shown is shown whole; what breaks off is told.
+        if (read) {
+            EXPECT_EQ(read->pixels.size, kParted);
+        } else {
+            EXPECT_EQ(read.error().kind, FailureKind::malformed);
+        }
+    }
+    EXPECT_FALSE(makeImageReader()->decode(cut, "cut", {}));
 }
 
 TEST(JpegRead, SenselessOrientationCountsAsUpright) {

@@ -1,8 +1,9 @@
 // What our writers write, our readers read back: samples, depth, alpha and colour space; and a disk
 // that is full at any moment ends as exactly that failure.
-#include "platform/codecs/CodecTestSupport.h"
+#include "platform/codecs/SampleFiles.h"
 
 #include <cmath>
+#include <cstring>
 
 namespace kelvaro::test {
 namespace {
@@ -48,6 +49,25 @@ TEST(RoundTrip, KeepsSamplesOfEveryFormatDepthAndSize) {
                                 [&](int x, int y, int ch) { return sampleAt(pixels, x, y, ch); }),
                 c.tolerance)
                 << c.name << " " << size.width;
+        }
+}
+
+// JPEG files are made in bands of 128 rows.
+TEST(RoundTrip, BandsOfJpegHoldWhatOneScanWould) {
+    for (const PixelSize size : {PixelSize{50, 128}, {50, 129}, {333, 700}, {65000, 140}})
+        for (const bool subsampled : {true, false}) {
+            JpegOptions options;
+            options.subsampled = subsampled;
+            options.quality = subsampled ? 85 : 95;
+            const double quality = options.quality / 100.0;
+            const auto ours = decoded(
+                encoded(pattern(size, 3, SampleType::u8), {FileFormat::jpeg, quality}), "in bands");
+            const auto whole = decoded(makeJpeg(size, options), "one scan");
+            ASSERT_EQ(ours.pixels.size, size);
+            EXPECT_EQ(std::memcmp(ours.pixels.samples.get(), whole.pixels.samples.get(),
+                                  ours.pixels.bytes()),
+                      0)
+                << size.width << " " << size.height;
         }
 }
 

@@ -70,10 +70,11 @@ Bytes makeJpeg(PixelSize size, const JpegOptions& options) {
     info.input_components = options.colour == Colour::grey ? 1 : ink ? 4 : 3;
     info.in_color_space = options.colour == Colour::grey ? JCS_GRAYSCALE : ink ? JCS_CMYK : JCS_RGB;
     jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, 95, TRUE);
+    jpeg_set_quality(&info, options.quality, TRUE);
     if (options.colour == Colour::ycck) jpeg_set_colorspace(&info, JCS_YCCK);
     info.write_Adobe_marker = options.adobeInverted;
-    info.comp_info[0].h_samp_factor = info.comp_info[0].v_samp_factor = 1;
+    info.comp_info[0].h_samp_factor = info.comp_info[0].v_samp_factor = options.subsampled ? 2 : 1;
+    info.restart_in_rows = options.restartRows;
     if (ink) info.comp_info[3].h_samp_factor = info.comp_info[3].v_samp_factor = 1;
     if (options.progressive) jpeg_simple_progression(&info);
     jpeg_start_compress(&info, TRUE);

@@ -12,6 +12,9 @@ struct JpegOptions {
     bool adobeInverted = false; // CMYK with Adobe's marker, stored upside down as its programs do
     int orientation = 0;        // none
     Bytes icc;
+    int quality = 95;
+    bool subsampled = false; // colour, 2 × 2
+    int restartRows = 0;     // rows of blocks between restart markers; 0 without
 };
 Bytes makeJpeg(PixelSize size, const JpegOptions& options);
 
