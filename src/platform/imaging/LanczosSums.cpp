@@ -10,8 +10,8 @@ namespace kelvaro {
 
 namespace {
 
-constexpr int kColumns =
-    512; // added to all lines at a time: rows stream in, and stay in the caches
+// Added to all lines at a time: long enough that rows stream in, few enough that they stay cached.
+constexpr int kColumns = 512;
 
 struct Axis {
     const std::int32_t* first; // of the tile's outputs
