@@ -62,6 +62,10 @@ TEST(Profile, CountsAPeriodBesideAsMuchOfTheOneBefore) {
     // January looks back over the turn of the year.
     const CivilTime january{2024, 1, 31};
     EXPECT_EQ(makeProfile(source, {Kind::lastMonth}, january).counts.photos, 1);
+    // As much of the year before as has gone by of this one is told as that.
+    EXPECT_EQ(titleBefore({Kind::thisYear}, today), "by this day in 2023");
+    EXPECT_EQ(titleBefore({Kind::year, 2024}, today), "by this day in 2023");
+    EXPECT_EQ(titleBefore({Kind::year, 2023}, today), "2022");
     EXPECT_EQ(comparison(3, 1, "last month"), "2 more than last month");
     EXPECT_EQ(comparison(1, 3, "2023"), "2 fewer than 2023");
     EXPECT_EQ(comparison(3, 3, "last month"), "as many as last month");
