@@ -6,6 +6,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvaro {
 namespace {
@@ -147,9 +148,9 @@ void TagsSection::show(const Profile& profile) {
     auto tags = strongest(profile.tags);
     if (tags == tags_ && !isYoung) return;
     tags_ = std::move(tags);
-    for (TagBadge* badge : badges_)
+    // One that goes may hand the keyboard to the next, which tells then.
+    for (TagBadge* badge : std::exchange(badges_, {}))
         delete badge;
-    badges_.clear();
     for (const StyleTag& tag : tags_) {
         auto* badge = new TagBadge(appearance_, words(tag.title), words(tag.reason), this);
         badge->onPointed = [this](const TagBadge* at) { tell(at); };
