@@ -111,6 +111,32 @@ TEST_F(LibraryPageTest, KeepsTheZoomedPhotoInPlace) {
     EXPECT_NEAR(grid().cellOnScreen(index).center().y(), middle, 2);
 }
 
+// Stripes that a thumbnail of a small cell cannot hold come back in a large one.
+TEST_F(LibraryPageTest, EnlargedCellsAreSharp) {
+    std::filesystem::create_directories(root / "Stripes");
+    QImage image(240, 160, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, x / 3 % 2 ? qRgb(240, 240, 240) : qRgb(20, 20, 20));
+    }
+    EXPECT_TRUE(image.save(QString::fromStdString((root.path() / "Stripes/a.png").string())));
+    settings.set("thumbSize", 64.0);
+    openWith({std::filesystem::canonical(root.path() / "Stripes")});
+    until([&] { return window->pictures().areVisibleReady(); });
+    library->setThumbSize(240);
+    settle();
+    until([&] { return window->pictures().areVisibleReady(); });
+    const QImage shown = grid().viewport()->grab().toImage();
+    const QPoint middle = grid().cellOnScreen(0).center();
+    int darkest = 255, brightest = 0;
+    for (int x = middle.x() - 30; x < middle.x() + 30; ++x) {
+        const int level = qGray(shown.pixel(x, middle.y()));
+        darkest = std::min(darkest, level);
+        brightest = std::max(brightest, level);
+    }
+    EXPECT_GT(brightest - darkest, 100);
+}
+
 TEST_F(LibraryPageTest, PillsLeaveWhenTheWorkIsDone) {
     openWith({photos("One", 2), photos("Two", 2), photos("Three", 2)});
     EXPECT_TRUE(find<QWidget>("indexingPill")->isHidden());

@@ -22,6 +22,10 @@ QImage wrapped(const Thumbnail& thumbnail) {
         [](void* kept) { delete static_cast<Thumbnail*>(kept); }, owner);
 }
 
+int longerSide(const Thumbnail& thumbnail) {
+    return std::max(thumbnail->size.width, thumbnail->size.height);
+}
+
 QImage brought(const Thumbnail& thumbnail, QSize size, const QColorSpace& profile) {
     QImage image = wrapped(thumbnail).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     image.convertTo(QImage::Format_RGB32);
@@ -98,9 +102,16 @@ void CellPictures::arrived(const std::string& key, const ThumbnailResult& result
 bool CellPictures::areVisibleReady() const {
     return std::ranges::all_of(pending_, [&](const auto& entry) {
         const auto& [key, pending] = entry;
-        return !pending.visible || pending.failed ||
-               (pending.answered && fitted_.contains(key) && !fitting_.contains(key));
+        if (!pending.visible || pending.failed) return true;
+        const auto ready = fitted_.find(key);
+        return pending.answered && ready != fitted_.end() && !fitting_.contains(key) &&
+               !isCoarse(key, ready->second);
     });
+}
+
+bool CellPictures::isCoarse(const std::string& key, const Fitted& fit) const {
+    const auto held = held_.find(key);
+    return held != held_.end() && fit.sourcePx < longerSide(held->second);
 }
 
 QSize CellPictures::shape(const std::string& key) const {
@@ -122,7 +133,8 @@ CellPicture CellPictures::picture(const PictureSource& source, QSize size) {
         if (motion > 0)
             found.opacity = std::min(1.0, double(clock_.elapsed() - fit.since + frameMs) / motion);
     }
-    const bool exact = ready != fitted_.end() && ready->second.image.size() == size;
+    const bool exact = ready != fitted_.end() && ready->second.image.size() == size &&
+                       !isCoarse(source.key, ready->second);
     if (!exact && held != held_.end() && !size.isEmpty()) fit(source.key, held->second, size);
     return found;
 }
@@ -141,13 +153,13 @@ void CellPictures::fit(const std::string& key, const Thumbnail& thumbnail, QSize
              ready = std::move(image)] {
                 if (seen_.size() >= seenLimit) seen_.clear();
                 seen_[key] = {shape, average};
-                fitted(key, ready);
+                fitted(key, ready, std::max(shape.width(), shape.height()));
             },
             Qt::QueuedConnection);
     });
 }
 
-void CellPictures::fitted(const std::string& key, QImage image) {
+void CellPictures::fitted(const std::string& key, QImage image, int sourcePx) {
     if (const auto going = fitting_.find(key);
         going != fitting_.end() && going->second == image.size())
         fitting_.erase(going);
@@ -160,6 +172,7 @@ void CellPictures::fitted(const std::string& key, QImage image) {
         movesUntil_ = entry.since + appearance_.motionMs() + frameMs;
     }
     entry.image = std::move(image);
+    entry.sourcePx = sourcePx;
     entry.used = ++uses_;
     trim();
     changed();

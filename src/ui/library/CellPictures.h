@@ -60,6 +60,7 @@ private:
         QImage image;
         qint64 since = 0; // ms of clock_, when it appeared
         std::uint64_t used = 0;
+        int sourcePx = 0; // the longer side of the thumbnail it was made of
     };
     struct Pending {
         ThumbnailLoader::Ticket ticket;
@@ -70,7 +71,9 @@ private:
 
     void arrived(const std::string& key, const ThumbnailResult& result);
     void fit(const std::string& key, const Thumbnail& thumbnail, QSize size);
-    void fitted(const std::string& key, QImage image);
+    void fitted(const std::string& key, QImage image, int sourcePx);
+    // Made of a smaller thumbnail than what is at hand now.
+    bool isCoarse(const std::string& key, const Fitted& fit) const;
     void trim();
     void changed();
 

@@ -13,7 +13,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int labelPx = 116;
+constexpr int labelPx = 124; // with the room beside it
 
 } // namespace
 
