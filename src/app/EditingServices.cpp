@@ -12,6 +12,7 @@ RecoveryReport EditingServices::recover(Services& services, const UserFolders& f
 EditingServices::EditingServices(Services& services, const UserFolders& folders, MainThread& main,
                                  LibraryStore& library, const RecoveryReport& recovered)
     : services_(services),
+      library_(library),
       appendFiles_(std::make_unique<PosixAppendFiles>()),
       journal_(*services.files, *appendFiles_, main,
                newJournalPath(folders.support, *services.random)),
@@ -26,9 +27,20 @@ EditingServices::EditingServices(Services& services, const UserFolders& folders,
     unsavedEdits_ = library.unsavedEdits().observe([this, &library] {
         if (library.unsavedEdits().get().empty() && !saver_.isAllSaved()) saver_.retry();
     });
+    library_.setHeldEdits(this);
     if (const std::string notice = recovered.notice(); !notice.empty()) library.showNotice(notice);
 }
 
-EditingServices::~EditingServices() = default;
+EditingServices::~EditingServices() {
+    library_.setHeldEdits(nullptr);
+}
+
+// What the library has taken over and could not write either is its own to tell.
+std::vector<PhotoUrl> EditingServices::unsaved() const {
+    std::vector<PhotoUrl> photos;
+    for (const std::filesystem::path& photo : saver_.unsavedPhotos())
+        photos.push_back(photo.string());
+    return photos;
+}
 
 } // namespace kelvaro

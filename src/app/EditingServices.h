@@ -12,7 +12,7 @@
 
 namespace kelvaro {
 
-class EditingServices {
+class EditingServices final : private HeldEdits {
 public:
     // Puts back what earlier sessions could not save; before the library reads its folders.
     static RecoveryReport recover(Services& services, const UserFolders& folders);
@@ -20,7 +20,7 @@ public:
     // All outlive the object. What `recover` told is shown as a notice of the library.
     EditingServices(Services& services, const UserFolders& folders, MainThread& main,
                     LibraryStore& library, const RecoveryReport& recovered);
-    ~EditingServices();
+    ~EditingServices() override;
 
     EditSaver& saver() { return saver_; }
     PresetFolder& presets() { return presets_; }
@@ -32,7 +32,12 @@ public:
     std::function<void()> onSaverChanged;
 
 private:
+    std::vector<PhotoUrl> unsaved() const override;
+    void retry() override { saver_.retry(); }
+    void discard() override { saver_.discardUnsaved(); }
+
     Services& services_;
+    LibraryStore& library_;
     std::unique_ptr<AppendFiles> appendFiles_;
     SessionJournal journal_;
     LibraryEditStore store_;

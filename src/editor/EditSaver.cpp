@@ -124,6 +124,16 @@ void EditSaver::retry() {
         if (record.failure && record.waiting) begin(photo, record);
 }
 
+void EditSaver::discardUnsaved() {
+    for (auto& [photo, record] : records_) {
+        record.waiting.reset();
+        record.failure.reset();
+        record.isDirty = true; // the journal forgets its edit
+    }
+    liveDirty_ = false;
+    tellJournal();
+}
+
 bool EditSaver::isSaved(const std::filesystem::path& photo) const {
     const auto found = records_.find(photo);
     return found == records_.end() || found->second.isSaved();

@@ -116,6 +116,13 @@ public:
             QApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
         }
     }
+    // Pages and sheets that are otherwise made when they are first opened.
+    void makeAll() {
+        window->editor();
+        window->exportSheet();
+        window->profilePage();
+        window->settingsSheet();
+    }
     void settle() {
         until([&] { return library->isIdle(); });
         QApplication::processEvents();
