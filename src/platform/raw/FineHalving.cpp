@@ -16,24 +16,52 @@ namespace kelvaro {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// The compressed value of infinity. Middle grey to four stops above it come out in the proportions
-// of the rendering curve within a quarter.
-constexpr float kLimit = 1.37f, kInverseSquare = 1 / (kLimit * kLimit);
+// The rendering curve of one channel, which reaches 1 four stops above middle grey, and beyond it
+// its own slope on the way to a limit, so that nothing is lost.
+constexpr float kGrey = 0.18f, kGain = 1.017898f, kFirst = 1.7f, kSecond = 1.2f, kThird = 13.0685f;
+constexpr float kWhite = 16, kBeyond = 0.064f;
+// A filter may overshoot the limit, which stands for infinity; this much of the way is 18.
+constexpr float kMostBeyond = 0.84f;
+
+template<class V>
+HWY_INLINE V constant(V, float value) {
+    return hn::Set(hn::DFromV<V>(), value);
+}
+
+template<class V>
+HWY_INLINE V compressed(V v) {
+    const V u = hn::Abs(v) * constant(v, 1 / kGrey);
+    const V within = u * (u + constant(v, kFirst)) * constant(v, kGain) /
+                     hn::MulAdd(u, u + constant(v, kSecond), constant(v, kThird));
+    const V white = constant(v, kWhite), one = constant(v, 1);
+    const V above = hn::MulAdd(one - white / hn::Max(u, white), constant(v, kBeyond), one);
+    return hn::CopySign(hn::IfThenElse(u < white, within, above), v);
+}
+
+// The other way, by the solution of a quadratic equation.
+template<class V>
+HWY_INLINE V expanded(V v) {
+    const V y = hn::Abs(v), one = constant(v, 1), inside = hn::Min(y, one);
+    const V a = constant(v, kGain) - inside, c = inside * constant(v, kThird);
+    const V b = hn::NegMulAdd(inside, constant(v, kSecond), constant(v, kGain * kFirst));
+    const V root = hn::Sqrt(hn::MulAdd(b, b, constant(v, 4) * a * c));
+    const V within = constant(v, 2) * c / (b + root);
+    const V part = hn::Min((y - one) * constant(v, 1 / kBeyond), constant(v, kMostBeyond));
+    const V above = constant(v, kWhite) / (one - part);
+    return hn::CopySign(hn::IfThenElse(y > one, above, within) * constant(v, kGrey), v);
+}
+
 // Lanczos with three lobes: the weights of pixels 0.5, 1.5 … 5.5 from the middle. Keeps what a view
 // of a third of the size shows within 3%.
 constexpr int kTaps = 6;
 constexpr float kWeights[kTaps] = {0.4463854f,  0.1355053f, -0.0666373f,
                                    -0.0339986f, 0.0150561f, 0.0036891f};
 
-// v / √(1 + v² / limit²), in place on a row of `count` values.
+// In place on a row of `count` values.
 void compressRow(float* row, int count) {
     const hn::ScalableTag<float> tag;
-    for (int x = 0; x < count; x += int(hn::Lanes(tag))) {
-        const auto v = hn::LoadU(tag, row + x);
-        const auto root =
-            hn::Sqrt(hn::MulAdd(v * v, hn::Set(tag, kInverseSquare), hn::Set(tag, 1.0f)));
-        hn::StoreU(v / root, tag, row + x);
-    }
+    for (int x = 0; x < count; x += int(hn::Lanes(tag)))
+        hn::StoreU(compressed(hn::LoadU(tag, row + x)), tag, row + x);
 }
 
 // One row of the result from twelve compressed rows from `rows` on, of twice its length and the
@@ -50,9 +78,6 @@ void halveRow(const float* rows, std::ptrdiff_t stride, float* down, float* out,
         }
         hn::StoreU(sum, tag, down + x);
     }
-    // The filter may overshoot the limit, which stands for infinity: 0.998 of it is as bright
-    // as 21.
-    const auto most = hn::Set(tag, 0.998f * kLimit);
     for (int x = 0; x < count; x += int(hn::Lanes(tag))) {
         hn::Vec<decltype(tag)> even[kTaps], odd[kTaps];
         for (int k = 0; k < kTaps; ++k)
@@ -65,10 +90,7 @@ void halveRow(const float* rows, std::ptrdiff_t stride, float* down, float* out,
             const auto right = after % 2 ? odd[after / 2] : even[after / 2];
             sum = hn::MulAdd(left + right, hn::Set(tag, kWeights[k]), sum);
         }
-        const auto v = hn::Max(hn::Min(sum, most), hn::Neg(most));
-        const auto root =
-            hn::Sqrt(hn::NegMulAdd(v * v, hn::Set(tag, kInverseSquare), hn::Set(tag, 1.0f)));
-        hn::StoreU(v / root, tag, out + x);
+        hn::StoreU(expanded(sum), tag, out + x);
     }
 }
 
