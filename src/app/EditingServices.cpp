@@ -2,6 +2,8 @@
 
 #include "platform/system/PosixAppendFiles.h"
 
+#include <algorithm>
+
 namespace kelvaro {
 
 RecoveryReport EditingServices::recover(Services& services, const UserFolders& folders) {
@@ -27,6 +29,17 @@ EditingServices::EditingServices(Services& services, const UserFolders& folders,
         if (library.unsavedEdits().get().empty() && !saver_.isAllSaved()) saver_.retry();
     });
     if (const std::string notice = recovered.notice(); !notice.empty()) library.showNotice(notice);
+}
+
+std::optional<texts::Alert> EditingServices::quitCheck() const {
+    std::vector<FolderUrl> folders;
+    for (const auto& photo : saver_.unsavedPhotos()) {
+        if (saver_.problem(photo).empty()) continue; // is being written
+        const FolderUrl folder = photo.parent_path().string();
+        if (std::ranges::count(folders, folder) == 0) folders.push_back(folder);
+    }
+    if (folders.empty()) return std::nullopt;
+    return texts::unsavedQuestion(folders, {});
 }
 
 EditingServices::~EditingServices() = default;

@@ -8,6 +8,7 @@
 #include "editor/JournalRecovery.h"
 #include "editor/LibraryEditStore.h"
 #include "editor/Preset.h"
+#include "library/LibraryTexts.h"
 #include "platform/UserFolders.h"
 
 namespace kelvaro {
@@ -27,6 +28,10 @@ public:
     Services& services() { return services_; }
     // What the library tells of just now was given to it here.
     bool isWritingNow() const { return store_.isGiving(); }
+
+    // What to ask before quitting where an edit stands in no sidecar and the library has not got it
+    // either; none when that is not so.
+    std::optional<texts::Alert> quitCheck() const;
 
     // Something is saved, or failed to be.
     std::function<void()> onSaverChanged;

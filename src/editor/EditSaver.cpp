@@ -124,6 +124,14 @@ void EditSaver::retry() {
         if (record.failure && record.waiting) begin(photo, record);
 }
 
+void EditSaver::discardUnsaved() {
+    liveDirty_ = false;
+    for (auto& [photo, record] : records_) {
+        record.waiting.reset();
+        record.failure.reset();
+    }
+}
+
 bool EditSaver::isSaved(const std::filesystem::path& photo) const {
     const auto found = records_.find(photo);
     return found == records_.end() || found->second.isSaved();

@@ -39,6 +39,9 @@ public:
     // What could not be written is tried again: a drive is back.
     void retry();
 
+    // The user gives up what could not be written.
+    void discardUnsaved();
+
     bool isSaved(const std::filesystem::path& photo) const;
     bool isAllSaved() const;
     std::vector<std::filesystem::path> unsavedPhotos() const;

@@ -60,23 +60,21 @@ Result<void> JournalFile::remove() {
 
 // One flush waits at most: it takes along what is written until it begins.
 void JournalFile::flushSoon() {
-    const bool isPosted =
+    const bool isWaiting =
         toFlush_.with([&](ToFlush& to) { return std::exchange(to.file, file_) != nullptr; });
-    if (!isPosted) flushes_.post([this] { flush(); });
+    if (!isWaiting) flushes_.post([this] { flush(); });
 }
 
 void JournalFile::flush() {
-    auto [file, replaced] = toFlush_.with([](ToFlush& to) {
-        return std::pair(std::exchange(to.file, nullptr), std::exchange(to.replaced, {}));
-    });
-    if (auto flushed = file->flush(); !flushed) {
+    ToFlush now = toFlush_.with([](ToFlush& to) { return std::exchange(to, {}); });
+    if (auto flushed = now.file->flush(); !flushed) {
         toFlush_.with([&](ToFlush& to) {
             to.failure = std::move(flushed).error();
-            to.replaced.insert(to.replaced.end(), replaced.begin(), replaced.end());
+            to.replaced.insert(to.replaced.end(), now.replaced.begin(), now.replaced.end());
         });
         return;
     }
-    for (const auto& path : replaced)
+    for (const auto& path : now.replaced)
         static_cast<void>(files_.remove(path)); // recovery passes over what it holds
 }
 

@@ -183,12 +183,18 @@ TEST(RenderSession, NeighboursArePreparedOnceItIsQuiet) {
     ASSERT_TRUE(prepared);
     EXPECT_EQ(prepared->counts().decodes, 1);
     EXPECT_EQ(stage.engine.work().state().jobs, 0);
-    canvas.views.clear();
-    canvas.session.open(next);
-    canvas.render(fitting(100));
-    ASSERT_TRUE(canvas.waitForFinal());
-    EXPECT_EQ(prepared->counts().decodes, 1);
-    EXPECT_EQ(canvas.views.size(), 1u);
+    const int drawn = prepared->counts().renders;
+    for (const bool isPrepared : {true, false}) { // the view is kept for the first look only
+        canvas.views.clear();
+        canvas.session.open(next);
+        ViewRequest request = fitting(100);
+        request.keepAlpha = true;
+        canvas.render(request);
+        ASSERT_TRUE(canvas.waitForFinal());
+        EXPECT_EQ(prepared->counts().decodes, 1);
+        EXPECT_EQ(prepared->counts().renders, drawn + !isPrepared);
+        EXPECT_EQ(canvas.views.size(), 1u);
+    }
 }
 
 TEST(RenderSession, EndsInTheMiddleOfEverything) {

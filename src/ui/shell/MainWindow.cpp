@@ -74,7 +74,7 @@ void MainWindow::makePages() {
                                *commands_, this);
     editor_ = new EditorPage(parts_.appearance,
                              {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
-                              parts_.editing, *commands_},
+                              parts_.editing, parts_.settings, *commands_},
                              this);
     editor_->onCircumstances = [this] { showCommands(); };
     pages_->addWidget(library_);
@@ -201,7 +201,13 @@ void MainWindow::showIndexing() {
 }
 
 QPoint MainWindow::noticePlace(QSize pill) const {
-    return {(width() - pill.width()) / 2, height() - noticeBottomPx - pill.height()};
+    QRect area = rect();
+    if (pages_->currentWidget() == editor_) { // above the photo bar, beside the inspector
+        const EditorCanvas& canvas = editor_->canvas();
+        area = {canvas.mapTo(this, QPoint()), canvas.size()};
+    }
+    return {area.x() + std::max(0, (area.width() - pill.width()) / 2),
+            area.y() + area.height() - noticeBottomPx - pill.height()};
 }
 
 // In the bars above the photos, so that it never covers one.
@@ -277,7 +283,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     settling_ = false;
     parts_.settings.set(settingsKey::windowGeometry, saveGeometry().toBase64().toStdString());
     parts_.library.closeEditor();
-    const auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();
+    auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();
+    if (!alert && !quits_) alert = parts_.editing.quitCheck();
     if (!alert) {
         event->accept();
         QApplication::quit();
@@ -289,6 +296,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
                         [this](std::size_t answer) {
                             if (answer != 0) return;
                             parts_.library.discardUnsaved();
+                            parts_.editing.saver().discardUnsaved();
                             quits_ = true;
                             // A window cannot close from within its own closing.
                             QTimer::singleShot(0, this, &QWidget::close);
