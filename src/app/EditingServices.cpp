@@ -3,6 +3,7 @@
 #include "platform/system/PosixAppendFiles.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvaro {
 
@@ -27,6 +28,11 @@ EditingServices::EditingServices(Services& services, const UserFolders& folders,
     // The library writes what it could not write before as soon as a drive is back.
     unsavedEdits_ = library.unsavedEdits().observe([this, &library] {
         if (library.unsavedEdits().get().empty() && !saver_.isAllSaved()) saver_.retry();
+    });
+    // Nor does it know of what could not even be compared with the sidecar.
+    foldersMissing_ = library.missingFolders().observe([this, &library] {
+        const std::size_t missing = library.missingFolders().get().size();
+        if (missing < std::exchange(missingFolders_, missing)) saver_.retry();
     });
     if (const std::string notice = recovered.notice(); !notice.empty()) library.showNotice(notice);
 }

@@ -43,7 +43,8 @@ private:
     LibraryEditStore store_;
     EditSaver saver_;
     PresetFolder presets_;
-    Subscription unsavedEdits_;
+    std::size_t missingFolders_ = 0;
+    Subscription unsavedEdits_, foldersMissing_;
 };
 
 } // namespace kelvaro
