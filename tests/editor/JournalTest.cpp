@@ -202,7 +202,7 @@ TEST_F(JournalTest, WritesALargeJournalAnewWithWhatIsUnsaved) {
     JournalFile file(files, appendFiles, newJournalPath(support, random));
     const std::string record = encodedRecord({photo, exposed(2), {}, 100});
     const std::string old = encodedRecord({folder / "photos/b.jpg", exposed(1), {}, 100});
-    for (std::int64_t written = 0; written <= JournalFile::largeBytes; written += 1 << 20) {
+    for (std::int64_t written = 0; written < JournalFile::largeBytes; written += 1 << 20) {
         EXPECT_FALSE(file.isLarge());
         ASSERT_TRUE(file.append(old + std::string(1 << 20, ' ')));
     }
