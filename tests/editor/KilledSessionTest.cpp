@@ -60,11 +60,13 @@ Outcome killedAfter(double seconds) {
     EXPECT_EQ(::posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ), 0);
     posix_spawn_file_actions_destroy(&actions);
     ::close(ends[1]);
+    std::string lines(1, ' ');
+    EXPECT_EQ(::read(ends[0], lines.data(), 1), 1);                      // it has begun to edit
     std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); // its life
     const double killed = SystemClock().monotonicSeconds();
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
-    const std::string lines = readAll(ends[0]);
+    lines += readAll(ends[0]);
     ::close(ends[0]);
 
     Outcome outcome;
