@@ -11,11 +11,11 @@
 #include "develop/Recipes.h"
 #include "develop/ScalarForm.h"
 #include "develop/ToneAnalysis.h"
+#include "platform/FreeMemory.h"
 #include "platform/imaging/TiledRenderer.h"
 
 #include <benchmark/benchmark.h>
 #include <hwy/highway.h>
-#include <malloc.h>
 
 #include <cmath>
 #include <fstream>
@@ -46,7 +46,7 @@ double memoryMiB(const std::string& row) {
 class MemoryWatch {
 public:
     MemoryWatch() {
-        ::malloc_trim(0);
+        returnFreeMemory();
         std::ofstream("/proc/self/clear_refs") << 5; // forgets the peak
         before_ = memoryMiB("VmRSS:");
     }
@@ -138,6 +138,7 @@ void develop(benchmark::State& state, const ImageSource& source, const Adjustmen
         shown = withPixels(source, *materialised(atRenderScale(source.decoded(), source, scale),
                                                  *renderer, nullptr));
     static_cast<void>(toneMaps(shown, edit, *renderer, nullptr));
+    if (scale < 1) static_cast<void>(shownImage(shown, edit, scale, *renderer, brushes)); // paints
     const MemoryWatch memory;
     double pixels = 0, bytes = 0;
     for (auto _ : state) {

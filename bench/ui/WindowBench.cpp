@@ -14,6 +14,7 @@
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QScrollBar>
+#include <QTimer>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -48,10 +49,19 @@ struct Frame {
     double ms = 0, busyMs = 0; // on the clock, and of work on the main thread
 };
 
+// Begun before the application, as the program does.
+struct Begun {
+    QtMainThread mainThread;
+    Cancellation interruption;
+    WindowServices services{mainThread, {}, interruption, "bench"};
+};
+
 class Child {
 public:
-    Child(BlockWatch& application) : application_(application) {
+    Child(BlockWatch& application, Begun& begun)
+        : application_(application), services_(begun.services) {
         application_.onPainted = [this](QObject* widget) { painted(widget); };
+        tick_.start(10); // so that no wait is longer
         window_.show();
     }
 
@@ -61,7 +71,7 @@ public:
         QElapsedTimer clock;
         clock.start();
         while (!done()) {
-            QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
+            turn();
             if (clock.elapsed() > limitMs) std::exit(1);
         }
     }
@@ -71,6 +81,10 @@ public:
     void index() {
         until([&] { return isListed() && library().isIdle() && isComplete(); });
         std::printf("%.0f\n", toMs(monotonicNs() - begin_));
+        // The thumbnails reach the disk behind what is shown.
+        QElapsedTimer clock;
+        clock.start();
+        until([&] { return clock.elapsed() > 2000; });
     }
     void start() {
         until([&] { return firstWhole_ != 0; });
@@ -97,7 +111,12 @@ public:
     void use(double minutes);
 
 private:
-    LibraryStore& library() const { return const_cast<WindowServices&>(services_).library(); }
+    // Sleeps until something happens; with a time limit Qt would spin instead, on a core that the
+    // library wants.
+    static void turn() {
+        QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    }
+    LibraryStore& library() const { return services_.library(); }
     void painted(QObject* widget) {
         if (widget != window_.libraryPage().grid().viewport()) return;
         const std::int64_t now = monotonicNs();
@@ -132,11 +151,10 @@ private:
 
     BlockWatch& application_;
     const std::int64_t begin_ = qEnvironmentVariable(startVariable).toLongLong();
-    QtMainThread mainThread_;
-    Cancellation interruption_;
-    WindowServices services_{mainThread_, {}, interruption_, "bench"};
+    WindowServices& services_;
     Appearance appearance_;
     MainWindow window_{partsOf(services_, appearance_, "bench")};
+    QTimer tick_;
     std::int64_t firstPainted_ = 0, firstGrid_ = 0, firstWhole_ = 0;
     double workMs_ = 0; // of all threads until the grid stood
 };
@@ -196,7 +214,7 @@ void Child::use(double minutes) {
         QElapsedTimer pause;
         pause.start();
         while (pause.elapsed() < 60)
-            QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
+            turn();
     }
     const auto blocks = application_.blocks();
     const auto busy =
@@ -209,8 +227,9 @@ void Child::use(double minutes) {
 }
 
 int runChild(int argc, char** argv, const QString& what, double minutes) {
+    Begun begun;
     BlockWatch application(argc, argv);
-    Child child(application);
+    Child child(application, begun);
     if (what == "index") child.index();
     if (what == "start") child.start();
     if (what == "scroll") child.scroll();

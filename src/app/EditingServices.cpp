@@ -2,9 +2,6 @@
 
 #include "platform/system/PosixAppendFiles.h"
 
-#include <algorithm>
-#include <utility>
-
 namespace kelvaro {
 
 RecoveryReport EditingServices::recover(Services& services, const UserFolders& folders) {
@@ -15,6 +12,7 @@ RecoveryReport EditingServices::recover(Services& services, const UserFolders& f
 EditingServices::EditingServices(Services& services, const UserFolders& folders, MainThread& main,
                                  LibraryStore& library, const RecoveryReport& recovered)
     : services_(services),
+      library_(library),
       appendFiles_(std::make_unique<PosixAppendFiles>()),
       journal_(*services.files, *appendFiles_, main,
                newJournalPath(folders.support, *services.random)),
@@ -29,25 +27,20 @@ EditingServices::EditingServices(Services& services, const UserFolders& folders,
     unsavedEdits_ = library.unsavedEdits().observe([this, &library] {
         if (library.unsavedEdits().get().empty() && !saver_.isAllSaved()) saver_.retry();
     });
-    // Nor does it know of what could not even be compared with the sidecar.
-    foldersMissing_ = library.missingFolders().observe([this, &library] {
-        const std::size_t missing = library.missingFolders().get().size();
-        if (missing < std::exchange(missingFolders_, missing)) saver_.retry();
-    });
+    library_.setHeldEdits(this);
     if (const std::string notice = recovered.notice(); !notice.empty()) library.showNotice(notice);
 }
 
-std::optional<texts::Alert> EditingServices::quitCheck() const {
-    std::vector<FolderUrl> folders;
-    for (const auto& photo : saver_.unsavedPhotos()) {
-        if (saver_.problem(photo).empty()) continue; // is being written
-        const FolderUrl folder = photo.parent_path().string();
-        if (std::ranges::count(folders, folder) == 0) folders.push_back(folder);
-    }
-    if (folders.empty()) return std::nullopt;
-    return texts::unsavedQuestion(folders, {});
+EditingServices::~EditingServices() {
+    library_.setHeldEdits(nullptr);
 }
 
-EditingServices::~EditingServices() = default;
+// What the library has taken over and could not write either is its own to tell.
+std::vector<PhotoUrl> EditingServices::unsaved() const {
+    std::vector<PhotoUrl> photos;
+    for (const std::filesystem::path& photo : saver_.unsavedPhotos())
+        photos.push_back(photo.string());
+    return photos;
+}
 
 } // namespace kelvaro

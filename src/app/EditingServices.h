@@ -8,12 +8,11 @@
 #include "editor/JournalRecovery.h"
 #include "editor/LibraryEditStore.h"
 #include "editor/Preset.h"
-#include "library/LibraryTexts.h"
 #include "platform/UserFolders.h"
 
 namespace kelvaro {
 
-class EditingServices {
+class EditingServices final : private HeldEdits {
 public:
     // Puts back what earlier sessions could not save; before the library reads its folders.
     static RecoveryReport recover(Services& services, const UserFolders& folders);
@@ -21,7 +20,7 @@ public:
     // All outlive the object. What `recover` told is shown as a notice of the library.
     EditingServices(Services& services, const UserFolders& folders, MainThread& main,
                     LibraryStore& library, const RecoveryReport& recovered);
-    ~EditingServices();
+    ~EditingServices() override;
 
     EditSaver& saver() { return saver_; }
     PresetFolder& presets() { return presets_; }
@@ -29,22 +28,22 @@ public:
     // What the library tells of just now was given to it here.
     bool isWritingNow() const { return store_.isGiving(); }
 
-    // What to ask before quitting where an edit stands in no sidecar and the library has not got it
-    // either; none when that is not so.
-    std::optional<texts::Alert> quitCheck() const;
-
     // Something is saved, or failed to be.
     std::function<void()> onSaverChanged;
 
 private:
+    std::vector<PhotoUrl> unsaved() const override;
+    void retry() override { saver_.retry(); }
+    void discard() override { saver_.discardUnsaved(); }
+
     Services& services_;
+    LibraryStore& library_;
     std::unique_ptr<AppendFiles> appendFiles_;
     SessionJournal journal_;
     LibraryEditStore store_;
     EditSaver saver_;
     PresetFolder presets_;
-    std::size_t missingFolders_ = 0;
-    Subscription unsavedEdits_, foldersMissing_;
+    Subscription unsavedEdits_;
 };
 
 } // namespace kelvaro

@@ -25,6 +25,7 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
     render_ = std::make_unique<RenderServices>(
         services_, *services_.clock, main, folders_,
         RenderLogs{options.logsRenderTimes, options.logsThumbnailTimes});
+    prewarm_ = std::make_unique<SelectionPrewarm>(render_->sessions());
     const RecoveryReport recovered = EditingServices::recover(services_, folders_);
     library_ = std::make_unique<LibraryStore>(LibraryServices{.files = *services_.files,
                                                               .settings = *settings_,
@@ -38,7 +39,8 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                               .trash = *trash_,
                                                               .watcher = watcher_.get(),
                                                               .drives = drives_.get(),
-                                                              .metaCache = metaCache_.get()});
+                                                              .metaCache = metaCache_.get(),
+                                                              .sessions = prewarm_.get()});
     editing_ = std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
     ExportParts parts = exportParts(services_, render_->engine(), &render_->analyses());
     parts.yields = true;

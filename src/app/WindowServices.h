@@ -6,6 +6,7 @@
 #include "app/LaunchOptions.h"
 #include "app/ProfileServices.h"
 #include "app/RenderServices.h"
+#include "app/SelectionPrewarm.h"
 #include "app/Services.h"
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
@@ -41,6 +42,7 @@ private:
     std::unique_ptr<DriveTable> drives_;
     std::unique_ptr<MetaCache> metaCache_;
     std::unique_ptr<RenderServices> render_;
+    std::unique_ptr<SelectionPrewarm> prewarm_;
     std::unique_ptr<LibraryStore> library_;
     std::unique_ptr<EditingServices> editing_;
     std::unique_ptr<Exporter> exporter_;

@@ -6,7 +6,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <thread>
 
 namespace kelvaro {
@@ -29,7 +28,8 @@ Result<void> FolderTable::add(const std::filesystem::path& folder) {
                     fmt::format("The folder “{}” can't be listed.", asUtf8(folder.string())));
     const FolderPhotos photos = scan.memory->photos;
     table_.setFolder(photos);
-    addMarks(scan);
+    table_.setMarks(scan.folder, *scan.marks);
+    problems_.insert(problems_.end(), scan.problems.begin(), scan.problems.end());
     MetaReader::Plan plan;
     plan.threads = int(std::max(1u, std::thread::hardware_concurrency()));
     metas_.read(scan.folder, photos->photos(), plan, services_.cancellation,
@@ -37,21 +37,6 @@ Result<void> FolderTable::add(const std::filesystem::path& folder) {
     if (services_.cancellation.isCancelled())
         return fail(FailureKind::cancelled, "Reading the photos was interrupted.");
     return {};
-}
-
-void FolderTable::addMarks(const ScanResult& scan) {
-    const auto url = [&](const std::string& name) {
-        return (std::filesystem::path(scan.folder) / name).string();
-    };
-    for (const auto& [name, edit] : scan.edits) {
-        const double seconds = edit->editedAt;
-        table_.setEdit(url(name), true,
-                       seconds == 0 ? std::nullopt
-                                    : std::optional(FileTime{std::llround(seconds * 1e9)}));
-    }
-    for (const std::string& name : scan.favorites)
-        table_.setFavorite(url(name), true);
-    problems_.insert(problems_.end(), scan.problems.begin(), scan.problems.end());
 }
 
 bool FolderTable::addAll(const std::vector<std::filesystem::path>& folders) {

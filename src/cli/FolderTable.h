@@ -30,8 +30,6 @@ public:
     const PhotoTable& table() const { return table_; }
 
 private:
-    void addMarks(const ScanResult& scan);
-
     Services& services_;
     MetaReader metas_;
     PhotoTable table_;

@@ -15,19 +15,18 @@ constexpr double kToneRegularisation = 0.12;
 constexpr double kFineRegularisation = 0.06;
 constexpr double kCoarseRegularisation = 0.35;
 
-// Edges repeat. Drawn at once: blurs of blurs would be computed again and again tile by tile.
-Result<Image> blurred(const Image& image, int radius, Renderer& renderer,
-                      const Cancellation* cancellation) {
-    return materialised(cropped(boxBlurred(clampedToExtent(image), radius), image.extent()),
-                        renderer, cancellation);
+Image blurred(const Image& image, int radius) { // edges repeat
+    return cropped(boxBlurred(clampedToExtent(image), radius), image.extent());
 }
 
-// The blurred coefficients of the guided filter that `fit` solves from the blurred (y, y²).
+// The blurred coefficients of the guided filter that `fit` solves from the blurred (y, y²). Drawn
+// in between: blurs of blurs would be computed again and again tile by tile.
 Result<Image> coefficients(const Image& squares, int radius, const Kernel& fit, double eps,
                            Renderer& renderer, const Cancellation* cancellation) {
-    const auto means = blurred(squares, radius, renderer, cancellation);
-    if (!means) return means;
-    return blurred(applyKernel(fit, {*means}, {eps}), radius, renderer, cancellation);
+    const auto fitted =
+        materialised(applyKernel(fit, {blurred(squares, radius)}, {eps}), renderer, cancellation);
+    if (!fitted) return fitted;
+    return materialised(blurred(*fitted, radius), renderer, cancellation);
 }
 
 } // namespace

@@ -30,7 +30,8 @@ Image Pipeline::rawDeveloped(const Image& capture, const Image& reference, White
 Image Pipeline::finished(const Image& input, const Adjustments& edit, const ToneMaps* maps,
                          bool toneDeveloped, double scale) const {
     const ToneMaps known = toneMapsStage(input, edit, maps, toneDeveloped, renderer_);
-    const StageRun run{edit, known, input, scale, brushes_};
+    const Image guide = known.guide ? stretched(known.guide, input.extent()) : Image{};
+    const StageRun run{edit, known, input, scale, brushes_, guide};
     const bool bitmap = !toneDeveloped;
 
     Image image = input;

@@ -18,11 +18,15 @@ Image regionsMoved(const Image& scene, const Adjustments& edit, const Image& sce
                        {edit.shadows / 100, edit.highlights / 100, shiftStops});
 }
 
+ToneEndpoints endpointsOf(const std::optional<ToneEndpoints>& known, const Adjustments& edit,
+                          double shiftStops) {
+    return known.value_or(toneEndpoints({}, shiftStops, edit.shadows / 100, edit.highlights / 100));
+}
+
 Image toneCurved(const Image& scene, const Adjustments& edit,
                  const std::optional<ToneEndpoints>& endpoints, double shiftStops) {
     if (!curvesTone(edit)) return scene;
-    const ToneEndpoints e = endpoints.value_or(
-        toneEndpoints({}, shiftStops, edit.shadows / 100, edit.highlights / 100));
+    const ToneEndpoints e = endpointsOf(endpoints, edit, shiftStops);
     return applyKernel(
         kernel::sceneTone(), {scene},
         {edit.contrast / 100, edit.white / 100, edit.black / 100, e.x, e.y, e.z, e.w});

@@ -23,6 +23,10 @@ Image dehazed(const Image& image, const Adjustments& edit, const Image& haze,
 Image regionsMoved(const Image& scene, const Adjustments& edit, const Image& sceneGuide,
                    double shiftStops);
 
+// The measured endpoints, or those of an unmeasured photo, shifted by `shiftStops`.
+ToneEndpoints endpointsOf(const std::optional<ToneEndpoints>& known, const Adjustments& edit,
+                          double shiftStops);
+
 // Contrast, whites and blacks on scene-linear light. Without endpoints those of an unmeasured
 // photo, shifted by `shiftStops`.
 Image toneCurved(const Image& scene, const Adjustments& edit,

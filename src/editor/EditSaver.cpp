@@ -125,11 +125,13 @@ void EditSaver::retry() {
 }
 
 void EditSaver::discardUnsaved() {
-    liveDirty_ = false;
     for (auto& [photo, record] : records_) {
         record.waiting.reset();
         record.failure.reset();
+        record.isDirty = true; // the journal forgets its edit
     }
+    liveDirty_ = false;
+    tellJournal();
 }
 
 bool EditSaver::isSaved(const std::filesystem::path& photo) const {

@@ -38,8 +38,7 @@ public:
     void keepBeside(const std::filesystem::path& photo, const SharedEdit& edit);
     // What could not be written is tried again: a drive is back.
     void retry();
-
-    // The user gives up what could not be written.
+    // Drops what could not be written, in the journal too.
     void discardUnsaved();
 
     bool isSaved(const std::filesystem::path& photo) const;

@@ -19,8 +19,11 @@ void FolderJobs::add(const FolderUrl& folder) {
     std::lock_guard guard(lock_);
     if (!waits_.insert(folder).second) return;
     waiting_.push_back(folder);
-    // A folder that is being worked on gets its thread when that run has ended.
-    if (!runs_.contains(folder)) threads_[next_++ % threads_.size()]->post([this] { work(); });
+    // A folder that is being worked on gets its thread when that run has ended. Else every thread
+    // looks: any of them may be waiting for a drive that does not answer.
+    if (runs_.contains(folder)) return;
+    for (const auto& thread : threads_)
+        thread->post([this] { work(); });
 }
 
 void FolderJobs::prefer(const FolderUrl& folder) {
@@ -49,8 +52,7 @@ bool FolderJobs::take(FolderUrl& folder) {
     return true;
 }
 
-// Each call of `add` brings one of these, whichever thread gets it; so no thread sleeps while
-// another one has two folders before it.
+// Until nothing is left, whoever brought it; most calls find nothing any more.
 void FolderJobs::work() {
     FolderUrl folder;
     while (take(folder)) {

@@ -34,11 +34,10 @@ private:
     bool take(FolderUrl& folder);
 
     Run run_;
-    std::mutex lock_; // guards the fields up to next_
+    std::mutex lock_; // guards the fields up to preferred_
     std::deque<FolderUrl> waiting_;
     std::set<FolderUrl> waits_, runs_;
     FolderUrl preferred_;
-    std::size_t next_ = 0;                              // of the threads
     std::vector<std::unique_ptr<SerialQueue>> threads_; // last: they use all of the above
 };
 

@@ -13,7 +13,10 @@ bool mayBePhoto(std::string_view name) {
     return !name.starts_with('.') && photoKindOfName(name).has_value();
 }
 
-std::vector<Photo> photosOf(const FolderUrl& folder, const std::vector<ListedFile>& files) {
+// Sorted by file name.
+std::vector<Photo> photosOf(const FolderUrl& folder, std::vector<ListedFile> files) {
+    std::sort(files.begin(), files.end(),
+              [](const ListedFile& a, const ListedFile& b) { return a.name < b.name; });
     std::vector<Photo> photos;
     photos.reserve(files.size());
     for (const ListedFile& file : files) {
@@ -22,8 +25,6 @@ std::vector<Photo> photosOf(const FolderUrl& folder, const std::vector<ListedFil
         photos.push_back(makePhoto(folder, file.name, *photoKindOfName(file.name), status.size,
                                    status.modified, status.created));
     }
-    std::sort(photos.begin(), photos.end(),
-              [](const Photo& a, const Photo& b) { return a.url < b.url; });
     return photos;
 }
 
@@ -33,12 +34,12 @@ bool contains(const FolderPhotos& photos, std::string_view name) {
 
 // What main thread and table get: marks of photos that are there.
 void fillMarks(const FolderMemory& memory, ScanResult& result) {
-    const auto marks = std::make_shared<ScannedMarks>();
+    const auto marks = std::make_shared<FolderMarks>();
     for (const auto& [name, entry] : memory.sidecars) {
         const bool isEdit = entry.edit && isEdited(entry.edit->adjustments);
         if (!isEdit || !contains(memory.photos, name)) continue;
         result.edits.emplace(name, entry.edit);
-        marks->editDates.emplace(name, timeFromSeconds(entry.edit->editedAt));
+        marks->editDates.emplace(name, editDateOf(*entry.edit));
     }
     for (const std::string& name : memory.favorites) {
         if (contains(memory.photos, name)) result.favorites.insert(name);
@@ -62,16 +63,33 @@ std::vector<std::string> problemsOf(const FolderUrl& folder, const FolderMemory&
 
 } // namespace
 
+std::optional<FileTime> editDateOf(const StoredEdit& edit) {
+    if (edit.editedAt == 0) return std::nullopt;
+    return timeFromSeconds(edit.editedAt);
+}
+
+// Told by the look before, or by an earlier run of the program.
+bool FolderScan::hadPhotosElsewhere(const ScanRequest& request, const FolderMemory& memory) const {
+    if (!memory.drive) return false;
+    if (const FolderMemory* before = request.memory.get()) {
+        const bool hadPhotos = before->photos && before->photos->size() > 0;
+        return hadPhotos && before->drive && memory.drive != before->drive;
+    }
+    const std::string mountPoint = tools_.metas.mountPointOf(request.folder);
+    return !mountPoint.empty() && mountPoint != memory.drive->mountPoint;
+}
+
 // False when the folder can't be listed, or when its drive is absent and the listing shows the
 // empty folder that the drive is usually mounted on.
 bool FolderScan::readPhotos(const ScanRequest& request, FolderMemory& memory) const {
     if (tools_.drives) memory.drive = tools_.drives->driveOf(request.folder);
     auto files = tools_.files.listWithStatus(request.folder, mayBePhoto);
     if (!files) return false;
-    std::vector<Photo> photos = photosOf(request.folder, *files);
+    std::vector<Photo> photos = photosOf(request.folder, std::move(*files));
     const FolderMemory* before = request.memory.get();
-    const bool isElsewhere = before && before->drive && memory.drive != before->drive;
-    if (photos.empty() && isElsewhere && before->photos && before->photos->size() > 0) return false;
+    if (photos.empty() && hadPhotosElsewhere(request, memory)) return false;
+    if (!photos.empty() && memory.drive && (!before || before->drive != memory.drive))
+        tools_.metas.rememberMountPoint(request.folder, memory.drive->mountPoint.string());
     const FolderPhotos previous = before ? before->photos : nullptr;
     if (previous && previous->photos() == photos)
         memory.photos = previous;

@@ -5,6 +5,7 @@
 
 #include "library/FavoritesFile.h"
 #include "library/MetaReader.h"
+#include "library/PhotoQuery.h"
 #include "platform/DriveTable.h"
 #include "recipe/Sidecar.h"
 
@@ -21,6 +22,9 @@
 namespace kelvaro {
 
 using SharedEdit = std::shared_ptr<const StoredEdit>;
+
+// None where the sidecar does not tell: its date is 0.
+std::optional<FileTime> editDateOf(const StoredEdit& edit);
 
 // What a scan keeps for the next one of the same folder.
 struct FolderMemory {
@@ -44,12 +48,6 @@ struct ScanRequest {
     bool photos = true;                         // false: edits and favourites only
 };
 
-// The marks of a folder's photos, for the table.
-struct ScannedMarks {
-    std::unordered_map<std::string, FileTime> editDates; // of edited photos, by file name
-    std::unordered_set<std::string> favorites;
-};
-
 struct ScanResult {
     FolderUrl folder;
     // Writes that ended with this number or a lower one are part of what was read.
@@ -60,7 +58,7 @@ struct ScanResult {
     // Of photos in the listing alone.
     std::unordered_map<std::string, SharedEdit> edits; // by file name
     std::unordered_set<std::string> favorites;
-    std::shared_ptr<const ScannedMarks> marks; // the same once more, for another thread
+    std::shared_ptr<const FolderMarks> marks; // the same once more, for another thread
     // Parallel to the photos, null where not remembered; empty when the photos are as before.
     std::vector<SharedMeta> metas;
     // Of files that are gone while their edit or favourite is still there; like `metas`.
@@ -84,6 +82,7 @@ public:
     ScanResult run(const ScanRequest& request) const;
 
 private:
+    bool hadPhotosElsewhere(const ScanRequest& request, const FolderMemory& memory) const;
     bool readPhotos(const ScanRequest& request, FolderMemory& memory) const;
     void readEdits(const ScanRequest& request, FolderMemory& memory) const;
     void readFavorites(const ScanRequest& request, FolderMemory& memory) const;

@@ -1,6 +1,8 @@
 // What the user changes: edits, favourites, files that go to the Trash; and how writing went.
 #include "library/LibraryParts.h"
 
+#include "recipe/RecipeTexts.h"
+
 #include <algorithm>
 
 namespace kelvaro {
@@ -40,14 +42,6 @@ void LibraryStore::Parts::changeFavorites(const std::vector<PhotoUrl>& photos, b
     favoriteRevision.set(*favoriteRevision + 1);
 }
 
-void LibraryStore::Parts::tellEditor() {
-    if (!editor || !*openPhoto) return;
-    Adjustments now = editOf(**openPhoto);
-    if (now == editorKnows) return;
-    editorKnows = std::move(now);
-    editor->adjustmentsChanged(editorKnows);
-}
-
 void LibraryStore::Parts::takeOutcome(const WriteOutcome& outcome) {
     states.written(outcome);
     if (!isListed(outcome.folder)) return;
@@ -65,12 +59,16 @@ void LibraryStore::Parts::takeOutcome(const WriteOutcome& outcome) {
         note(unsavedFavorites, outcome.favoritesFailure.has_value(), outcome.favoritesPending) &&
         outcome.isNewFavoritesFailure;
     if (outcome.wasRetry) {
-        requestScan(outcome.folder, false); // the disk may have later edits than ours were
-    } else if (tellEdits) {
-        errorMessage.set(outcome.editsFailure->message);
-    } else if (tellFavorites) {
-        errorMessage.set(texts::favoritesNotSaved({outcome.folder}));
+        // The disk may have later edits than ours were. Where nothing could be written there is
+        // nothing to look for, and the look would only try again.
+        const bool isWritten = !outcome.edits.empty() || !outcome.favorites.empty();
+        if (isWritten) requestScan(outcome.folder, false);
+        return;
     }
+    std::string problem = tellEdits ? outcome.editsFailure->message : std::string();
+    if (tellFavorites)
+        problem += (tellEdits ? "\n\n" : "") + texts::favoritesNotSaved({outcome.folder});
+    if (!problem.empty()) errorMessage.set(std::move(problem));
 }
 
 // What an earlier run of the program could not write, laid over what the folders have.
@@ -141,6 +139,96 @@ void LibraryStore::Parts::takeRemoval(const RemovalResult& result) {
     for (const FolderUrl& folder : touched)
         if (isListed(folder)) requestScan(folder);
     bumpVersion();
+}
+
+void LibraryStore::openEditor(const PhotoUrl& photo) {
+    Parts& p = *parts_;
+    const bool isOpen = p.openPhoto.get() && **p.openPhoto == photo;
+    if (this->photo(photo) && !isOpen) p.openPhoto.set(photo);
+}
+
+std::optional<PhotoUrl> LibraryStore::neighbour(int step) const {
+    const Parts& p = *parts_;
+    if (!p.openPhoto.get()) return std::nullopt;
+    const auto at = p.positionOf(**p.openPhoto);
+    const auto count = static_cast<std::int64_t>(p.view.get()->photos.size());
+    const std::int64_t target = at ? static_cast<std::int64_t>(*at) + step : -1;
+    if (target < 0 || target >= count) return std::nullopt;
+    return p.view.get()->photos[static_cast<std::size_t>(target)]->url;
+}
+
+void LibraryStore::openNeighbour(int step) {
+    if (const auto next = neighbour(step)) openEditor(*next);
+}
+
+void LibraryStore::closeEditor() {
+    Parts& p = *parts_;
+    if (!p.openPhoto.get()) return;
+    p.scrollTarget.set(p.openPhoto.get());
+    p.openPhoto.set(std::nullopt);
+}
+
+void LibraryStore::setAdjustments(const PhotoUrl& photo, const Adjustments& adjustments) {
+    if (parts_->changeEdit(photo, adjustments)) parts_->bumpVersion();
+}
+
+void LibraryStore::revertToOriginal(const std::vector<PhotoUrl>& photos) {
+    Parts& p = *parts_;
+    for (const PhotoUrl& photo : photos)
+        if (p.states.edit(photo)) p.changeEdit(photo, revertedToOriginal(p.editOf(photo)));
+    p.bumpVersion();
+}
+
+void LibraryStore::copyAdjustments(const PhotoUrl& photo) {
+    if (!this->photo(photo)) return;
+    parts_->clipboard.set(parts_->editOf(photo));
+    showNotice(std::string(texts::adjustmentsCopied));
+}
+
+void LibraryStore::setClipboard(const Adjustments& adjustments) {
+    parts_->clipboard.set(adjustments);
+}
+
+void LibraryStore::pasteAdjustments(const std::vector<PhotoUrl>& photos, PasteGeometry geometry) {
+    Parts& p = *parts_;
+    if (!p.clipboard.get()) return;
+    std::size_t count = 0;
+    for (const PhotoUrl& photo : photos)
+        count += p.changeEdit(photo, pasted(**p.clipboard, p.editOf(photo), geometry));
+    if (count == 0) return;
+    p.bumpVersion();
+    showNotice(pastedNotice(count));
+}
+
+void LibraryStore::setFavorite(const std::vector<PhotoUrl>& photos, bool favorite) {
+    parts_->changeFavorites(photos, favorite);
+}
+
+void LibraryStore::toggleFavorite(const std::vector<PhotoUrl>& photos) {
+    const bool areAll = std::all_of(photos.begin(), photos.end(),
+                                    [&](const PhotoUrl& url) { return isFavorite(url); });
+    setFavorite(photos, !areAll);
+}
+
+// --- Trash ---
+
+void LibraryStore::moveToTrash(std::vector<PhotoUrl> photos, Removed done) {
+    if (isEditing()) closeEditor();
+    Trash& trash = parts_->services.trash;
+    parts_->removeFiles(
+        std::move(photos), [&trash](const PhotoUrl& photo) { return trash.put(photo); },
+        std::move(done));
+}
+
+void LibraryStore::deleteImmediately(std::vector<PhotoUrl> photos, Removed done) {
+    if (isEditing()) closeEditor();
+    FileSystem& files = parts_->services.files;
+    parts_->removeFiles(
+        std::move(photos), [&files](const PhotoUrl& photo) { return files.remove(photo); },
+        [this, done = std::move(done)](const RemovalResult& result) {
+            if (!result.refused.empty()) showError(texts::couldNotDelete(result.refused));
+            if (done) done(result);
+        });
 }
 
 } // namespace kelvaro

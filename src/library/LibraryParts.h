@@ -33,6 +33,7 @@ struct LibraryStore::Parts {
     void takeScans();
     void takeScan(ScanResult result);
     void takeListing(ScanResult result);
+    void retryHeld(const FolderUrl& folder);
     void takeMissing(const FolderUrl& folder);
     void reportProblems(const FolderUrl& folder, const std::vector<std::string>& problems);
     void updateStreaming();
@@ -48,7 +49,6 @@ struct LibraryStore::Parts {
     Adjustments editOf(const PhotoUrl& photo) const; // the unedited record where there is none
     bool changeEdit(const PhotoUrl& photo, const Adjustments& adjustments);
     void changeFavorites(const std::vector<PhotoUrl>& photos, bool favorite);
-    void tellEditor(); // when the open photo's edit is not the one the editor knows
     void takeOutcome(const WriteOutcome& outcome);
     void takeJournal(const FoundUnsaved& found);
     using Remove = std::function<Result<void>(const PhotoUrl&)>; // one file; any thread
@@ -84,7 +84,7 @@ struct LibraryStore::Parts {
     Published<SharedRestriction> restriction;
     Published<PhotoFilter> filter;
     Published<std::string> searchText;
-    Published<bool> searchFocus{false};
+    Published<bool> searchFocus{false}, isReading{false};
     Published<SortOrder> sortOrder;
     Published<double> thumbSize{defaultThumbSize};
     Published<PhotoSet> selection;
@@ -99,8 +99,7 @@ struct LibraryStore::Parts {
     Published<std::optional<std::string>> errorMessage;
 
     FolderStates states;
-    std::unique_ptr<LibraryEditor> editor;
-    Adjustments editorKnows; // what the open editor and the store agree on
+    HeldEdits* heldEdits = nullptr; // of the editor; may be null
     std::uint64_t infoToken = 0, exportToken = 0, noticeNumber = 0;
     std::optional<std::int64_t> shownDay;
     std::uint64_t viewQuestion = 0;                         // the number of the latest

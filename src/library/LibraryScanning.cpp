@@ -21,24 +21,6 @@ bool isBelow(const std::string& path, const std::string& ancestor) {
            path[ancestor.size()] == '/';
 }
 
-// The marks of a whole folder, in the table.
-void setMarks(PhotoTable& table, const FolderListing& photos, const ScannedMarks& marks) {
-    for (const Photo& photo : photos.photos()) {
-        const std::string name(fileNameOf(photo.url));
-        const auto edit = marks.editDates.find(name);
-        const bool isEdited = edit != marks.editDates.end();
-        table.setEdit(photo.url, isEdited, isEdited ? std::optional(edit->second) : std::nullopt);
-        table.setFavorite(photo.url, marks.favorites.contains(name));
-    }
-}
-
-PhotoMetas metasOf(const FolderListing& photos, const std::vector<SharedMeta>& metas) {
-    PhotoMetas pairs;
-    for (std::size_t i = 0; i < metas.size(); ++i)
-        if (metas[i]) pairs.emplace_back(photos.photos()[i].url, metas[i]);
-    return pairs;
-}
-
 } // namespace
 
 void LibraryStore::Parts::start() {
@@ -189,11 +171,8 @@ void LibraryStore::Parts::takeListing(ScanResult result) {
         const auto metas = std::make_shared<const std::vector<SharedMeta>>(
             photosChanged ? state.metas : std::vector<SharedMeta>());
         views.change(ViewQueue::Source::stream, [=](PhotoTable& table) {
-            if (photosChanged) {
-                table.setFolder(photos);
-                table.setMeta(metasOf(*photos, *metas));
-            }
-            setMarks(table, *photos, *marks);
+            if (photosChanged) table.setFolder(photos, *metas);
+            table.setMarks(photos->folder(), *marks);
         });
         if (photosChanged) requestMetas(folder);
     }
@@ -202,7 +181,14 @@ void LibraryStore::Parts::takeListing(ScanResult result) {
     if (isOther || !effects.editNames.empty()) bumpVersion();
     if (isOther || !effects.favoriteNames.empty()) favoriteRevision.set(*favoriteRevision + 1);
     writer.retry(folder);
-    tellEditor();
+    retryHeld(folder);
+}
+
+void LibraryStore::Parts::retryHeld(const FolderUrl& folder) {
+    if (!heldEdits) return;
+    const auto held = heldEdits->unsaved();
+    const auto isIn = [&](const PhotoUrl& photo) { return folderOf(photo) == folder; };
+    if (std::any_of(held.begin(), held.end(), isIn)) heldEdits->retry();
 }
 
 // A failure is told once, after all scans, and again only when it has become another one.
@@ -220,6 +206,7 @@ void LibraryStore::Parts::updateStreaming() {
     const bool isStreaming = isScanning || !readingMetas.empty();
     const bool wasStreaming = views.isStreaming();
     views.setStreaming(isStreaming);
+    isReading.update(isStreaming);
     if (wasStreaming && !isStreaming) {
         show();
         lookForMoved();

@@ -10,10 +10,10 @@
 #include "base/Clock.h"
 #include "base/MainThread.h"
 #include "base/Published.h"
-#include "library/LibraryEditor.h"
 #include "library/LibrarySlice.h"
 #include "library/LibraryTexts.h"
 #include "library/LibraryViews.h"
+#include "library/OpenPhotoWork.h"
 #include "library/Photo.h"
 #include "library/PhotoInfo.h"
 #include "library/PhotoMeta.h"
@@ -58,7 +58,6 @@ struct LibraryServices {
     FolderWatcher* watcher = nullptr;
     DriveTable* drives = nullptr;
     MetaCache* metaCache = nullptr;
-    EditorFactory* editors = nullptr;
     RenderSessions* sessions = nullptr;
 };
 
@@ -107,8 +106,9 @@ public:
     const Published<std::vector<FolderUrl>>& folders() const; // as they were added
     const Published<FolderSet>& missingFolders() const;       // could not be listed
     const Published<FolderSet>& indexingFolders() const;      // scan queued or running
-    const Published<FolderSet>& unsavedFavorites() const;     // favourites not written yet
-    const Published<FolderSet>& unsavedEdits() const;         // edits not written yet
+    const Published<bool>& isReading() const; // folders, or metadata of photos that are listed
+    const Published<FolderSet>& unsavedFavorites() const; // favourites not written yet
+    const Published<FolderSet>& unsavedEdits() const;     // edits not written yet
     // The photos of a folder, in the order of their file names' bytes; null when none were found
     // yet. The block never changes; a later scan may put another in its place.
     FolderPhotos photos(const FolderUrl& folder) const;
@@ -158,7 +158,8 @@ public:
     const Published<bool>& searchFocus() const; // the search field should take the keyboard
     const Published<SortOrder>& sortOrder() const;
     const Published<double>& thumbSize() const; // points; below a limit groups are months
-    // The words in place of an empty grid; none while it shows photos or is still indexing.
+    // The words in place of an empty grid; none while it shows photos or what it would show is
+    // still being looked for.
     std::optional<EmptyState> emptyState() const;
 
     void setScope(Scope scope);
@@ -190,7 +191,6 @@ public:
 
     // --- Editing ---
     const Published<std::optional<PhotoUrl>>& openPhoto() const; // in the editor
-    LibraryEditor* editor() const;                               // null while none is open
     bool isEditing() const { return openPhoto().get().has_value(); }
     const Published<std::optional<Adjustments>>& clipboard() const;
 
@@ -237,6 +237,8 @@ public:
     std::optional<texts::Alert> quitCheck() const;
     // Drops what could not be written, the journal included: "Quit Without Saving".
     void discardUnsaved();
+    // Null, or whoever holds edits of its own; null again before that ends.
+    void setHeldEdits(HeldEdits* held);
 
     // --- Waiting, for programs without a window and for tests ---
     // No scan, read, write or query is queued or running. Posted results may still be waiting for

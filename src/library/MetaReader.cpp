@@ -38,6 +38,14 @@ void MetaReader::forget(const FolderUrl& folder, std::span<const std::string> fi
     if (cache_) cache_->remove(folder, fileNames);
 }
 
+std::string MetaReader::mountPointOf(const FolderUrl& folder) {
+    return cache_ ? cache_->note(folder) : std::string();
+}
+
+void MetaReader::rememberMountPoint(const FolderUrl& folder, const std::string& mountPoint) {
+    if (cache_ && cache_->note(folder) != mountPoint) cache_->setNote(folder, mountPoint);
+}
+
 SharedMeta MetaReader::readOne(const Photo& photo) {
     const auto properties = properties_.read(photo.url);
     if (!properties) return nullptr;

@@ -37,6 +37,9 @@ public:
     };
     Remembered remembered(const FolderListing& listing);
     void forget(const FolderUrl& folder, std::span<const std::string> fileNames);
+    // Where the drive was mounted that the folder's photos were last found on; empty when unknown.
+    std::string mountPointOf(const FolderUrl& folder);
+    void rememberMountPoint(const FolderUrl& folder, const std::string& mountPoint);
 
     // Reads the files of one folder. Each batch is stored in the cache and handed over, one call at
     // a time, on whichever thread finished it. A cancelled run delivers what it has read.

@@ -14,6 +14,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -90,6 +91,12 @@ struct KnownPhoto {
     const PhotoMeta* meta = nullptr; // null: not read yet
     bool isEdited = false, isFavorite = false;
     std::optional<FileTime> editDate; // of the latest edit; none where it is unknown
+};
+
+// What is marked in one folder, by file name.
+struct FolderMarks {
+    std::unordered_map<std::string, std::optional<FileTime>> editDates; // of edited photos
+    std::unordered_set<std::string> favorites;
 };
 
 // A self-contained answer: it stays good while the table changes.

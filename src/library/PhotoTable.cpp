@@ -5,28 +5,6 @@
 
 namespace kelvaro {
 
-namespace {
-
-FileTime takenOrModified(const Photo& photo, const PhotoMeta* meta) {
-    return meta && meta->taken ? *meta->taken : photo.modified;
-}
-
-// The date that the photos of this order are grouped by; none for orders without dates.
-std::optional<FileTime> sortDate(const Photo& photo, const PhotoMeta* meta, SortKey key) {
-    switch (key) {
-    case SortKey::dateTaken:
-        return takenOrModified(photo, meta);
-    case SortKey::modified:
-        return photo.modified;
-    case SortKey::created:
-        return photo.created;
-    default:
-        return std::nullopt;
-    }
-}
-
-} // namespace
-
 PhotoTable::PhotoTable(const TextRules& rules, const LocalCalendar& calendar)
     : rules_(rules),
       calendar_(calendar),
@@ -50,12 +28,24 @@ void PhotoTable::freeRow(Row row) {
 }
 
 void PhotoTable::describe(RowData& data) {
+    data.taken = data.meta ? data.meta->taken.value_or(data.photo->modified) : data.photo->modified;
     data.words = vocabulary_.words(*data.photo, data.meta.get());
-    data.camera = data.meta ? filterTexts_.number(data.meta->camera.value_or("")) : 0;
-    data.lens = data.meta ? filterTexts_.number(data.meta->lens.value_or("")) : 0;
+    data.camera = data.lens = data.focalLength = 0;
+    if (!data.meta) return;
+    if (data.meta->camera) data.camera = filterTexts_.number(*data.meta->camera);
+    if (data.meta->lens) data.lens = filterTexts_.number(*data.meta->lens);
+    data.focalLength = focalNumber(*data.meta);
 }
 
-void PhotoTable::setFolder(FolderPhotos photos) {
+std::uint32_t PhotoTable::focalNumber(const PhotoMeta& meta) {
+    if (!meta.focalLength) return 0;
+    const auto next = static_cast<std::uint32_t>(focalLengths_.size());
+    const auto [at, isNew] = focalNumbers_.try_emplace(*meta.focalLength, next);
+    if (isNew) focalLengths_.push_back(*meta.focalLength);
+    return at->second;
+}
+
+void PhotoTable::setFolder(FolderPhotos photos, std::span<const SharedMeta> metas) {
     Folder& folder = folders_[photos->folder()];
     const FolderPhotos before = std::move(folder.photos);
     const std::vector<Row> oldRows = std::move(folder.rows);
@@ -76,8 +66,10 @@ void PhotoTable::setFolder(FolderPhotos photos) {
         data.photo = &photo;
         data.listing = photos.get();
         data.index = static_cast<std::uint32_t>(i);
-        if (!isSame) {
+        const bool hasNewMeta = !metas.empty() && metas[i] && isValid(*metas[i], photo);
+        if (!isSame || hasNewMeta) {
             if (data.meta && !isValid(*data.meta, photo)) data.meta = nullptr;
+            if (hasNewMeta) data.meta = metas[i];
             describe(data);
             order_.valuesChanged();
         }
@@ -168,6 +160,23 @@ void PhotoTable::setFavorite(std::string_view url, bool isFavorite) {
     if (const auto row = find(url)) rows_[*row].isFavorite = isFavorite;
 }
 
+void PhotoTable::setMarks(const FolderUrl& folder, const FolderMarks& marks) {
+    const auto found = folders_.find(folder);
+    if (found == folders_.end()) return;
+    const bool isBare = marks.editDates.empty() && marks.favorites.empty();
+    for (const Row row : found->second.rows) {
+        RowData& data = rows_[row];
+        data.isEdited = data.isFavorite = false;
+        data.editDate.reset();
+        if (isBare) continue;
+        const std::string name(fileNameOf(data.photo->url));
+        const auto edit = marks.editDates.find(name);
+        data.isEdited = edit != marks.editDates.end();
+        if (data.isEdited) data.editDate = edit->second;
+        data.isFavorite = marks.favorites.contains(name);
+    }
+}
+
 const Photo* PhotoTable::photo(std::string_view url) const {
     const RowData* found = data(url);
     return found ? found->photo : nullptr;
@@ -240,16 +249,17 @@ void PhotoTable::applyFilter(const PhotoFilter& filter, Flags& flags) const {
         return numbers;
     };
     const Flags cameras = selected(filter.cameras), lenses = selected(filter.lenses);
+    Flags focalLengths(focalLengths_.size());
+    for (std::size_t i = 1; i < focalLengths.size(); ++i)
+        focalLengths[i] = filter.focalLengths.contains(focalLengths_[i]);
     for (Row row = 0; row < flags.size(); ++row) {
         if (!flags[row]) continue;
         const RowData& data = rows_[row];
-        const std::optional<double> focal = data.meta ? data.meta->focalLength : std::nullopt;
         const PhotoKind kind = data.photo->isRaw ? PhotoKind::raw : PhotoKind::image;
-        flags[row] =
-            (filter.cameras.empty() || cameras[data.camera]) &&
-            (filter.lenses.empty() || lenses[data.lens]) &&
-            (filter.focalLengths.empty() || (focal && filter.focalLengths.contains(*focal))) &&
-            (filter.formats.empty() || filter.formats.contains(kind));
+        flags[row] = (filter.cameras.empty() || cameras[data.camera]) &&
+                     (filter.lenses.empty() || lenses[data.lens]) &&
+                     (filter.focalLengths.empty() || focalLengths[data.focalLength]) &&
+                     (filter.formats.empty() || filter.formats.contains(kind));
     }
 }
 
@@ -271,9 +281,22 @@ void PhotoTable::applySearch(const std::string& searchText, Flags& flags) const 
     }
 }
 
-std::int64_t PhotoTable::orderKey(const RowData& data, SortKey key) const {
+std::optional<FileTime> PhotoTable::sortDate(const RowData& data, SortKey key) {
+    switch (key) {
+    case SortKey::dateTaken:
+        return data.taken;
+    case SortKey::modified:
+        return data.photo->modified;
+    case SortKey::created:
+        return data.photo->created;
+    default:
+        return std::nullopt;
+    }
+}
+
+std::int64_t PhotoTable::orderKey(const RowData& data, SortKey key) {
     if (key == SortKey::size) return data.photo->fileSize;
-    return sortDate(*data.photo, data.meta.get(), key).value_or(FileTime()).nanoseconds;
+    return sortDate(data, key).value_or(FileTime()).nanoseconds;
 }
 
 std::vector<Row> PhotoTable::ordered(const SortOrder& order) {
@@ -313,8 +336,7 @@ std::vector<PhotoGroup> PhotoTable::groups(const std::vector<Row>& rows,
     std::optional<DayGroups::Period> period;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const RowData& data = rows_[rows[i]];
-        const auto date =
-            byEdit ? data.editDate : sortDate(*data.photo, data.meta.get(), request.order.key);
+        const auto date = byEdit ? data.editDate : sortDate(data, request.order.key);
         if (!date && !byEdit) return {};
         if (!date) { // these stand last
             groups.push_back({i, std::string(texts::editDateUnknown)});
@@ -327,14 +349,17 @@ std::vector<PhotoGroup> PhotoTable::groups(const std::vector<Row>& rows,
     return groups;
 }
 
-void PhotoTable::keepAlive(LibraryView& view, const std::vector<Row>& rows) const {
+// With the listings that own them.
+void PhotoTable::addPhotos(LibraryView& view, const std::vector<Row>& rows) const {
+    view.photos.reserve(rows.size());
     std::unordered_set<const FolderListing*> used;
     const FolderListing* last = nullptr;
     for (const Row row : rows) {
-        const FolderListing* listing = rows_[row].listing;
-        if (listing == last || !used.insert(listing).second) continue;
-        last = listing;
-        view.folders.push_back(listing->shared_from_this());
+        const RowData& data = rows_[row];
+        view.photos.push_back(data.photo);
+        if (data.listing == last) continue;
+        last = data.listing;
+        if (used.insert(last).second) view.folders.push_back(last->shared_from_this());
     }
 }
 
@@ -347,25 +372,19 @@ LibraryView PhotoTable::query(const LibraryQuery& request) {
     if (request.scope.kind == Scope::Kind::edited) orderByEditDay(rows, request);
     LibraryView view;
     view.groups = groups(rows, request);
-    keepAlive(view, rows);
-    view.photos.reserve(rows.size());
-    for (const Row row : rows)
-        view.photos.push_back(rows_[row].photo);
+    addPhotos(view, rows);
     return view;
 }
 
 FilterOptions PhotoTable::filterOptions(const LibraryQuery& request) const {
     const Flags flags = inScope(request);
     Flags cameras(filterTexts_.size()), lenses(filterTexts_.size());
-    std::unordered_set<double> focalLengths;
+    Flags focalLengths(focalLengths_.size());
     bool hasRaw = false, hasImage = false;
-    double last = 0; // neighbours mostly share a lens
     for (Row row = 0; row < flags.size(); ++row) {
         if (!flags[row]) continue;
         const RowData& data = rows_[row];
-        cameras[data.camera] = lenses[data.lens] = true;
-        const auto focal = data.meta ? data.meta->focalLength : std::nullopt;
-        if (focal && *focal != last) focalLengths.insert(last = *focal);
+        cameras[data.camera] = lenses[data.lens] = focalLengths[data.focalLength] = true;
         (data.photo->isRaw ? hasRaw : hasImage) = true;
     }
     const auto named = [&](const Flags& numbers) {
@@ -381,7 +400,8 @@ FilterOptions PhotoTable::filterOptions(const LibraryQuery& request) const {
         return names;
     };
     FilterOptions options{named(cameras), named(lenses), {}, {}};
-    options.focalLengths.assign(focalLengths.begin(), focalLengths.end());
+    for (std::size_t i = 1; i < focalLengths.size(); ++i)
+        if (focalLengths[i]) options.focalLengths.push_back(focalLengths_[i]);
     std::sort(options.focalLengths.begin(), options.focalLengths.end());
     if (hasRaw) options.formats.push_back(PhotoKind::raw);
     if (hasImage) options.formats.push_back(PhotoKind::image);

@@ -28,8 +28,9 @@ public:
     PhotoTable(const TextRules& rules, const LocalCalendar& calendar);
 
     // Replaces the folder's photos. A photo that is equal to before keeps all that is known of it;
-    // of one whose file has changed the edit and the favourite stay and its metadata goes.
-    void setFolder(FolderPhotos photos);
+    // of one whose file has changed the edit and the favourite stay and its metadata goes. `metas`
+    // is empty or parallel to the photos, null where nothing new is known.
+    void setFolder(FolderPhotos photos, std::span<const SharedMeta> metas = {});
     void removeFolder(std::string_view folder);
     // Takes single photos out of their folders' listings, whose blocks are made anew.
     void remove(std::span<const PhotoUrl> urls);
@@ -41,6 +42,8 @@ public:
     void setMeta(std::string_view url, SharedMeta meta);
     void setEdit(std::string_view url, bool isEdited, std::optional<FileTime> editDate);
     void setFavorite(std::string_view url, bool isFavorite);
+    // Of all photos of a folder, in the place of what they had.
+    void setMarks(const FolderUrl& folder, const FolderMarks& marks);
 
     std::size_t size() const { return rows_.size() - freeRows_.size(); }
     const Photo* photo(std::string_view url) const; // null when not in the table
@@ -58,15 +61,18 @@ public:
     FilterOptions filterOptions(const LibraryQuery& request) const;
 
 private:
+    // What every view reads stands first, in one line of the cache.
     struct RowData {
         const Photo* photo = nullptr; // null: the row is free
         const FolderListing* listing = nullptr;
+        FileTime taken; // or modified
+        std::optional<FileTime> editDate;
         std::uint32_t index = 0; // in the listing
+        bool isEdited = false, isFavorite = false;
+        TextNumber camera = 0, lens = 0; // as the filter names them
+        std::uint32_t focalLength = 0;   // its place in `focalLengths_`; 0: not recorded
         SharedMeta meta;
         SearchWords words{};
-        TextNumber camera = 0, lens = 0; // as the filter names them
-        std::optional<FileTime> editDate;
-        bool isEdited = false, isFavorite = false;
     };
     struct Folder {
         FolderPhotos photos;
@@ -79,9 +85,12 @@ private:
     void freeRow(Row row);
     void setMeta(Row row, SharedMeta meta);
     void describe(RowData& data);
+    std::uint32_t focalNumber(const PhotoMeta& meta);
     std::optional<Row> find(std::string_view url) const;
     const RowData* data(std::string_view url) const;
-    std::int64_t orderKey(const RowData& data, SortKey key) const;
+    // The date that the photos of this order are grouped by; none for orders without dates.
+    static std::optional<FileTime> sortDate(const RowData& data, SortKey key);
+    static std::int64_t orderKey(const RowData& data, SortKey key);
 
     Flags inScope(const LibraryQuery& request) const;
     void applyFilter(const PhotoFilter& filter, Flags& flags) const;
@@ -89,12 +98,14 @@ private:
     std::vector<Row> ordered(const SortOrder& order);
     void orderByEditDay(std::vector<Row>& rows, const LibraryQuery& request) const;
     std::vector<PhotoGroup> groups(const std::vector<Row>& rows, const LibraryQuery& request);
-    void keepAlive(LibraryView& view, const std::vector<Row>& rows) const;
+    void addPhotos(LibraryView& view, const std::vector<Row>& rows) const;
 
     const TextRules& rules_;
     const LocalCalendar& calendar_;
     SearchVocabulary vocabulary_;
     TextNumbers filterTexts_;
+    std::vector<double> focalLengths_{0}; // all that occur
+    std::unordered_map<double, std::uint32_t> focalNumbers_;
     DayGroups dayGroups_;
     std::unordered_map<std::string, Folder> folders_;
     std::vector<RowData> rows_;

@@ -19,6 +19,42 @@ TextNumber SearchVocabulary::ofText(const std::string& text) {
     return byText_.emplace(text, keep(text)).first->second;
 }
 
+TextNumber SearchVocabulary::ofFolder(const Photo& photo) {
+    const std::string_view folder = fileNameOf(folderOf(photo.url));
+    if (last_.folderNumber == 0 || last_.folder != folder) {
+        last_.folder = folder;
+        last_.folderNumber = ofText(last_.folder);
+    }
+    return last_.folderNumber;
+}
+
+TextNumber SearchVocabulary::ofKind(const Photo& photo) {
+    const std::string_view extension = extensionOf(photo.url);
+    if (last_.kindNumber == 0 || last_.extension != extension || last_.isRaw != photo.isRaw) {
+        last_.extension = extension;
+        last_.isRaw = photo.isRaw;
+        last_.kindNumber = ofText(kindWords(photo));
+    }
+    return last_.kindNumber;
+}
+
+TextNumber SearchVocabulary::ofCamera(const PhotoMeta& meta) {
+    if (last_.make != meta.make || last_.camera != meta.camera) {
+        last_.make = meta.make;
+        last_.camera = meta.camera;
+        last_.cameraNumber = ofText(cameraName(meta.make, meta.camera).value_or(""));
+    }
+    return last_.cameraNumber;
+}
+
+TextNumber SearchVocabulary::ofLens(const PhotoMeta& meta) {
+    if (last_.lens != meta.lens) {
+        last_.lens = meta.lens;
+        last_.lensNumber = ofText(meta.lens.value_or(""));
+    }
+    return last_.lensNumber;
+}
+
 template<class Spell>
 TextNumber SearchVocabulary::ofValue(SearchPart part, std::uint64_t value, Spell&& spell) {
     auto& numbers = byValue_[static_cast<std::size_t>(part)];
@@ -32,16 +68,16 @@ SearchWords SearchVocabulary::words(const Photo& photo, const PhotoMeta* meta) {
     const auto at = [&](SearchPart part) -> TextNumber& {
         return words[static_cast<std::size_t>(part)];
     };
-    at(SearchPart::folder) = ofText(std::string(fileNameOf(folderOf(photo.url))));
-    at(SearchPart::kind) = ofText(kindWords(photo));
+    at(SearchPart::folder) = ofFolder(photo);
+    at(SearchPart::kind) = ofKind(photo);
     if (!meta) return words;
     const auto number = [&](SearchPart part, const std::optional<double>& value, auto&& spell) {
         if (!value) return;
         at(part) = ofValue(part, std::bit_cast<std::uint64_t>(*value),
                            [&] { return spell(*value, rules_); });
     };
-    at(SearchPart::camera) = ofText(cameraName(meta->make, meta->camera).value_or(""));
-    at(SearchPart::lens) = ofText(meta->lens.value_or(""));
+    at(SearchPart::camera) = ofCamera(*meta);
+    at(SearchPart::lens) = ofLens(*meta);
     number(SearchPart::focalLength, meta->focalLength, focalLengthWords);
     if (meta->iso) {
         at(SearchPart::iso) = ofValue(SearchPart::iso, static_cast<std::uint64_t>(*meta->iso),

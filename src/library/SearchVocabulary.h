@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,6 +36,10 @@ private:
     template<class Spell>
     TextNumber ofValue(SearchPart part, std::uint64_t value, Spell&& spell);
     TextNumber ofText(const std::string& text);
+    TextNumber ofFolder(const Photo& photo);
+    TextNumber ofKind(const Photo& photo);
+    TextNumber ofCamera(const PhotoMeta& meta);
+    TextNumber ofLens(const PhotoMeta& meta);
     TextNumber keep(const std::string& unfolded);
 
     const TextRules& rules_;
@@ -42,6 +47,13 @@ private:
     std::vector<std::string> texts_;
     std::unordered_map<std::string, TextNumber> byText_; // by the text before folding
     std::array<std::unordered_map<std::uint64_t, TextNumber>, kSearchParts> byValue_;
+    // Of the photo before: neighbours mostly share these.
+    struct {
+        std::string folder, extension;
+        std::optional<std::string> make, camera, lens;
+        bool isRaw = false;
+        TextNumber folderNumber = 0, kindNumber = 0, cameraNumber = 0, lensNumber = 0;
+    } last_;
 };
 
 } // namespace kelvaro

@@ -33,12 +33,15 @@ ViewQueue::~ViewQueue() {
 }
 
 void ViewQueue::change(Source source, std::function<void(PhotoTable&)> job) {
+    const bool isUser = source == Source::user;
     ++changesWaiting_;
+    userChangesWaiting_ += isUser;
     ++running_;
-    queue_.post([this, source, job = std::move(job)] {
+    queue_.post([this, source, isUser, job = std::move(job)] {
         job(table_);
         tableChanged_ = true;
         --changesWaiting_;
+        userChangesWaiting_ -= isUser;
         answerIfDue(source);
         poster_.post([this] { --running_; });
     });
@@ -69,7 +72,9 @@ std::uint64_t ViewQueue::show(LibraryQuery request, Selection selection) {
 
 void ViewQueue::answerIfDue(Source source) {
     const bool isLast = changesWaiting_ == 0 && !isStreaming_;
-    if (source == Source::user || isLast || clock_.monotonicSeconds() >= nextDue_)
+    // Favourites of photos in many folders come as many changes, and are shown once.
+    const bool isAwaited = source == Source::user && userChangesWaiting_ == 0;
+    if (isAwaited || isLast || clock_.monotonicSeconds() >= nextDue_)
         answer();
     else
         answerLater();

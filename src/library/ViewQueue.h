@@ -78,7 +78,7 @@ private:
     SharedRestriction answeredOnly_;
     double nextDue_ = 0, nextOptions_ = 0; // monotonic seconds
     Locked<Question> question_;
-    std::atomic<int> changesWaiting_{0}, running_{0};
+    std::atomic<int> changesWaiting_{0}, userChangesWaiting_{0}, running_{0};
     std::atomic<bool> isStreaming_{false};
     SerialQueue queue_{"kelvaro.library"}; // last: its jobs use all of the above
 };

@@ -1,10 +1,13 @@
 #include "platform/FreeMemory.h"
 
+#include "platform/PixelMemory.h"
+
 #include <malloc.h>
 
 namespace kelvaro {
 
 void returnFreeMemory() {
+    releaseSparePixels();
     ::malloc_trim(0);
 }
 

@@ -107,7 +107,15 @@ Image temperatureAndTint(const Image& image, WhitePoint neutral, WhitePoint targ
 Image colourMatrix(const Image& image, const Matrix3& rows) {
     static constexpr Matrix3 identity{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     if (rows == identity) return image;
-    return makeImage(ColourMatrixOperation{rows}, {image}, image.extent(), image.hasAlpha());
+    const auto* first = std::get_if<ColourMatrixOperation>(&image.node().operation);
+    if (!first)
+        return makeImage(ColourMatrixOperation{rows}, {image}, image.extent(), image.hasAlpha());
+    Matrix3 both{}; // one matrix after another is one matrix
+    for (std::size_t r = 0; r < 3; ++r)
+        for (std::size_t c = 0; c < 3; ++c)
+            for (std::size_t k = 0; k < 3; ++k)
+                both[r][c] += rows[r][k] * first->rows[k][c];
+    return colourMatrix(image.node().inputs[0], both);
 }
 
 Image lanczosScaled(const Image& image, double scale) {

@@ -29,6 +29,9 @@ public:
     // Fills `tile`, whose rectangle lies inside extent(). Values are finite. Called from several
     // threads at once. tile.planes[3] is non-null exactly when hasAlpha().
     virtual void read(const TileView& tile) const = 0;
+    // All pixels where they stand, for sources that hold them as a raster does; no planes
+    // otherwise. They stay there as long as the source.
+    virtual ConstTileView standing() const { return {}; }
 };
 
 class Image {

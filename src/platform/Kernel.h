@@ -36,6 +36,7 @@ struct Kernel {
     void (*vector)(const KernelRow&); // best instruction set of this machine
     void (*scalar)(const KernelRow&); // the same text with one float at a time
     void (*reference)(KernelPixel&);  // the same text in double, library maths
+    int planes[kMaximumKernelInputs]; // read of each input, counted from red
 };
 
 } // namespace kelvaro

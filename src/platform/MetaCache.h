@@ -30,6 +30,9 @@ public:
     virtual void store(const std::string& folder, std::span<const CachedRecord> records) = 0;
     // Forgets files that are gone.
     virtual void remove(const std::string& folder, std::span<const std::string> names) = 0;
+    // Bytes that whoever stores them wants to know of a folder itself; empty where there are none.
+    virtual std::string note(const std::string& folder) = 0;
+    virtual void setNote(const std::string& folder, const std::string& note) = 0;
 };
 
 } // namespace kelvaro

@@ -112,6 +112,7 @@ public:
     PixelRect extent() const override { return raster_.extent(); }
     bool hasAlpha() const override { return raster_.hasAlpha(); }
     std::size_t bytes() const override { return raster_.bytes(); }
+    ConstTileView standing() const override { return raster_.view(); }
 
     void read(const TileView& tile) const override {
         const ConstTileView from = raster_.view();

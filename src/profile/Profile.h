@@ -46,8 +46,8 @@ Profile makeProfile(const ProfileSource& source, const DayRange& days);
 // The signature and the gear, one line each; none without records that tell.
 std::vector<std::string> sentencesOf(const Profile& profile);
 
-// "12 more than last month", "3 fewer than 2023", "as many as last month"; empty without a period
-// before.
+// "12 more than by this day last month", "3 fewer than 2023", "as many as 2023"; empty without a
+// period before.
 std::string comparison(std::int64_t now, std::int64_t before, const std::string& titleBefore);
 
 } // namespace kelvaro

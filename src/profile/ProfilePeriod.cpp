@@ -107,13 +107,14 @@ std::optional<DayRange> daysBefore(const ProfilePeriod& period, const CivilTime&
 std::string titleBefore(const ProfilePeriod& period, const CivilTime& today) {
     switch (period.kind) {
     case ProfilePeriod::Kind::thisMonth:
-        return "last month";
+        return "by this day last month";
     case ProfilePeriod::Kind::lastMonth:
         return "the month before";
     case ProfilePeriod::Kind::thisYear:
-        return std::to_string(today.year - 1);
+        return "by this day in " + std::to_string(today.year - 1);
     case ProfilePeriod::Kind::year:
-        return std::to_string(period.year - 1);
+        return (period.year == today.year ? "by this day in " : "") +
+               std::to_string(period.year - 1);
     case ProfilePeriod::Kind::allTime:
         break;
     }

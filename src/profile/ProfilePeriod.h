@@ -42,7 +42,7 @@ DayRange daysOf(const ProfilePeriod& period, const CivilTime& today);
 // for all time. A period that today lies in is compared with as many days of the one before, so
 // that a young month does not look poor.
 std::optional<DayRange> daysBefore(const ProfilePeriod& period, const CivilTime& today);
-// "last month", "the month before", "2022"; empty for all time.
+// "by this day last month", "the month before", "2022"; empty for all time.
 std::string titleBefore(const ProfilePeriod& period, const CivilTime& today);
 
 } // namespace kelvaro

@@ -7,15 +7,22 @@ namespace {
 
 constexpr double longestFocal = 10'000;   // mm
 constexpr double largestAperture = 1000;  // f-number
+constexpr std::size_t longestName = 80;   // bytes
 constexpr double longestShutter = 86'400; // seconds; nobody exposes for more than a day
 
 std::optional<double> sane(const std::optional<double>& value, double largest) {
     return value && *value > 0 && *value <= largest ? value : std::nullopt;
 }
 
+// Damaged files have names of any length: such a name is cut, where a character ends.
 std::optional<std::string> named(const std::optional<std::string>& name) {
     const bool isBlank = !name || name->find_first_not_of(" \t\r\n") == std::string::npos;
-    return isBlank ? std::nullopt : name;
+    if (isBlank) return std::nullopt;
+    if (name->size() <= longestName) return name;
+    std::size_t end = longestName;
+    while (end > 0 && (static_cast<unsigned char>((*name)[end]) & 0xC0) == 0x80)
+        --end;
+    return name->substr(0, end) + "…";
 }
 
 } // namespace

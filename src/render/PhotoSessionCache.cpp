@@ -82,6 +82,21 @@ void PhotoSessionCache::forget(const std::shared_ptr<PhotoSession>& session) {
     });
 }
 
+void PhotoSessionCache::prepare(const std::filesystem::path& photo, const Adjustments& edit,
+                                PixelSize fit, const Cancellation* cancellation) {
+    if (cancellation->isCancelled()) return;
+    const auto found = session(photo);
+    if (!found) return;
+    const auto admission = engine_.work().waitForAdmission((*found)->estimateBytes(), cancellation);
+    if (!admission) return;
+    ViewRequest request;
+    request.edit = edit;
+    request.fit = fit;
+    request.keepAlpha = true; // as canvases ask for it
+    (void)(*found)->prepare(request, cancellation).has_value();
+    trim();
+}
+
 // The last one used stays, however large it is.
 void PhotoSessionCache::trim() {
     std::size_t total = bytes();
@@ -102,6 +117,12 @@ void PhotoSessionCache::shed() {
             forget(session);
     parts_.brushes.clear();
     parts_.analyses.releaseMemory();
+}
+
+void PhotoSessionCache::forget(const std::vector<std::filesystem::path>& photos) {
+    for (const auto& session : byAge())
+        if (std::find(photos.begin(), photos.end(), session->photo()) != photos.end())
+            forget(session);
 }
 
 void PhotoSessionCache::forgetAll() {

@@ -26,12 +26,17 @@ public:
     // The session of the file as it is now; a file that changed since gets a new one. Blocks on the
     // disk: not on the main thread.
     Result<std::shared_ptr<PhotoSession>> session(const std::filesystem::path& photo);
+    // Makes a photo ready to be shown at that size (device pixels), once the gate lets background
+    // work pass. Failures are told when it is opened. Blocks: not on the main thread.
+    void prepare(const std::filesystem::path& photo, const Adjustments& edit, PixelSize fit,
+                 const Cancellation* cancellation);
     // Lets go of what is over the limit, except for the last one and those in use.
     void trim();
     // Memory is short: keeps the decodes that somebody uses, without what can be made from them.
     void shed();
 
-    // Lets go of everything; sessions in use live on without being found here.
+    // Lets go of these photos, of everything; sessions in use live on without being found here.
+    void forget(const std::vector<std::filesystem::path>& photos);
     void forgetAll();
 
     std::size_t bytes() const;

@@ -291,21 +291,8 @@ void RenderSession::Work::runHistogram() {
 
 void RenderSession::Work::runPrepare(const std::vector<Neighbour>& neighbours,
                                      const Token& cancellation) {
-    for (const Neighbour& neighbour : neighbours) {
-        if (cancellation->isCancelled()) return;
-        auto session = sessions_.session(neighbour.photo);
-        if (!session) continue; // it says why when it is opened
-        const auto admission =
-            engine_.work().waitForAdmission((*session)->estimateBytes(), cancellation.get());
-        if (!admission) return;
-        ViewRequest request;
-        request.edit = neighbour.edit;
-        request.fit = neighbour.fit;
-        request.keepAlpha = true; // as it will be asked for
-        // A failure is told when the photo is opened.
-        (void)(*session)->prepare(request, cancellation.get()).has_value();
-        sessions_.trim();
-    }
+    for (const Neighbour& neighbour : neighbours)
+        sessions_.prepare(neighbour.photo, neighbour.edit, neighbour.fit, cancellation.get());
 }
 
 } // namespace kelvaro

@@ -21,4 +21,20 @@ QString number(qint64 value) {
     return QLocale().toString(value);
 }
 
+QString breakable(const QString& text) {
+    constexpr int longestWord = 24;
+    constexpr QChar breakHere(0x200B); // takes no room
+    QString broken;
+    int length = 0; // of the word so far
+    for (const QChar c : text) {
+        length = c.isSpace() ? 0 : length + 1;
+        if (length > longestWord && !c.isLowSurrogate() && !c.isMark()) {
+            broken += breakHere;
+            length = 1;
+        }
+        broken += c;
+    }
+    return broken;
+}
+
 } // namespace kelvaro

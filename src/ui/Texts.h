@@ -14,6 +14,9 @@ QString counted(qint64 count, std::string_view one, std::string_view many);
 // A number as the user's language groups its digits.
 QString number(qint64 value);
 
+// The same text, which a label can break inside words that are longer than any of a language.
+QString breakable(const QString& text);
+
 inline QString fromUtf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }

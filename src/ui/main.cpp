@@ -18,7 +18,19 @@ namespace {
 
 constexpr int noDisplayStatus = 1;
 
-// Qt ends the program without a word that people understand when there is no display.
+[[noreturn]] void endWithoutDisplay() {
+    std::fputs("kelvaro: There is no display to open a window on. kelvaro-cli develops photos "
+               "without one.\n",
+               stderr);
+    std::_Exit(noDisplayStatus);
+}
+
+// Qt aborts with a message for developers where a display is named but cannot be opened.
+void takeStartMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtFatalMsg) endWithoutDisplay();
+    std::fprintf(stderr, "%s\n", qPrintable(text));
+}
+
 bool hasDisplay() {
     const auto isSet = [](const char* name) {
         const char* value = std::getenv(name);
@@ -40,20 +52,24 @@ int run(int argc, char** argv) {
     QApplication::setApplicationDisplayName("Kelvaro");
     QApplication::setApplicationVersion(KELVARO_VERSION);
     QApplication::setDesktopFileName("app.kelvaro.Kelvaro");
+    // The library is read while Qt starts, and ends before it.
+    QtMainThread mainThread;
+    const Cancellation interruption;
+    auto parts = std::make_unique<WindowServices>(mainThread, launchOptions(), interruption,
+                                                  KELVARO_VERSION);
+    qInstallMessageHandler(takeStartMessage);
     const QApplication application(argc, argv);
+    qInstallMessageHandler(nullptr);
     QTranslator translator;
     const QDir translations(QApplication::applicationDirPath() + "/../share/kelvaro/translations");
     if (translator.load(QLocale(), "kelvaro", "_", translations.path()))
         QApplication::installTranslator(&translator);
-    QtMainThread mainThread;
-    const Cancellation interruption;
-    WindowServices parts(mainThread, launchOptions(), interruption, KELVARO_VERSION);
-    reportCrashes(parts.folders(), KELVARO_VERSION);
-    addFolders(parts.library(), QApplication::arguments());
+    reportCrashes(parts->folders(), KELVARO_VERSION);
+    addFolders(parts->library(), QApplication::arguments());
     Appearance appearance;
     int status = 0;
     {
-        MainWindow window(partsOf(parts, appearance, KELVARO_VERSION));
+        MainWindow window(partsOf(*parts, appearance, KELVARO_VERSION));
         window.show();
         const auto takeProfile = [&window](const QScreen* screen) {
             window.setScreenProfile(screenProfile(screen));
@@ -62,7 +78,8 @@ int run(int argc, char** argv) {
         QObject::connect(window.windowHandle(), &QWindow::screenChanged, &window, takeProfile);
         status = QApplication::exec();
     }
-    parts.settings().flush();
+    parts->settings().flush();
+    parts.reset();
     return status;
 }
 
@@ -74,11 +91,6 @@ int main(int argc, char** argv) {
         std::printf("%s\n", std::string(kelvaro::scriptRefusal).c_str());
         return kelvaro::scriptRefusalStatus;
     }
-    if (!kelvaro::hasDisplay()) {
-        std::fputs("kelvaro: There is no display to open a window on. kelvaro-cli develops photos "
-                   "without one.\n",
-                   stderr);
-        return kelvaro::noDisplayStatus;
-    }
+    if (!kelvaro::hasDisplay()) kelvaro::endWithoutDisplay();
     return kelvaro::run(argc, argv);
 }

@@ -156,9 +156,16 @@ TEST(Degenerate, MasksOfAnyShapeGiveWeightsBetweenNothingAndAll) {
         shape(Kind::radial, {0.5, 0.5}, {0.001, 0.001}),
         shape(Kind::radial, {0.5, 0.5}, {5, 0.001}),
         shape(Kind::radial, {0.5, 0.5}, {0, 0}),
+        shape(Kind::radial, {1e6, -1e6}, {1e9, 1e9}),
+        shape(Kind::linear, {-1e9, 1e9}, {1e9, -1e9}),
         shape(Kind::brush, {}, {}), // no strokes
+        test::brush({{0.3, 0.3}, {0.3, 0.3}, {0.3, 0.3}}),
     };
     shapes[2].feather = 0;
+    shapes.push_back(test::brush({{-3, 0.2}, {4, 0.2}}));
+    shapes.back().strokes.assign(20, shapes.back().strokes.front()); // huge, and far outside
+    for (BrushStroke& stroke : shapes.back().strokes)
+        stroke.radius = 1;
     for (MaskComponent component : shapes)
         for (const bool invert : {false, true})
             for (const PixelRect photo : {PixelRect{0, 0, 1, 1}, PixelRect{0, 0, 30, 20}}) {

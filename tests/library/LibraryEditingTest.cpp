@@ -101,6 +101,48 @@ TEST_F(LibraryEditingTest, QuittingWithoutSavingForgets) {
     EXPECT_FALSE(onDisk(one));
 }
 
+// The drive's place is there after the restart, empty: the first look can't tell that it is absent.
+TEST_F(LibraryEditingTest, WhatWaitsIsNotWrittenIntoAnEmptyPlaceOfADrive) {
+    unplug();
+    store.setAdjustments(one, bright);
+    store.setFavorite({two}, true);
+    scene.settle();
+    std::filesystem::create_directories(folder);
+    LibraryStore& again = scene.open();
+    for (int look = 0; look < 2; ++look) {
+        EXPECT_TRUE(again.quitCheck());
+        EXPECT_TRUE(std::filesystem::is_empty(folder));
+        again.rescanAll();
+        scene.settle();
+    }
+    EXPECT_EQ(again.quitCheck()->text.find("Edits haven't been saved:\na\n"), 0u);
+    std::filesystem::remove_all(scene.root / "drive");
+    plugIn();
+    EXPECT_EQ(again.quitCheck(), std::nullopt);
+    EXPECT_EQ(onDisk(one)->adjustments, bright);
+    EXPECT_TRUE(again.isFavorite(two));
+}
+
+TEST_F(LibraryEditingTest, QuittingTellsOfEditsThatTheEditorHolds) {
+    struct : HeldEdits {
+        std::vector<PhotoUrl> photos;
+        int retries = 0;
+        std::vector<PhotoUrl> unsaved() const override { return photos; }
+        void retry() override { ++retries; }
+        void discard() override { photos.clear(); }
+    } held;
+    store.setHeldEdits(&held);
+    EXPECT_EQ(store.quitCheck(), std::nullopt);
+    held.photos = {two, "/elsewhere/gone/4.jpg"};
+    EXPECT_EQ(store.quitCheck()->text.find("Edits haven't been saved:\na\ngone\n\nKeep"), 0u);
+    store.rescanFolder(folder);
+    scene.settle();
+    EXPECT_EQ(held.retries, 1) << "its folder could be read";
+    store.discardUnsaved();
+    EXPECT_EQ(store.quitCheck(), std::nullopt);
+    store.setHeldEdits(nullptr);
+}
+
 TEST_F(LibraryEditingTest, ANewerEditIsNeverOverwrittenAndIsTold) {
     const std::string newer = R"({"processVersion": 13})";
     writeFile(folder + "/.tarnwell/1.jpg.json", newer);

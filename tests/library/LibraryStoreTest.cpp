@@ -1,6 +1,8 @@
 // Folders, scanning, persistence, what is shown.
 #include "StoreScene.h"
 
+#include "platform/cache/SqliteMetaCache.h"
+
 #include <gmock/gmock.h>
 
 namespace kelvaro {
@@ -143,6 +145,26 @@ TEST_F(LibraryStoreTest, TheEmptyPlaceOfADriveIsNotItsFolder) {
     EXPECT_THAT(*store.unsavedFavorites(), IsEmpty());
     EXPECT_THAT(readFile(scene.root / "mnt/photos/.tarnwell/favorites.json"),
                 testing::HasSubstr("1.jpg"));
+}
+
+TEST_F(LibraryStoreTest, TheEmptyPlaceOfADriveIsKnownAfterARestart) {
+    SqliteMetaCache cache(scene.root / "cache.sqlite");
+    scene.cache = &cache;
+    const std::string place = scene.folder("mnt");
+    scene.drives.mount(place, "sdb1");
+    scene.open();
+    const FolderUrl folder = scene.added("mnt/photos", {"1.jpg"});
+    const auto restart = [&] { return scene.open().missingFolders()->contains(folder); };
+    scene.store.reset();
+    std::filesystem::remove(folder + "/1.jpg");
+    scene.drives.mount(place, std::nullopt);
+    EXPECT_TRUE(restart());
+    writeFile(folder + "/1.jpg", "photo");
+    scene.drives.mount(place, "sdc1"); // another letter today
+    scene.settle();
+    EXPECT_THAT(*scene.store->missingFolders(), IsEmpty());
+    std::filesystem::remove(folder + "/1.jpg");
+    EXPECT_FALSE(restart()) << "somebody has emptied it";
 }
 
 TEST_F(LibraryStoreTest, AnUnreadableFolderIsMissingAndTheOthersShow) {

@@ -60,15 +60,38 @@ TEST(Meta, CaptureTimesWithAnOffsetDoNotDependOnTheMachine) {
 TEST(Meta, ClocksThatAreChanged) {
     const auto berlin = makeIcuCalendar("Europe/Berlin");
     const struct {
+        const char* zone;
         CivilTime wall;
         FileTime instant;
-    } cases[] = {{{2024, 3, 31, 1, 59, 59}, utc(2024, 3, 31, 0, 59, 59)},
-                 {{2024, 3, 31, 3, 0, 0}, utc(2024, 3, 31, 1)},
-                 {{2024, 3, 31, 2, 30, 0}, utc(2024, 3, 31, 1, 30)},   // skipped
-                 {{2024, 10, 27, 2, 30, 0}, utc(2024, 10, 27, 0, 30)}, // comes twice: the first
-                 {{2024, 10, 27, 3, 0, 0}, utc(2024, 10, 27, 2)}};
+    } cases[] = {
+        {"Europe/Berlin", {2024, 3, 31, 1, 59, 59}, utc(2024, 3, 31, 0, 59, 59)},
+        {"Europe/Berlin", {2024, 3, 31, 3, 0, 0}, utc(2024, 3, 31, 1)},
+        {"Europe/Berlin", {2024, 3, 31, 2, 30, 0}, utc(2024, 3, 31, 1, 30)},   // skipped
+        {"Europe/Berlin", {2024, 10, 27, 2, 30, 0}, utc(2024, 10, 27, 0, 30)}, // twice
+        {"Europe/Berlin", {2024, 10, 27, 3, 0, 0}, utc(2024, 10, 27, 2)},
+        // Before there were time zones, 53 minutes and 28 seconds ahead; and long from now.
+        {"Europe/Berlin", {1850, 1, 1, 0, 0, 0}, utc(1849, 12, 31, 23, 6, 32)},
+        {"Europe/Berlin", {2150, 7, 1, 12, 0, 0}, utc(2150, 7, 1, 10)},
+        {"America/New_York", {2024, 3, 10, 2, 30, 0}, utc(2024, 3, 10, 7, 30)},
+        {"America/New_York", {2024, 11, 3, 1, 30, 0}, utc(2024, 11, 3, 5, 30)},
+        // Summer ends in April, by half an hour.
+        {"Australia/Lord_Howe", {2024, 4, 7, 1, 45, 0}, utc(2024, 4, 6, 14, 45)},
+        {"Australia/Lord_Howe", {2024, 4, 7, 2, 0, 0}, utc(2024, 4, 6, 15, 30)},
+        {"Pacific/Apia", {2011, 12, 30, 12, 0, 0}, utc(2011, 12, 30, 22)}, // no such day
+        {"Pacific/Apia", {2011, 12, 31, 0, 0, 0}, utc(2011, 12, 30, 10)}};
     for (const auto& c : cases)
-        EXPECT_EQ(berlin->instant(c.wall), c.instant) << secondsAsUtc(c.wall);
+        EXPECT_EQ(makeIcuCalendar(c.zone)->instant(c.wall), c.instant)
+            << c.zone << secondsAsUtc(c.wall);
+    for (const char* zone : {"Europe/Berlin", "Australia/Lord_Howe", "Asia/Kathmandu", "UTC"}) {
+        const auto calendar = makeIcuCalendar(zone);
+        std::mt19937_64 anyTime(6);
+        for (int i = 0; i < 2000; ++i) { // 1843 to 2096
+            const FileTime time{(std::int64_t(anyTime() % 8'000'000'000) - 4'000'000'000) *
+                                kSecond};
+            const CivilTime wall = calendar->civil(time);
+            EXPECT_EQ(calendar->civil(calendar->instant(wall)), wall) << zone << time.nanoseconds;
+        }
+    }
     std::mt19937_64 random(5);
     for (int i = 0; i < 2000; ++i) {
         const auto seconds = std::int64_t(random() % 8'000'000'000) - 4'000'000'000;

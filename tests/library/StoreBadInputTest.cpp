@@ -3,15 +3,18 @@
 #include "StoreScene.h"
 
 #include "fakes/OwnDisk.h"
+#include "platform/cache/SqliteMetaCache.h"
 #include "platform/metadata/ExifPropertyReader.h"
 #include "recipe/Sidecar.h"
 
+#include <atomic>
 #include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 namespace kelvaro {
 namespace {
@@ -30,6 +33,46 @@ public:
 
 private:
     ExifPropertyReader real_;
+};
+
+// Tells the file's content as the camera's name. The first look at "growing.jpg" is overtaken by a
+// program that writes it anew meanwhile.
+class ReaderOfGrowing final : public PropertyReader {
+public:
+    Result<PhotoProperties> read(const fs::path& path) override {
+        PhotoProperties properties;
+        properties.tiff.set("Model", readFile(path));
+        if (path.filename() == "growing.jpg" && isFirst_.exchange(false))
+            writeFile(path, "later and longer");
+        return properties;
+    }
+    PhotoColour readColour(const fs::path&) override { return {}; }
+
+private:
+    std::atomic<bool> isFirst_ = true;
+};
+
+// For as long as it lives the process has no more rights than any user: root may read everything.
+class WithoutPrivileges {
+public:
+    explicit WithoutPrivileges(const fs::path& owned) : wasRoot_(::geteuid() == 0) {
+        if (!wasRoot_) return;
+        for (const auto& entry : fs::recursive_directory_iterator(owned))
+            EXPECT_EQ(::lchown(entry.path().c_str(), nobody, nobody), 0);
+        EXPECT_EQ(::chown(owned.c_str(), nobody, nobody), 0);
+        EXPECT_EQ(::seteuid(nobody), 0);
+    }
+    WithoutPrivileges(const WithoutPrivileges&) = delete;
+    WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+    ~WithoutPrivileges() {
+        if (wasRoot_) {
+            EXPECT_EQ(::seteuid(0), 0);
+        }
+    }
+
+private:
+    static constexpr uid_t nobody = 65534;
+    const bool wasRoot_;
 };
 
 // A JPEG whose EXIF directory promises 65,535 entries, and whose first one 2 GB of text.
@@ -138,6 +181,60 @@ TEST(StoreBadInputTest, FullAndReadOnlyDisksLoseNothing) {
     });
     if (!result) GTEST_SKIP() << "no mounts for this user";
     EXPECT_EQ(*result, 0);
+}
+
+TEST(StoreBadInputTest, WhatMayNotBeReadHidesNothingElse) {
+    StoreScene scene;
+    ExifPropertyReader reader;
+    scene.properties = &reader;
+    LibraryStore& store = scene.open();
+    const fs::path mixed = scene.folder("mixed", {"good.jpg", "secret.jpg"});
+    const fs::path closed = scene.folder("closed", {"unseen.jpg"});
+    const fs::path marked = scene.folder("marked", {"edited.jpg"});
+    ASSERT_TRUE(Sidecar(scene.disk, scene.random).save(marked / "edited.jpg", {.exposure = 1}, 1));
+    const WithoutPrivileges user(scene.root.path());
+    fs::permissions(mixed / "secret.jpg", fs::perms::none);
+    fs::permissions(closed, fs::perms::owner_exec); // can be entered, not listed
+    fs::permissions(marked / ".tarnwell", fs::perms::none);
+    for (const fs::path& folder : {mixed, closed, marked})
+        store.addFolder(folder);
+    scene.settle();
+    EXPECT_EQ(scene.visible(), (std::vector<std::string>{"edited.jpg", "good.jpg", "secret.jpg"}));
+    EXPECT_THAT(*store.missingFolders(), testing::ElementsAre(closed.string()));
+    EXPECT_EQ(store.errorMessage().get(), "Couldn't read some edits:\nCouldn't read edits in marked"
+                                          "\nCouldn't read favorites in marked");
+    store.clearError();
+    store.requestInfo((mixed / "secret.jpg").string());
+    scene.settle();
+    EXPECT_EQ(store.info().get(), PhotoInfo{}) << "no information available";
+    // Nothing is written over an edit that can't be read.
+    store.setAdjustments((marked / "edited.jpg").string(), {.exposure = 2});
+    scene.settle();
+    EXPECT_TRUE(store.quitCheck());
+    fs::permissions(closed, fs::perms::owner_all);
+    fs::permissions(marked / ".tarnwell", fs::perms::owner_all);
+    store.rescanAll();
+    scene.settle();
+    EXPECT_THAT(*store.missingFolders(), IsEmpty());
+    EXPECT_EQ(scene.visible().size(), 4u);
+    EXPECT_EQ(store.edit((marked / "edited.jpg").string())->exposure, 2);
+    EXPECT_EQ(store.quitCheck(), std::nullopt);
+}
+
+TEST(StoreBadInputTest, AFileThatChangesWhileItIsReadIsReadAgain) {
+    StoreScene scene;
+    ReaderOfGrowing reader;
+    scene.properties = &reader;
+    SqliteMetaCache cache(scene.root / "cache.sqlite");
+    scene.cache = &cache;
+    scene.open();
+    const FolderUrl folder = scene.added("trip", {"growing.jpg", "other.jpg"});
+    const PhotoUrl growing = folder + "/growing.jpg";
+    scene.watcher.change(folder);
+    scene.settle();
+    EXPECT_EQ(scene.store->meta(growing)->camera, "later and longer");
+    EXPECT_EQ(scene.store->meta(folder + "/other.jpg")->camera, "photo");
+    EXPECT_EQ(scene.open().meta(growing)->camera, "later and longer") << "out of the cache";
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "profile/Profile.h"
 
 #include "fakes/MemorySettings.h"
+#include "platform/system/IcuCalendar.h"
 #include "profile/ExportHistory.h"
 #include "profile/GearNames.h"
 #include "profile/Greeting.h"
@@ -61,6 +62,10 @@ TEST(Profile, CountsAPeriodBesideAsMuchOfTheOneBefore) {
     // January looks back over the turn of the year.
     const CivilTime january{2024, 1, 31};
     EXPECT_EQ(makeProfile(source, {Kind::lastMonth}, january).counts.photos, 1);
+    // As much of the year before as has gone by of this one is told as that.
+    EXPECT_EQ(titleBefore({Kind::thisYear}, today), "by this day in 2023");
+    EXPECT_EQ(titleBefore({Kind::year, 2024}, today), "by this day in 2023");
+    EXPECT_EQ(titleBefore({Kind::year, 2023}, today), "2022");
     EXPECT_EQ(comparison(3, 1, "last month"), "2 more than last month");
     EXPECT_EQ(comparison(1, 3, "2023"), "2 fewer than 2023");
     EXPECT_EQ(comparison(3, 3, "last month"), "as many as last month");
@@ -157,6 +162,14 @@ TEST(Profile, RecordsLeaveOutWhatCannotBe) {
     expected.taken = meta.takenOnWall;
     EXPECT_EQ(record, expected);
     EXPECT_EQ(makeShotRecord(photo, nullptr, false).taken, std::nullopt);
+    // A name that is far too long is cut, not inside a character.
+    meta.lens = "x" + std::string(79, 'y');
+    EXPECT_EQ(makeShotRecord(photo, &meta, false).lens, meta.lens);
+    std::string umlauts = "x";
+    for (int i = 0; i < 2500; ++i)
+        umlauts += "ü";
+    meta.lens = umlauts;
+    EXPECT_EQ(makeShotRecord(photo, &meta, false).lens, umlauts.substr(0, 79) + "…");
 }
 
 // Clocks that were set wrong, hours that come twice or never, and names of any length.
@@ -181,6 +194,49 @@ TEST(Profile, OddTimesAndNamesCountLikeOthers) {
     EXPECT_EQ(nothing.counts, PeriodCounts());
     EXPECT_EQ(nothing.calendarYear, 2024);
     EXPECT_TRUE(sentencesOf(nothing).empty());
+}
+
+// From the file to the profile: the clock on the wall counts wherever the photo was taken and
+// wherever the user is now; edits happen in the user's own zone.
+TEST(Profile, JourneysAndChangedClocksKeepTheirHours) {
+    const struct {
+        const char *time, *offset;
+        std::int64_t day;
+        std::size_t hour;
+    } cases[] = {{"2024:03:10 06:00:00", "+09:00", dayNumber({2024, 3, 10}), 6},
+                 {"2024:03:10 23:30:00", "-10:00", dayNumber({2024, 3, 10}), 23},
+                 {"2024:03:31 02:30:00", "", dayNumber({2024, 3, 31}), 2}, // skipped in Berlin
+                 {"2024:10:27 02:30:00", "+02:00", dayNumber({2024, 10, 27}), 2},
+                 {"2024:10:27 02:30:00", "+01:00", dayNumber({2024, 10, 27}), 2}};
+    for (const char* zone : {"Europe/Berlin", "Asia/Tokyo", "Pacific/Honolulu", "UTC"}) {
+        const auto calendar = makeIcuCalendar(zone);
+        for (const auto& c : cases) {
+            PhotoProperties properties;
+            properties.exif.set("DateTimeOriginal", std::string(c.time));
+            if (*c.offset) properties.exif.set("OffsetTimeOriginal", std::string(c.offset));
+            const PhotoMeta meta = makePhotoMeta(properties, Photo{}, *calendar);
+            const std::vector<ShotRecord> one{makeShotRecord(Photo{}, &meta, false)};
+            const ShotSummary summary = summarized(one);
+            EXPECT_EQ(summary.byHour[c.hour], 1) << c.time << c.offset << zone;
+            EXPECT_EQ(summary.byDay.at(c.day), 1) << c.time << c.offset << zone;
+        }
+    }
+    // The evening before in Honolulu, and the hour around a change of the clocks in Berlin.
+    const struct {
+        const char* zone;
+        FileTime edited;
+        std::int64_t day;
+    } edits[] = {{"Europe/Berlin", {1711838100'000'000'000}, dayNumber({2024, 3, 30})}, // 23:35
+                 {"Europe/Berlin", {1711839900'000'000'000}, dayNumber({2024, 3, 31})}, // 00:05
+                 {"Europe/Berlin", {1711922340'000'000'000}, dayNumber({2024, 3, 31})}, // 23:59
+                 {"Europe/Berlin", {1711922400'000'000'000}, dayNumber({2024, 4, 1})},
+                 {"Pacific/Honolulu", {1711839900'000'000'000}, dayNumber({2024, 3, 30})}};
+    for (const auto& edit : edits) {
+        const Photo photo;
+        const KnownPhoto known{&photo, nullptr, true, false, edit.edited};
+        const auto source = makeProfileSource({&known, 1}, *makeIcuCalendar(edit.zone), {});
+        EXPECT_EQ(source.editDays, std::vector{edit.day}) << edit.edited.nanoseconds;
+    }
 }
 
 TEST(Profile, TiesAreSettledTheSameEveryTime) {

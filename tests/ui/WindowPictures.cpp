@@ -55,7 +55,9 @@ private:
         quiet.start();
         while (quiet.elapsed() < 400) {
             QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
-            if (render->thumbnails().openRequests() > 0) quiet.restart();
+            const bool isWhole =
+                render->thumbnails().openRequests() == 0 && window->pictures().areVisibleReady();
+            if (!isWhole) quiet.restart();
         }
     }
     std::vector<PhotoUrl> urls() const {

@@ -119,6 +119,13 @@ public:
             QApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents);
         }
     }
+    // Pages and sheets that are otherwise made when they are first opened.
+    void makeAll() {
+        window->editor();
+        window->exportSheet();
+        window->profilePage();
+        window->settingsSheet();
+    }
     void settle() {
         until([&] { return library->isIdle(); });
         QApplication::processEvents();

@@ -7,6 +7,7 @@
 #include "app/ExportServices.h"
 #include "app/RenderServices.h"
 #include "base/MainLoop.h"
+#include "develop/Recipes.h"
 #include "platform/system/SystemClock.h"
 #include "raw_report/Picture.h"
 #include "render/RenderSession.h"
@@ -26,14 +27,8 @@ constexpr double kLargestDifference = 1;
 
 // Every kind of stage but grain, whose pattern is made for the full size.
 Adjustments recipe() {
-    Adjustments edit;
-    edit.exposure = 0.3;
+    Adjustments edit = test::typical();
     edit.temperature = 12;
-    edit.contrast = 20;
-    edit.highlights = -30;
-    edit.shadows = 30;
-    edit.clarity = 15;
-    edit.vibrance = 20;
     edit.dehaze = 10;
     edit.vignette = -20;
     return edit;

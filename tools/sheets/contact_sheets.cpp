@@ -1,6 +1,7 @@
 // Contact sheets for looking at what the pipeline does: one PNG for each adjustment, with a row for
 // each photo and a column for each value (-100, -50, 0, +50, +100 of its range), and one of mask
-// shapes. `--detail` shows the middle of each photo at full resolution instead of the whole.
+// shapes. `--detail` shows the middle of each photo at full resolution instead of the whole,
+// `--only NAME` makes one sheet.
 #include "app/Services.h"
 #include "develop/CropGeometry.h"
 #include "develop/Guides.h"
@@ -124,8 +125,7 @@ public:
     SheetMaker(Services& services, bool detail) : services_(services), detail_(detail) {}
 
     Result<void> add(const std::filesystem::path& photo) {
-        const PhotoOpener opener{*services_.files, *services_.reader, *services_.raw};
-        auto source = opener.open(photo, {}, 1, &services_.cancellation);
+        auto source = opened(photo, {});
         if (!source) return fail(std::move(source).error());
         photos_.push_back(std::move(*source));
         return {};
@@ -156,7 +156,20 @@ public:
     }
 
 private:
+    Result<ImageSource> opened(const std::filesystem::path& photo, const Adjustments& edit) {
+        const PhotoOpener opener{*services_.files, *services_.reader, *services_.raw};
+        return opener.open(photo, edit, 1, &services_.cancellation);
+    }
+
     Result<Image> drawn(const ImageSource& photo, const Adjustments& edit, bool overlay) {
+        if (photo.supportsSharpness && edit.sharpness != 0) { // the decoder's own work
+            auto sharp = opened(photo.url, edit);
+            return sharp ? drawnAsIs(*sharp, edit, overlay) : fail(std::move(sharp).error());
+        }
+        return drawnAsIs(photo, edit, overlay);
+    }
+
+    Result<Image> drawnAsIs(const ImageSource& photo, const Adjustments& edit, bool overlay) {
         const double scale = detail_ ? 1 : double(kCell) / photo.extent.longerSide();
         auto developed =
             developedPhoto(photo, edit, scale, *services_.renderer, *services_.brushes, nullptr);
@@ -183,10 +196,15 @@ private:
 };
 
 int run(const std::vector<std::string>& words) {
-    const bool detail = !words.empty() && words.front() == "--detail";
-    const std::size_t first = detail ? 1 : 0;
+    std::string only;
+    bool detail = false;
+    std::size_t first = 0;
+    for (; first < words.size() && words[first].starts_with("--"); ++first) {
+        detail = detail || words[first] == "--detail";
+        if (words[first] == "--only" && first + 1 < words.size()) only = words[++first];
+    }
     if (words.size() < first + 2) {
-        fmt::print(stderr, "usage: contact_sheets [--detail] FOLDER PHOTO...\n");
+        fmt::print(stderr, "usage: contact_sheets [--detail] [--only NAME] FOLDER PHOTO...\n");
         return 2;
     }
     const Cancellation cancellation;
@@ -200,7 +218,8 @@ int run(const std::vector<std::string>& words) {
     for (std::size_t i = first + 1; i < words.size(); ++i)
         if (!told(maker.add(words[i]))) return 1;
     for (const Sheet& sheet : allSheets())
-        if (!told(maker.write(sheet, words[first]))) return 1;
+        if ((only.empty() || only == sheet.name) && !told(maker.write(sheet, words[first])))
+            return 1;
     return 0;
 }
 

@@ -27,7 +27,7 @@ std::vector<Case> cases() {
                                     0,         0.0170827, 0.0723974, 0.9105199};
     return {{bitmapToScene(), {}},
             {sceneToBitmap(), {}},
-            {balancedToBitmap(), {}},
+            {bitmapRelit(), {1.2, 1.1, 0.02, 0, 0.01, 1, 0, 0, 0.05, 0.8}},
             {rawColour(), {}},
             {twLogLuma(), {}},
             {twGuideAB(), {0.12}},
@@ -37,6 +37,8 @@ std::vector<Case> cases() {
             {rawMidDetail(), {}},
             {rawGain(), {0.6, -0.4, 0}},
             {sceneTone(), {0.4, 0.2, -0.3, -6, 2.5, 3, 2}},
+            {bitmapTone(), {0.3, -0.3, 0.2, 0.2, 0.1, -0.1, -6, 2.5, 3, 2}},
+            {twColour(), {0, 0, 0.2}},
             {twColour(), {0.1, 0.2, 0.3}},
             {twMono(), {}},
             {twGamut(), {}},

@@ -7,10 +7,10 @@
 namespace kelvaro::kernel {
 
 // Domain.kernel: between display-linear and scene-linear light
-const Kernel& bitmapToScene();    // s
-const Kernel& sceneToBitmap();    // s
-const Kernel& balancedToBitmap(); // s, before
-const Kernel& rawColour();        // s, reference
+const Kernel& bitmapToScene(); // s
+const Kernel& sceneToBitmap(); // s
+const Kernel& bitmapRelit();   // s ; gain, r0.xyz, r1.xyz, r2.xyz
+const Kernel& rawColour();     // s, reference
 
 // Guide.kernel: edge-preserving guides on log luminance
 const Kernel& twLogLuma();    // s → (y, y², 0)
@@ -21,8 +21,9 @@ const Kernel& rawApplyAB();   // ab, y → (f, f², 0)
 const Kernel& rawMidDetail(); // ab, y1 → (a, b, y1 − base)
 
 // SceneTone.kernel
-const Kernel& rawGain();   // s, guide ; sh, hi, shift
-const Kernel& sceneTone(); // s ; contrast, whites, blacks, e.x, e.y, e.z, e.w
+const Kernel& rawGain();    // s, guide ; sh, hi, shift
+const Kernel& sceneTone();  // s ; contrast, whites, blacks, e.x, e.y, e.z, e.w
+const Kernel& bitmapTone(); // s, guide ; the parameters of rawGain, those of sceneTone
 
 // Colour.kernel
 const Kernel& twColour();      // s ; angle, sat, vib

@@ -1,5 +1,5 @@
 #define KELVARO_KERNEL_TEXT "develop/kernels/SceneTone.kernel"
-#define KELVARO_KERNELS(each) each(rawGain) each(sceneTone)
+#define KELVARO_KERNELS(each) each(rawGain) each(sceneTone) each(bitmapTone)
 
 #include "develop/kernels/Kernels.h"
 

@@ -6,11 +6,15 @@ namespace kelvaro {
 
 Image bitmapToneStage(const Image& image, const StageRun& run) {
     const Adjustments& edit = run.edit;
-    if (!movesRegions(edit) && !curvesTone(edit)) return image;
-    Image scene = applyKernel(kernel::bitmapToScene(), {image}, {});
-    scene = regionsMoved(scene, edit, run.maps.sceneGuide, analysisShift(edit));
-    scene = toneCurved(scene, edit, run.maps.endpoints, analysisShift(edit));
-    return applyKernel(kernel::sceneToBitmap(), {scene}, {});
+    const bool moves = movesRegions(edit) && run.maps.sceneGuide;
+    if (!moves && !curvesTone(edit)) return image;
+    const Image guide = moves ? stretched(run.maps.sceneGuide, run.extent()) : image;
+    const double shift = analysisShift(edit);
+    const ToneEndpoints e = endpointsOf(run.maps.endpoints, edit, shift);
+    return applyKernel(kernel::bitmapTone(), {image, guide},
+                       {moves ? edit.shadows / 100 : 0, moves ? edit.highlights / 100 : 0, shift,
+                        edit.contrast / 100, edit.white / 100, edit.black / 100, e.x, e.y, e.z,
+                        e.w});
 }
 
 } // namespace kelvaro

@@ -7,10 +7,11 @@ namespace kelvaro {
 namespace {
 
 Image applied(const Image& image, const LocalMask& mask, const StageRun& run) {
-    const bool guided = static_cast<bool>(run.maps.guide);
     const Image weight = maskWeight(mask, run.extent(), run.brushes);
-    const Image guide = guided ? stretched(run.maps.guide, run.extent()) : run.original;
-    return applyKernel(kernel::twLocal(), {image, weight, guide, run.original},
+    // Only clarity looks at the guide and at what it describes.
+    const bool guided = mask.clarity != 0 && run.guide;
+    return applyKernel(kernel::twLocal(),
+                       {image, weight, guided ? run.guide : image, guided ? run.original : image},
                        {mask.exposure, mask.temperature / 100, mask.tint / 100, mask.contrast / 100,
                         mask.highlights / 100, mask.shadows / 100,
                         guided ? mask.clarity / 100 : 0.0, mask.saturation / 100});

@@ -22,6 +22,7 @@ struct StageRun {
     Image original;       // the finishing chain's input, which maps.guide describes
     double scale = 1;     // output pixels per full-resolution pixel
     BrushRaster& brushes; // rasterised brush shapes
+    Image guide; // maps.guide over the whole photo, for all stages that look at it; or none
 
     const PixelRect& extent() const { return original.extent(); }
 };

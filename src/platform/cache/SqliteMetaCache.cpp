@@ -26,11 +26,17 @@ constexpr const char* kCreate = "BEGIN IMMEDIATE;"
                                 "COMMIT;";
 static_assert(kApplicationId == 1265399393 && kLayout == 1);
 
+// Also in files that were begun without it.
+constexpr const char* kCreateNotes = "CREATE TABLE IF NOT EXISTS notes(folder BLOB PRIMARY KEY,"
+                                     " note BLOB NOT NULL) WITHOUT ROWID";
+
 constexpr const char* kLoad = "SELECT name, size, modified, record FROM photos"
                               " WHERE folder = (SELECT id FROM folders WHERE path = ?1)";
 constexpr const char* kAddFolder = "INSERT OR IGNORE INTO folders(path) VALUES(?1)";
 constexpr const char* kFolder = "SELECT id FROM folders WHERE path = ?1";
 constexpr const char* kStore = "INSERT OR REPLACE INTO photos VALUES(?1, ?2, ?3, ?4, ?5)";
+constexpr const char* kNote = "SELECT note FROM notes WHERE folder = ?1";
+constexpr const char* kSetNote = "INSERT OR REPLACE INTO notes VALUES(?1, ?2)";
 constexpr const char* kRemove = "DELETE FROM photos WHERE folder = ?1 AND name = ?2";
 
 bool isDamage(int code) {
@@ -66,7 +72,8 @@ bool isOurs(SqliteConnection& connection) {
     if (connection.number("SELECT count(*) FROM sqlite_master") == 0) connection.run(kCreate);
     return connection.error() == SQLITE_OK &&
            connection.number("PRAGMA application_id") == kApplicationId &&
-           connection.number("PRAGMA user_version") == kLayout && connection.error() == SQLITE_OK;
+           connection.number("PRAGMA user_version") == kLayout &&
+           connection.run(kCreateNotes) == SQLITE_OK;
 }
 
 // The folder's number; 0 where there is none.
@@ -204,6 +211,27 @@ void SqliteMetaCache::remove(const std::string& folder, std::span<const std::str
     if (names.empty()) return;
     with([&](SqliteConnection& connection) {
         return transaction(connection, [&] { return removeAll(connection, folder, names); });
+    });
+}
+
+std::string SqliteMetaCache::note(const std::string& folder) {
+    std::string note;
+    with([&](SqliteConnection& connection) {
+        SqliteStatement found = connection.statement(kNote);
+        found.bind(1, folder);
+        const int code = found.step();
+        if (code == SQLITE_ROW) note = found.bytes(0);
+        return code;
+    });
+    return note;
+}
+
+void SqliteMetaCache::setNote(const std::string& folder, const std::string& note) {
+    with([&](SqliteConnection& connection) {
+        SqliteStatement row = connection.statement(kSetNote);
+        row.bind(1, folder);
+        row.bind(2, note);
+        return row.step();
     });
 }
 

@@ -23,6 +23,8 @@ public:
     std::vector<CachedRecord> load(const std::string& folder) override;
     void store(const std::string& folder, std::span<const CachedRecord> records) override;
     void remove(const std::string& folder, std::span<const std::string> names) override;
+    std::string note(const std::string& folder) override;
+    void setNote(const std::string& folder, const std::string& note) override;
 
 private:
     using Connection = std::unique_ptr<SqliteConnection>;

@@ -1,5 +1,6 @@
-// A kernel's arguments, by type: Float3 is the next image input, Float the alpha of the input
-// before it, Pixel the place, Uniform the next parameter. Included once per form of the dialect.
+// A kernel's arguments, by type: Float3 is the next image input, Float2 one of which it wants the
+// first two planes only, Float the alpha of the input before it, Pixel the place, Uniform the next
+// parameter. Included once per form of the dialect.
 
 template<class... Arguments>
 struct Signature {
@@ -12,12 +13,28 @@ struct Signature {
             n += same[i] ? 1 : 0;
         return n;
     }
-    static constexpr int inputs = count<Float3>(sizeof...(Arguments));
+    static constexpr int inputsBefore(std::size_t index) {
+        return count<Float3>(index) + count<Float2>(index);
+    }
+    static constexpr int inputs = inputsBefore(sizeof...(Arguments));
     static constexpr int uniforms = count<Uniform>(sizeof...(Arguments));
 
     template<class T>
     static constexpr int rank(std::size_t index) {
-        return std::is_same_v<T, Float> ? count<Float3>(index) - 1 : count<T>(index);
+        constexpr bool isInput = std::is_same_v<T, Float3> || std::is_same_v<T, Float2>;
+        if constexpr (std::is_same_v<T, Float>)
+            return inputsBefore(index) - 1;
+        else
+            return isInput ? inputsBefore(index) : count<T>(index);
+    }
+    // The colour planes that are read of input `n`.
+    static constexpr int planesOf(int n) {
+        constexpr int planes[] = {std::is_same_v<Float3, Arguments>   ? 3
+                                  : std::is_same_v<Float2, Arguments> ? 2
+                                                                      : 0 ...};
+        for (int argument : planes)
+            if (argument > 0 && n-- == 0) return argument;
+        return 0;
     }
 };
 

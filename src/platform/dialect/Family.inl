@@ -81,7 +81,9 @@ static void runBest(const KernelRow& row) {
                                    Facts::uniforms,                                                \
                                    &runBest<name##Index>,                                          \
                                    scalar::kRows[name##Index],                                     \
-                                   &reference::runPixel<&reference::name>};                        \
+                                   &reference::runPixel<&reference::name>,                         \
+                                   {Facts::planesOf(0), Facts::planesOf(1), Facts::planesOf(2),    \
+                                    Facts::planesOf(3)}};                                          \
         return record;                                                                             \
     }
 KELVARO_KERNELS(DIALECT_RECORD)

@@ -35,7 +35,7 @@ DIALECT_INLINE Float powerOfTwo(Float shifted) {
 }
 DIALECT_INLINE Float inverseCubeRootSeed(Float x) {
     const float third = static_cast<float>(static_cast<std::int32_t>(bitsOf(x))) * (-1.0f / 3);
-    return number(std::bit_cast<float>(static_cast<std::int32_t>(third + 1419967116.0f)));
+    return number(std::bit_cast<float>(static_cast<std::int32_t>(third + 1419900032.0f)));
 }
 
 #include "platform/dialect/Approximations.inl"
@@ -134,6 +134,7 @@ struct Place {
         const double* p = pixel.inputs[n];
         return {p[0], p[1], p[2]};
     }
+    Float2 get(Float2*, int n) const { return {pixel.inputs[n][0], pixel.inputs[n][1]}; }
     Float get(Float*, int n) const { return pixel.inputs[n][3]; }
     Pixel get(Pixel*, int) const { return {pixel.x, pixel.y}; }
     Uniform get(Uniform*, int n) const { return pixel.uniforms[n]; }

@@ -11,6 +11,9 @@ struct Group {
         const float* const* planes = row.inputs[n];
         return {load(planes[0] + i), load(planes[1] + i), load(planes[2] + i)};
     }
+    DIALECT_MEMBER Float2 get(Float2*, int n) const {
+        return {load(row.inputs[n][0] + i), load(row.inputs[n][1] + i)};
+    }
     DIALECT_MEMBER Float get(Float*, int n) const {
         const float* alpha = row.inputs[n][3];
         return alpha ? load(alpha + i) : Float(1.0); // no plane: opaque

@@ -129,9 +129,9 @@ DIALECT_INLINE Register powerRegister(Register r) {
 }
 DIALECT_INLINE Register cubeRootSeedRegister(Register r) {
     const Lanes f;
-    const auto third = hn::Mul(hn::ConvertTo(f, bitsOf(r)), hn::Set(f, -1.0f / 3));
-    const auto bits = hn::ConvertTo(IntegerLanes(), hn::Add(third, hn::Set(f, 1419967116.0f)));
-    return hn::BitCast(f, bits);
+    const auto bits =
+        hn::MulAdd(hn::ConvertTo(f, bitsOf(r)), hn::Set(f, -1.0f / 3), hn::Set(f, 1419900032.0f));
+    return hn::BitCast(f, hn::ConvertTo(IntegerLanes(), bits));
 }
 DIALECT_UNARY(exponentAboutOne, Float, exponentRegister)
 DIALECT_UNARY(mantissaAboutOne, Float, mantissaRegister)

@@ -10,7 +10,8 @@ namespace kelvaro {
 
 namespace {
 
-constexpr int kColumns = 64; // added to all lines at a time: their input stays in the first cache
+constexpr int kColumns =
+    512; // added to all lines at a time: rows stream in, and stay in the caches
 
 struct Axis {
     const std::int32_t* first; // of the tile's outputs

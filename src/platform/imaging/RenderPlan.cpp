@@ -56,6 +56,17 @@ PixelRect stretchInput(const PixelRect& rect, const PixelRect& over, const Pixel
     return clampedRect({x0, y0, x1 - x0, y1 - y0}, from);
 }
 
+// All that the filters read. Positions never decrease, so the first and the last bound it.
+PixelRect inputOf(const LanczosTables& tables) {
+    const auto reach = [](const FilterTaps& taps) {
+        return taps.first.back() + taps.taps - taps.first.front();
+    };
+    return {tables.columns.first.front(), tables.lines.first.front(), reach(tables.columns),
+            reach(tables.lines)};
+}
+
+constexpr std::size_t kLongChain = 16; // steps
+
 // A Lanczos step draws its input itself, block by block.
 std::size_t plannedInputs(const ImageNode& node) {
     return std::holds_alternative<LanczosOperation>(node.operation) ? 0 : node.inputs.size();
@@ -90,6 +101,8 @@ PixelRect inputRequirement(const ImageNode& node, std::size_t index, const Pixel
 RenderPlan::RenderPlan(std::vector<Image> images, const PixelRect& output)
     : images_(std::move(images)) {
     collectSteps();
+    countReads();
+    prepareStretches(output);
     prepareLanczos(output);
 }
 
@@ -111,7 +124,7 @@ void RenderPlan::collectSteps() {
             const ImageNode* input = &visit.node->inputs[visit.nextInput++].node();
             if (!finished.contains(input)) open.push_back({input});
         } else {
-            PlanStep step{visit.node, {}, {}};
+            PlanStep step{visit.node, {}, {}, {}, 0, false};
             for (std::size_t i = 0; i < plannedInputs(*visit.node); ++i)
                 step.inputs.push_back(finished.at(&visit.node->inputs[i].node()));
             finished.emplace(visit.node, steps_.size());
@@ -121,6 +134,35 @@ void RenderPlan::collectSteps() {
     }
     for (const Image& image : images_)
         roots_.push_back(finished.at(&image.node()));
+}
+
+// Kernels say what they read; a colour matrix reads all; other operations treat all planes alike.
+void RenderPlan::countReads() {
+    for (const std::size_t root : roots_)
+        steps_[root].planes = 3;
+    for (std::size_t i = steps_.size(); i-- > 0;)
+        for (std::size_t k = 0; k < steps_[i].inputs.size(); ++k) {
+            const Operation& operation = steps_[i].node->operation;
+            PlanStep& input = steps_[steps_[i].inputs[k]];
+            const auto* kernel = std::get_if<KernelOperation>(&operation);
+            const bool matrix = std::holds_alternative<ColourMatrixOperation>(operation);
+            const int read = kernel ? kernel->kernel->planes[k] : matrix ? 3 : steps_[i].planes;
+            input.planes = std::max(input.planes, read);
+            input.feedsKernel = input.feedsKernel || kernel || matrix;
+        }
+}
+
+void RenderPlan::prepareStretches(const PixelRect& output) {
+    const std::vector<PixelRect> needed = requirements(output);
+    for (std::size_t i = 0; i < steps_.size(); ++i) {
+        const ImageNode& node = *steps_[i].node;
+        if (!std::holds_alternative<StretchOperation>(node.operation) || needed[i].isEmpty())
+            continue;
+        const PixelRect &from = node.inputs[0].extent(), &over = node.extent, &rect = needed[i];
+        steps_[i].stretch = std::make_shared<const StretchTables>(StretchTables{
+            rect, stretchTaps(from.x, from.width, over.x, over.width, rect.x, rect.width),
+            stretchTaps(from.y, from.height, over.y, over.height, rect.y, rect.height)});
+    }
 }
 
 void RenderPlan::prepareLanczos(const PixelRect& output) {
@@ -144,7 +186,7 @@ void RenderPlan::prepareLanczos(const PixelRect& output) {
         group->tables = {rect, lanczosTaps(across, rect.x, rect.width),
                          lanczosTaps(up, rect.y, rect.height)};
         group->input =
-            std::make_shared<const RenderPlan>(std::move(inputs), lanczosInput(*op, rect, from));
+            std::make_shared<const RenderPlan>(std::move(inputs), inputOf(group->tables));
         for (const std::size_t member : group->members)
             steps_[member].lanczos = group;
     }
@@ -176,8 +218,9 @@ std::vector<PixelRect> RenderPlan::requirements(const PixelRect& output) const {
     return needed;
 }
 
-// Wide and low for point-wise chains (their planes stay in the second-level cache); taller where a
-// halo around each tile is computed more than once, but enough of them to keep all cores busy.
+// Wide and low for point-wise chains (their planes stay in the second-level cache), lower for long
+// ones, which keep more images; taller where a halo around each tile is computed more than once,
+// but enough of them to keep all cores busy.
 PixelSize RenderPlan::tileSize(int height) const {
     const bool halo = std::any_of(steps_.begin(), steps_.end(), [](const PlanStep& step) {
         const Operation& operation = step.node->operation;
@@ -185,7 +228,7 @@ PixelSize RenderPlan::tileSize(int height) const {
                std::holds_alternative<BoxBlurOperation>(operation) ||
                std::holds_alternative<AffineOperation>(operation);
     });
-    return {512, halo ? std::clamp(height / 8, 16, 128) : 16};
+    return {512, halo ? std::clamp(height / 8, 16, 128) : steps_.size() > kLongChain ? 8 : 16};
 }
 
 } // namespace kelvaro

@@ -28,10 +28,19 @@ struct LanczosGroup {
     std::shared_ptr<const RenderPlan> input;
 };
 
+// The positions of a stretch over all that a render delivers of it, worked out once.
+struct StretchTables {
+    PixelRect output;
+    LinearTaps columns, lines;
+};
+
 struct PlanStep {
     const ImageNode* node;
     std::vector<std::size_t> inputs; // earlier steps; none for Lanczos steps
     std::shared_ptr<const LanczosGroup> lanczos;
+    std::shared_ptr<const StretchTables> stretch;
+    int planes = 0;           // colour planes that somebody reads, counted from red
+    bool feedsKernel = false; // kernels want their rows aligned
 };
 
 class RenderPlan {
@@ -48,6 +57,8 @@ public:
 
 private:
     void collectSteps();
+    void countReads();
+    void prepareStretches(const PixelRect& output);
     void prepareLanczos(const PixelRect& output);
 
     std::vector<Image> images_; // keep the nodes alive

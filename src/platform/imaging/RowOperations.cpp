@@ -125,28 +125,33 @@ void filterLinesRow(float* const* out, const float* const* in, const LineFilter&
     }
 }
 
-void interpolateRow(float* out, const float* in, const std::int32_t* index, const float* fraction,
-                    std::size_t count) {
+void interpolateRow(float* const* out, const float* const* in, int planes,
+                    const std::int32_t* index, const float* fraction, std::size_t count) {
     const D d;
     const hn::RebindToSigned<D> di;
-    const std::int32_t lanes = static_cast<std::int32_t>(hn::Lanes(d));
-    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+    const std::size_t lanes = hn::Lanes(d);
+    for (std::size_t i = 0; i < count; i += lanes) {
         const auto position = hn::LoadU(di, index + i);
         const auto t = hn::LoadU(d, fraction + i);
         const std::int32_t base = index[i];
-        auto a = hn::Zero(d), b = hn::Zero(d);
-        if (index[i + hn::Lanes(d) - 1] + 1 - base < lanes) {
+        if (index[i + lanes - 1] + 1 - base < static_cast<std::int32_t>(lanes)) {
             // Enlarging: all neighbours stand in one vector, and two permutes fetch them.
-            const auto window = hn::LoadU(d, in + base);
             const auto offset = hn::Sub(position, hn::Set(di, base));
-            a = hn::TableLookupLanes(window, hn::IndicesFromVec(d, offset));
-            b = hn::TableLookupLanes(window,
-                                     hn::IndicesFromVec(d, hn::Add(offset, hn::Set(di, 1))));
+            const auto left = hn::IndicesFromVec(d, offset);
+            const auto right = hn::IndicesFromVec(d, hn::Add(offset, hn::Set(di, 1)));
+            for (int plane = 0; plane < planes; ++plane) {
+                const auto window = hn::LoadU(d, in[plane] + base);
+                const auto a = hn::TableLookupLanes(window, left);
+                const auto b = hn::TableLookupLanes(window, right);
+                hn::StoreU(hn::MulAdd(t, hn::Sub(b, a), a), d, out[plane] + i);
+            }
         } else {
-            a = hn::GatherIndex(d, in, position);
-            b = hn::GatherIndex(d, in + 1, position);
+            for (int plane = 0; plane < planes; ++plane) {
+                const auto a = hn::GatherIndex(d, in[plane], position);
+                const auto b = hn::GatherIndex(d, in[plane] + 1, position);
+                hn::StoreU(hn::MulAdd(t, hn::Sub(b, a), a), d, out[plane] + i);
+            }
         }
-        hn::StoreU(hn::MulAdd(t, hn::Sub(b, a), a), d, out + i);
     }
 }
 
@@ -428,9 +433,9 @@ void filterLines(float* const* out, const float* const* in, const LineFilter& fi
                  float* scratch) {
     HWY_DYNAMIC_DISPATCH(filterLinesRow)(out, in, filter, scratch);
 }
-void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
-                 std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(interpolateRow)(out, in, index, fraction, count);
+void interpolate(float* const* out, const float* const* in, int planes, const std::int32_t* index,
+                 const float* fraction, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(interpolateRow)(out, in, planes, index, fraction, count);
 }
 void cubic(float* const* out, const float* const* in, int planes, std::ptrdiff_t stride,
            const CubicLine& line) {

@@ -33,9 +33,10 @@ inline constexpr std::size_t kFilterBlock = 64; // outputs whose inputs stay in 
 std::size_t lineScratch(const LineFilter& filter);
 void filterLines(float* const* out, const float* const* in, const LineFilter& filter,
                  float* scratch);
-// out[i] = in[index[i]] + fraction[i] (in[index[i] + 1] − in[index[i]]); index never decreases.
-void interpolate(float* out, const float* in, const std::int32_t* index, const float* fraction,
-                 std::size_t count);
+// out[plane][i] = in[plane][index[i]] + fraction[i] (in[plane][index[i] + 1] − in[plane][index[i]])
+// for one to four planes; index never decreases.
+void interpolate(float* const* out, const float* const* in, int planes, const std::int32_t* index,
+                 const float* fraction, std::size_t count);
 // A row of a Catmull-Rom resampling, all planes, where the 4 × 4 neighbours of every pixel lie
 // inside the stored picture. Pixel i reads around column u + (x + i) du and row v + (x + i) dv,
 // counted in centres of stored pixels from the place where the storage has originColumn and

@@ -81,9 +81,10 @@ public:
           pool_(pool),
           needed_(plan.requirements(output)),
           tiles_(plan.steps().size()),
+          standing_(plan.steps().size()),
           users_(plan.steps().size()) {}
 
-    std::vector<Tile> run(const PixelRect& output) {
+    void run(const PixelRect& output, const UseTiles& use) {
         const auto& steps = plan_.steps();
         for (const std::size_t root : plan_.roots())
             ++users_[root];
@@ -93,37 +94,55 @@ public:
                     ++users_[input];
         for (std::size_t i = 0; i < steps.size(); ++i) {
             if (needed_[i].isEmpty()) continue;
-            if (tiles_[i].isEmpty()) tiles_[i] = evaluate(steps[i], needed_[i]);
+            standing_[i] = standing(steps[i], needed_[i]);
+            if (tiles_[i].isEmpty() && !standing_[i].planes[0])
+                tiles_[i] = evaluate(steps[i], needed_[i]);
             for (const std::size_t input : steps[i].inputs)
                 if (--users_[input] == 0) tiles_[input] = Tile();
         }
-        std::vector<Tile> finished;
-        for (const std::size_t root : plan_.roots())
-            finished.push_back(taken(root, output));
-        return finished;
+        std::vector<Tile> padded(plan_.roots().size());
+        std::vector<ConstTileView> finished;
+        for (std::size_t i = 0; i < padded.size(); ++i)
+            finished.push_back(covering(plan_.roots()[i], output, false, padded[i]));
+        use(finished);
     }
 
 private:
-    // Input `k` of `step` over exactly `rect`: the tile itself where it fits, else a copy in
-    // `scratch` (transparent outside the input's extent).
-    ConstTileView covering(const PlanStep& step, std::size_t k, const PixelRect& rect,
-                           bool needsAlpha, Tile& scratch) {
-        const Tile& tile = tiles_[step.inputs[k]];
-        const bool alpha = needsAlpha || tile.view().hasAlpha() || !tile.rect().contains(rect);
-        if (tile.rect() == rect && alpha == tile.view().hasAlpha()) return tile.view();
+    // The part of a source's pixels that is needed, where they stand and lie as they must.
+    static ConstTileView standing(const PlanStep& step, const PixelRect& rect) {
+        const auto* op = std::get_if<SourceOperation>(&step.node->operation);
+        if (!op) return {};
+        ConstTileView all = op->source->standing();
+        const std::ptrdiff_t across = rect.x - all.rect.x;
+        if (!all.planes[0] || (step.feedsKernel && across % kRowGroup != 0)) return {};
+        ConstTileView part{};
+        part.rect = rect;
+        part.stride = all.stride;
+        const int top = rowOfLine(all.rect, lineOfRow(rect, 0));
+        for (int plane = 0; plane < planeCount(all); ++plane)
+            part.planes[plane] = all.row(plane, top) + across;
+        return part;
+    }
+
+    ConstTileView viewOf(std::size_t step) const {
+        return standing_[step].planes[0] ? standing_[step] : ConstTileView(tiles_[step].view());
+    }
+
+    // What `step` has made over exactly `rect`: the tile itself where it fits, else a copy in
+    // `scratch` (transparent outside the image's extent).
+    ConstTileView covering(std::size_t step, const PixelRect& rect, bool needsAlpha,
+                           Tile& scratch) {
+        const ConstTileView made = viewOf(step);
+        const bool alpha = needsAlpha || made.hasAlpha() || !made.rect.contains(rect);
+        if (made.rect == rect && alpha == made.hasAlpha()) return made;
         scratch = Tile(pool_, rect, alpha);
-        copyPadded(tile.view(), scratch.view());
+        copyPadded(made, scratch.view());
         return scratch.view();
     }
 
-    bool isLastUse(std::size_t input) const { return users_[input] == 1; }
-
-    Tile taken(std::size_t root, const PixelRect& output) {
-        Tile& tile = tiles_[root];
-        if (tile.rect() == output && users_[root]-- == 1) return std::move(tile);
-        Tile padded(pool_, output, tile.view().hasAlpha() || !tile.rect().contains(output));
-        copyPadded(tile.view(), padded.view());
-        return padded;
+    // Whether `step` may write over its first input's tile, or keep it.
+    bool isLastUse(std::size_t input) const {
+        return users_[input] == 1 && !standing_[input].planes[0];
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect) {
@@ -150,7 +169,7 @@ private:
         Tile scratch[kMaximumKernelInputs];
         ConstTileView inputs[kMaximumKernelInputs];
         for (std::size_t k = 0; k < step.inputs.size(); ++k)
-            inputs[k] = covering(step, k, rect, false, scratch[k]);
+            inputs[k] = covering(step.inputs[k], rect, false, scratch[k]);
         Tile out;
         if (!step.inputs.empty() && scratch[0].isEmpty() && isLastUse(step.inputs[0]))
             out = std::move(tiles_[step.inputs[0]]); // in place
@@ -181,9 +200,10 @@ private:
         for (int x = area.x; x < area.right(); x += size.width)
             for (int y = area.y; y < area.top(); y += size.height) {
                 const PixelRect block = intersection({x, y, size.width, size.height}, area);
-                const std::vector<Tile> tiles = evaluateTiles(*group.input, block, pool_);
-                for (std::size_t i = 0; i < sums.size(); ++i)
-                    sums[i].add(tiles[i].view());
+                evaluateTiles(*group.input, block, pool_, [&](const auto& tiles) {
+                    for (std::size_t i = 0; i < sums.size(); ++i)
+                        sums[i].add(tiles[i]);
+                });
             }
         Tile own;
         for (std::size_t i = 0; i < sums.size(); ++i) {
@@ -198,54 +218,54 @@ private:
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const BoxBlurOperation& op) {
         Tile scratch;
         const ConstTileView in =
-            covering(step, 0, outset(rect, op.radius), step.node->hasAlpha, scratch);
+            covering(step.inputs[0], outset(rect, op.radius), step.node->hasAlpha, scratch);
         Tile out(pool_, rect, in.hasAlpha());
-        boxBlurTile(op.radius, in, out.view());
+        boxBlurTile(op.radius, step.planes, in, out.view());
         return out;
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const ClampOperation&) {
-        const Tile& in = tiles_[step.inputs[0]];
-        Tile out(pool_, rect, in.view().hasAlpha());
-        clampTile(in.view(), out.view());
+        const ConstTileView in = viewOf(step.inputs[0]);
+        Tile out(pool_, rect, in.hasAlpha());
+        clampTile(in, out.view());
         return out;
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const CropOperation&) {
         Tile scratch;
-        covering(step, 0, rect, false, scratch);
+        covering(step.inputs[0], rect, false, scratch);
         if (!scratch.isEmpty()) return scratch;
         return copyOrMove(step, rect);
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const TranslateOperation& op) {
-        const Tile& in = tiles_[step.inputs[0]];
-        ConstTileView moved = in.view();
+        ConstTileView moved = viewOf(step.inputs[0]);
         moved.rect.x += op.dx;
         moved.rect.y += op.dy;
-        Tile out(pool_, rect, in.view().hasAlpha());
+        Tile out(pool_, rect, moved.hasAlpha());
         copyPadded(moved, out.view());
         return out;
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const AffineOperation& op) {
-        const Tile& in = tiles_[step.inputs[0]];
-        Tile out(pool_, rect, in.view().hasAlpha());
-        affineTile(op, step.node->inputs[0].extent(), in.view(), out.view());
+        const ConstTileView in = viewOf(step.inputs[0]);
+        Tile out(pool_, rect, in.hasAlpha());
+        affineTile(op, step.node->inputs[0].extent(), in, out.view());
         return out;
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const StretchOperation&) {
-        const Tile& in = tiles_[step.inputs[0]];
-        Tile out(pool_, rect, in.view().hasAlpha());
-        stretchTile(step.node->inputs[0].extent(), step.node->extent, in.view(), out.view(), pool_);
+        const ConstTileView in = viewOf(step.inputs[0]);
+        Tile out(pool_, rect, in.hasAlpha());
+        stretchTile(*step.stretch, step.planes, in, out.view(), pool_);
         return out;
     }
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const OverOperation&) {
         Tile scratch[2];
-        const ConstTileView top = covering(step, 0, rect, true, scratch[0]);
-        const ConstTileView bottom = covering(step, 1, rect, step.node->hasAlpha, scratch[1]);
+        const ConstTileView top = covering(step.inputs[0], rect, true, scratch[0]);
+        const ConstTileView bottom =
+            covering(step.inputs[1], rect, step.node->hasAlpha, scratch[1]);
         Tile out(pool_, rect, bottom.hasAlpha());
         overTile(top, bottom, out.view());
         return out;
@@ -253,18 +273,18 @@ private:
 
     Tile evaluate(const PlanStep& step, const PixelRect& rect, const MaximumOperation&) {
         Tile scratch[2];
-        const ConstTileView a = covering(step, 0, rect, step.node->hasAlpha, scratch[0]);
-        const ConstTileView b = covering(step, 1, rect, step.node->hasAlpha, scratch[1]);
+        const ConstTileView a = covering(step.inputs[0], rect, step.node->hasAlpha, scratch[0]);
+        const ConstTileView b = covering(step.inputs[1], rect, step.node->hasAlpha, scratch[1]);
         Tile out(pool_, rect, step.node->hasAlpha);
         maximumTile(a, b, out.view());
         return out;
     }
 
     Tile copyOrMove(const PlanStep& step, const PixelRect& rect) {
-        Tile& in = tiles_[step.inputs[0]];
-        if (isLastUse(step.inputs[0])) return std::move(in);
-        Tile out(pool_, rect, in.view().hasAlpha());
-        copyPadded(in.view(), out.view());
+        if (isLastUse(step.inputs[0])) return std::move(tiles_[step.inputs[0]]);
+        const ConstTileView in = viewOf(step.inputs[0]);
+        Tile out(pool_, rect, in.hasAlpha());
+        copyPadded(in, out.view());
         return out;
     }
 
@@ -272,13 +292,15 @@ private:
     TilePool& pool_;
     std::vector<PixelRect> needed_;
     std::vector<Tile> tiles_;
-    std::vector<int> users_; // steps and roots that still need the tile
+    std::vector<ConstTileView> standing_; // of sources that are read where they are
+    std::vector<int> users_;              // steps and roots that still need the tile
 };
 
 } // namespace
 
-std::vector<Tile> evaluateTiles(const RenderPlan& plan, const PixelRect& output, TilePool& pool) {
-    return Evaluation(plan, output, pool).run(output);
+void evaluateTiles(const RenderPlan& plan, const PixelRect& output, TilePool& pool,
+                   const UseTiles& use) {
+    Evaluation(plan, output, pool).run(output, use);
 }
 
 } // namespace kelvaro

@@ -5,10 +5,16 @@
 #include "platform/imaging/RenderPlan.h"
 #include "platform/imaging/TilePool.h"
 
+#include <functional>
+
 namespace kelvaro {
 
-// The finished tiles, one for each image of the plan, cover exactly `output`; where that reaches
-// outside an image it is transparent. Throws std::bad_alloc.
-std::vector<Tile> evaluateTiles(const RenderPlan& plan, const PixelRect& output, TilePool& pool);
+// One view for each image of the plan, over exactly the rectangle that was asked for; where that
+// reaches outside an image it is transparent. They last as long as the call.
+using UseTiles = std::function<void(const std::vector<ConstTileView>&)>;
+
+// Throws std::bad_alloc.
+void evaluateTiles(const RenderPlan& plan, const PixelRect& output, TilePool& pool,
+                   const UseTiles& use);
 
 } // namespace kelvaro

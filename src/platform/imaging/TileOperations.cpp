@@ -1,5 +1,6 @@
 #include "platform/imaging/TileOperations.h"
 
+#include "base/Require.h"
 #include "platform/ImageSpace.h"
 #include "platform/imaging/Resampling.h"
 #include "platform/imaging/RowOperations.h"
@@ -17,38 +18,49 @@ int planeCount(const TileView& view) {
     return view.hasAlpha() ? 4 : 3;
 }
 
-void makeRelative(std::vector<std::int32_t>& indices, int origin) {
-    for (std::int32_t& index : indices)
-        index -= origin;
+// Those of `width` outputs from `first` on, counted from the input's column `origin`. Vector code
+// reads whole groups: the padding repeats the last position.
+LinearTaps partOf(const LinearTaps& taps, int first, std::size_t width, int origin) {
+    const std::size_t padded = (width + kRowGroup - 1) / kRowGroup * kRowGroup;
+    LinearTaps part;
+    part.index.reserve(padded);
+    for (std::size_t i = 0; i < width; ++i)
+        part.index.push_back(taps.index[std::size_t(first) + i] - origin);
+    part.fraction.assign(taps.fraction.begin() + first,
+                         taps.fraction.begin() + first + std::ptrdiff_t(width));
+    part.index.resize(padded, part.index.back());
+    part.fraction.resize(padded, part.fraction.back());
+    return part;
 }
 
 } // namespace
 
-void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
+void stretchTile(const StretchTables& tables, int planes, const ConstTileView& in,
                  const TileView& out, TilePool& pool) {
-    const std::size_t width = std::size_t(out.rect.width);
-    LinearTaps columns =
-        stretchTaps(from.x, from.width, over.x, over.width, out.rect.x, out.rect.width);
-    makeRelative(columns.index, in.rect.x);
-    // Vector code reads whole groups: the padding repeats the last position.
-    columns.index.resize((width + kRowGroup - 1) / kRowGroup * kRowGroup, columns.index.back());
-    columns.fraction.resize(columns.index.size(), columns.fraction.back());
-    const LinearTaps lines =
-        stretchTaps(from.y, from.height, over.y, over.height, out.rect.y, out.rect.height);
-    const Tile mixed(pool, {in.rect.x, 0, in.rect.width + 1, 1}, false);
-    float* const row = mixed.view().row(0, 0);
+    KELVARO_REQUIRE(tables.output.contains(out.rect));
+    const std::size_t width = std::size_t(out.rect.width), inWidth = std::size_t(in.rect.width);
+    const LinearTaps columns =
+        partOf(tables.columns, out.rect.x - tables.output.x, width, in.rect.x);
+    int used[kPlanes], count = 0;
+    for (int plane = 0; plane < planes; ++plane)
+        used[count++] = plane;
+    if (out.hasAlpha()) used[count++] = 3;
+    const Tile mixed(pool, {0, 0, in.rect.width + 1, kPlanes}, false);
+    float *from[kPlanes], *to[kPlanes];
     for (int line = 0; line < out.rect.height; ++line) {
-        const int lower = lines.index[std::size_t(line)];
+        const auto at = std::size_t(out.rect.y + line - tables.output.y);
+        const int lower = tables.lines.index[at];
         const int upper = std::min(lower + 1, in.rect.top() - 1);
         const int target = rowOfLine(out.rect, out.rect.y + line);
-        for (int plane = 0; plane < planeCount(out); ++plane) {
-            rows::mix(row, in.row(plane, rowOfLine(in.rect, lower)),
-                      in.row(plane, rowOfLine(in.rect, upper)), lines.fraction[std::size_t(line)],
-                      std::size_t(in.rect.width));
-            row[in.rect.width] = row[in.rect.width - 1]; // right neighbour of a one-pixel input
-            rows::interpolate(out.row(plane, target), row, columns.index.data(),
-                              columns.fraction.data(), width);
+        for (int i = 0; i < count; ++i) {
+            from[i] = mixed.view().row(0, i);
+            to[i] = out.row(used[i], target);
+            rows::mix(from[i], in.row(used[i], rowOfLine(in.rect, lower)),
+                      in.row(used[i], rowOfLine(in.rect, upper)), tables.lines.fraction[at],
+                      inWidth);
+            from[i][inWidth] = from[i][inWidth - 1]; // right neighbour of a one-pixel input
         }
+        rows::interpolate(to, from, count, columns.index.data(), columns.fraction.data(), width);
     }
 }
 
@@ -176,12 +188,13 @@ void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstT
 }
 
 // Running sums in double: down the columns, then along each row.
-void boxBlurTile(int radius, const ConstTileView& in, const TileView& out) {
+void boxBlurTile(int radius, int planes, const ConstTileView& in, const TileView& out) {
     const int window = 2 * radius + 1;
     const std::size_t width = std::size_t(in.rect.width);
     const double scale = 1.0 / (double(window) * window);
     std::vector<double> columns(width);
     for (int plane = 0; plane < planeCount(out); ++plane) {
+        if (plane >= planes && plane < 3) continue;
         std::fill(columns.begin(), columns.end(), 0.0);
         for (int row = 0; row < in.rect.height; ++row) {
             const float* entering = in.row(plane, row);

@@ -7,13 +7,14 @@
 
 namespace kelvaro {
 
-void stretchTile(const PixelRect& from, const PixelRect& over, const ConstTileView& in,
+// Writes the first `planes` colours, and alpha where there is one; `tables` cover out.rect.
+void stretchTile(const StretchTables& tables, int planes, const ConstTileView& in,
                  const TileView& out, TilePool& pool);
 // `extent` is the input image's.
 void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstTileView& in,
                 const TileView& out);
-// `in` covers out.rect with `radius` pixels more on every side.
-void boxBlurTile(int radius, const ConstTileView& in, const TileView& out);
+// `in` covers out.rect with `radius` pixels more on every side. Writes what stretchTile does.
+void boxBlurTile(int radius, int planes, const ConstTileView& in, const TileView& out);
 void clampTile(const ConstTileView& in, const TileView& out);
 
 } // namespace kelvaro

@@ -66,7 +66,7 @@ public:
                 rasters.emplace_back(rect, image.hasAlpha() || !image.extent().contains(rect));
             const bool done = forEachTile(images, rect, cancellation, [&](const auto& tiles) {
                 for (std::size_t i = 0; i < rasters.size(); ++i)
-                    copyTile(tiles[i].view(), rasters[i].view());
+                    copyTile(tiles[i], rasters[i].view());
             });
             if (!done) return fail(FailureKind::cancelled, "The rendering was stopped.");
             return rasters;
@@ -84,7 +84,7 @@ public:
             Bitmap bitmap(rect.size(), alpha ? 4 : 3, format.type);
             const std::size_t pixelBytes = sampleBytes(format.type) * (alpha ? 4 : 3);
             const bool done = forEachTile({image}, rect, cancellation, [&](const auto& tiles) {
-                const TileView& tile = tiles.front().view();
+                const ConstTileView& tile = tiles.front();
                 const int firstRow = rowOfLine(rect, lineOfRow(tile.rect, 0));
                 for (int row = 0; row < tile.rect.height; ++row) {
                     const float* planes[4] = {};
@@ -107,7 +107,7 @@ private:
         return fail(FailureKind::outOfMemory, "There is not enough memory for this picture.");
     }
 
-    static void copyTile(const TileView& tile, const TileView& target) {
+    static void copyTile(const ConstTileView& tile, const TileView& target) {
         const int firstRow = rowOfLine(target.rect, lineOfRow(tile.rect, 0));
         const std::size_t bytes = std::size_t(tile.rect.width) * sizeof(float);
         for (int plane = 0; plane < (target.hasAlpha() ? 4 : 3); ++plane) {
@@ -138,7 +138,7 @@ private:
             const PixelRect cell{rect.x + index % columns * size.width,
                                  rect.top() - (index / columns + 1) * size.height, size.width,
                                  size.height};
-            use(evaluateTiles(plan, intersection(cell, rect), pools.local()));
+            evaluateTiles(plan, intersection(cell, rect), pools.local(), use);
         };
         arena_.execute([&] { tbb::parallel_for(0, columns * lines, runTile); });
         return !stopped;

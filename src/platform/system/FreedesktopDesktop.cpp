@@ -38,11 +38,6 @@ std::string contentOf(const char* path) {
 class FreedesktopDesktop final : public QObject, public Desktop {
     Q_OBJECT
 public:
-    FreedesktopDesktop() {
-        QDBusConnection::sessionBus().connect("", "/org/freedesktop/portal/desktop",
-                                              "org.freedesktop.portal.Settings", "SettingChanged",
-                                              this, SLOT(tellChanged()));
-    }
     void showFiles(const std::vector<std::filesystem::path>& files) override {
         if (files.empty()) return;
         QStringList urls;
@@ -85,6 +80,9 @@ public:
     }
     void onPreferencesChanged(std::function<void()> changed) override {
         changed_ = std::move(changed);
+        QDBusConnection::sessionBus().connect("", "/org/freedesktop/portal/desktop",
+                                              "org.freedesktop.portal.Settings", "SettingChanged",
+                                              this, SLOT(tellChanged()));
     }
     Q_SLOT void tellChanged() {
         if (changed_) changed_();

@@ -15,8 +15,8 @@
 #include <algorithm>
 
 namespace kelvaro {
-EditorPage::EditorPage(const Appearance& appearance, const EditorParts& parts, QWidget* window)
-    : QWidget(window),
+EditorPage::EditorPage(const Appearance& appearance, const EditorParts& parts, QWidget* parent)
+    : QWidget(parent),
       appearance_(appearance),
       parts_(parts),
       model_(parts.editing.saver(),
@@ -26,14 +26,14 @@ EditorPage::EditorPage(const Appearance& appearance, const EditorParts& parts, Q
       canvas_(new EditorCanvas(appearance, parts.engine, parts.sessions, this)),
       inspector_(new InspectorView(appearance, parts.commands, this)),
       photoBar_(new PhotoBar(appearance, parts.library, parts.thumbnails, this)),
-      kelvin_(new KelvinPopover(appearance, window, inspector_->row("temperature"))),
-      presets_(new PresetPopover(appearance, window, bar_->presetsButton())),
+      kelvin_(new KelvinPopover(appearance, parent->window(), inspector_->row("temperature"))),
+      presets_(new PresetPopover(appearance, parent->window(), bar_->presetsButton())),
       veils_{new DimLayer(appearance, inspector_), new DimLayer(appearance, photoBar_)},
       menu_(makeMenu()),
       pick_(*canvas_),
       mask_(model_) {
     setObjectName("editor");
-    makeLayout(window);
+    makeLayout();
     bindCommands();
     bindCanvas();
     bindInspector();
@@ -50,7 +50,7 @@ EditorPage::~EditorPage() {
     parts_.editing.onSaverChanged = nullptr;
 }
 
-void EditorPage::makeLayout(QWidget*) {
+void EditorPage::makeLayout() {
     auto* left = new QVBoxLayout;
     left->setContentsMargins(0, 0, 0, 0);
     left->setSpacing(0);

@@ -39,10 +39,12 @@ class EditorPage final : public QWidget {
 public:
     using Mode = InspectorView::Mode;
 
-    EditorPage(const Appearance& appearance, const EditorParts& parts, QWidget* window);
+    EditorPage(const Appearance& appearance, const EditorParts& parts, QWidget* parent);
     ~EditorPage() override;
 
     void setScreenProfile(const QColorSpace& profile);
+    // Opens what the library has open; by itself when that changes.
+    void showOpenPhoto();
     void setSidePanel(QWidget* panel) { middle_->addWidget(panel); }
     // Of `circumstance`: what the open photo adds to the window's.
     unsigned circumstances() const;
@@ -76,7 +78,7 @@ protected:
 
 private:
     // --- EditorPage.cpp ---
-    void makeLayout(QWidget* window);
+    void makeLayout();
     void bindCommands();
     void bindCanvas();
     void refresh();
@@ -87,7 +89,6 @@ private:
 
     // --- EditorPageOpening.cpp ---
     void observeStore();
-    void showOpenPhoto();
     void learn(const Result<PhotoFacts>& facts);
     void checkSidecar(const PhotoUrl& photo);
     void storeChanged();

@@ -2,29 +2,14 @@
 
 #include "ui/Texts.h"
 
-#include <QPointer>
-#include <QWindow>
-
 namespace kelvaro {
 namespace {
 
-class CellAccess final : public QAccessibleInterface {
+class CellAccess final : public ItemAccess {
 public:
-    CellAccess(GridView* grid, int index) : grid_(grid), index_(index) {}
+    CellAccess(GridView* grid, int index) : ItemAccess(grid, index), grid_(grid), index_(index) {}
 
-    int index() const { return index_; }
-    bool isValid() const override { return grid_ && index_ < grid_->content().count(); }
-    QObject* object() const override { return nullptr; }
-    QWindow* window() const override { return grid_ ? grid_->window()->windowHandle() : nullptr; }
-    QAccessibleInterface* parent() const override {
-        return QAccessible::queryAccessibleInterface(grid_);
-    }
-    QAccessibleInterface* child(int) const override { return nullptr; }
-    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
-    QAccessible::Role role() const override { return QAccessible::ListItem; }
-    void setText(QAccessible::Text, const QString&) override {}
+    bool isValid() const override { return widget() && index_ < grid_->content().count(); }
 
     QString text(QAccessible::Text kind) const override {
         if (!isValid() || kind != QAccessible::Name) return {};
@@ -51,8 +36,8 @@ public:
     }
 
 private:
-    QPointer<GridView> grid_;
-    int index_;
+    GridView* const grid_;
+    const int index_;
 };
 
 QAccessibleInterface* gridInterface(const QString&, QObject* object) {
@@ -62,12 +47,7 @@ QAccessibleInterface* gridInterface(const QString&, QObject* object) {
 
 } // namespace
 
-GridAccess::GridAccess(GridView* grid) : QAccessibleWidget(grid, QAccessible::List), grid_(grid) {}
-
-GridAccess::~GridAccess() {
-    for (const auto& [index, id] : made_)
-        QAccessible::deleteAccessibleInterface(id);
-}
+GridAccess::GridAccess(GridView* grid) : ItemsAccess(grid, QAccessible::List), grid_(grid) {}
 
 void GridAccess::install() {
     QAccessible::removeFactory(gridInterface);
@@ -78,22 +58,12 @@ int GridAccess::childCount() const {
     return grid_->content().count();
 }
 
-QAccessibleInterface* GridAccess::child(int index) const {
-    if (index < 0 || index >= childCount()) return nullptr;
-    if (const auto known = made_.find(index); known != made_.end())
-        return QAccessible::accessibleInterface(known->second);
-    auto* cell = new CellAccess(grid_, index);
-    made_[index] = QAccessible::registerAccessibleInterface(cell);
-    return cell;
+ItemAccess* GridAccess::makeItem(int index) const {
+    return new CellAccess(grid_, index);
 }
 
 QAccessibleInterface* GridAccess::focusChild() const {
     return child(grid_->selection().current());
-}
-
-int GridAccess::indexOfChild(const QAccessibleInterface* child) const {
-    const auto* cell = dynamic_cast<const CellAccess*>(child);
-    return cell ? cell->index() : -1;
 }
 
 } // namespace kelvaro

@@ -2,30 +2,25 @@
 // with what their badges say, whether they are selected and which one has the keyboard.
 #pragma once
 
+#include "ui/controls/ItemAccess.h"
 #include "ui/grid/GridView.h"
-
-#include <QAccessibleWidget>
-
-#include <unordered_map>
 
 namespace kelvaro {
 
-class GridAccess final : public QAccessibleWidget {
+class GridAccess final : public ItemsAccess {
 public:
     explicit GridAccess(GridView* grid);
-    ~GridAccess() override;
 
     // Makes Qt ask us for grids; may be called often.
     static void install();
 
     int childCount() const override;
-    QAccessibleInterface* child(int index) const override;
     QAccessibleInterface* focusChild() const override;
-    int indexOfChild(const QAccessibleInterface* child) const override;
 
 private:
+    ItemAccess* makeItem(int index) const override;
+
     GridView* grid_;
-    mutable std::unordered_map<int, QAccessible::Id> made_; // only items that were asked for
 };
 
 } // namespace kelvaro

@@ -137,8 +137,11 @@ void GridView::contextMenuEvent(QContextMenuEvent* event) {
 
 void GridView::startDrag() {
     QList<QUrl> urls;
-    for (const int index : selection_.indexes())
-        urls << QUrl::fromLocalFile(QString::fromStdString(content_.file(index).string()));
+    for (const int index : selection_.indexes()) {
+        // Bytes, not text: a name need not be valid UTF-8.
+        const auto path = QByteArray::fromStdString(content_.file(index).string());
+        urls << QUrl::fromEncoded("file://" + path.toPercentEncoding("/"));
+    }
     if (urls.isEmpty()) return;
     auto* data = new QMimeData;
     data->setUrls(urls);

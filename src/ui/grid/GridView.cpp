@@ -55,10 +55,14 @@ QRect GridView::cellOnScreen(int index) const {
     return layout_.cellRect(index).translated(0, -scrollTop());
 }
 
+CellRange GridView::cellsOnScreen() const {
+    return layout_.cellsBetween(scrollTop(), scrollTop() + viewport()->height() - 1);
+}
+
 void GridView::tellWhatIsWanted() {
     const int top = scrollTop(), page = viewport()->height();
-    content_.wants(layout_.cellsBetween(top, top + page - 1),
-                   layout_.cellsBetween(top - page, top + 2 * page), layout_.cellSize());
+    content_.wants(cellsOnScreen(), layout_.cellsBetween(top - page, top + 2 * page),
+                   layout_.cellSize());
 }
 
 void GridView::refreshCell(int index) {

@@ -49,6 +49,8 @@ public:
     const GridLayout& gridLayout() const { return layout_; }
     // The cell's rectangle on the viewport.
     QRect cellOnScreen(int index) const;
+    // The cells that are on the screen now.
+    CellRange cellsOnScreen() const;
 
     std::function<void()> onSelectionChanged;
     std::function<void(int index)> onOpen;

@@ -4,6 +4,7 @@
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLocale>
@@ -30,10 +31,7 @@ FilterPopover::FilterPopover(const Appearance& appearance, QWidget* window, QWid
     clear_ = named(new QPushButton(words("Clear Filters")), "clearFilters", words("Clear Filters"),
                    words("Show photos whatever the filter"));
     clear_->setProperty("kind", "quiet");
-    QObject::connect(clear_, &QPushButton::clicked, this, [this] {
-        onFilter({});
-        rebuild();
-    });
+    QObject::connect(clear_, &QPushButton::clicked, this, [this] { onFilter({}); });
     heading->addWidget(clear_);
     column_->addLayout(heading);
     column_->addWidget(wrappedLabel(words(texts::filterNote), "caption", widthPx - 40));
@@ -84,6 +82,9 @@ void FilterPopover::addGroup(const char* title, const std::vector<Value>& option
 void FilterPopover::rebuild() {
     isStale_ = false;
     shown_ = state_.filter;
+    const QWidget* focused = QApplication::focusWidget();
+    const bool isInside = groups_ && groups_->isAncestorOf(focused);
+    const QString keeper = isInside ? focused->accessibleName() : QString();
     auto* scroll = panel()->findChild<QScrollArea*>("filterScroll");
     groups_ = new QWidget;
     groupColumn_ = new QVBoxLayout(groups_);
@@ -104,6 +105,12 @@ void FilterPopover::rebuild() {
     scroll->setWidget(groups_);
     groups_->setAutoFillBackground(false);
     scroll->setFixedHeight(std::min(groups_->sizeHint().height() + 4, tallestPx));
+    if (!isVisible()) return;
+    // What had the keyboard may have gone with the old boxes, and Esc would find nobody.
+    for (QCheckBox* box : groups_->findChildren<QCheckBox*>()) {
+        if (isInside && box->accessibleName() == keeper) return box->setFocus();
+    }
+    if (!isAncestorOf(QApplication::focusWidget())) focusNextPrevChild(true);
 }
 
 } // namespace kelvaro

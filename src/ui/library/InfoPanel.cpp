@@ -6,7 +6,6 @@
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
 
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
@@ -34,11 +33,18 @@ InfoPanel::InfoPanel(const Appearance& appearance, LibraryStore& lib, Rows rows,
     name_->setObjectName("infoName");
     state_->setObjectName("infoState");
     name_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    scroll_ = new QScrollArea(this);
-    scroll_->setWidgetResizable(true);
-    scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    named(scroll_, "infoRows", words("Photo Info"), words("Everything the photo's file tells"));
-    scroll_->setToolTip({});
+    // One text for all rows: a widget for each would take longer to make than a glance.
+    text_ = named(new QTextEdit(this), "infoRows", words("Photo Info"),
+                  words("Everything the photo's file tells"));
+    text_->setToolTip({});
+    text_->setReadOnly(true);
+    text_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    text_->setTabChangesFocus(true);
+    text_->setFrameShape(QFrame::NoFrame);
+    text_->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    text_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    text_->document()->setDocumentMargin(0);
+    text_->viewport()->setAutoFillBackground(false);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(16, 8, 0, 0);
     column->setSpacing(measure::unit / 2);
@@ -46,7 +52,7 @@ InfoPanel::InfoPanel(const Appearance& appearance, LibraryStore& lib, Rows rows,
     column->addLayout(heading);
     column->addWidget(name_);
     column->addWidget(state_);
-    column->addWidget(scroll_, 1);
+    column->addWidget(text_, 1);
     const auto show = [this] { refresh(); };
     subscriptions_.push_back(lib.infoRequest().observe(show));
     subscriptions_.push_back(lib.info().observe(show));
@@ -74,32 +80,30 @@ void InfoPanel::refresh() {
 }
 
 void InfoPanel::showRows(const std::vector<InfoRow>& rows) {
-    auto* content = new QWidget;
-    auto* grid = new QGridLayout(content);
-    grid->setContentsMargins(0, 0, 12, 16);
-    grid->setHorizontalSpacing(measure::unit);
-    grid->setVerticalSpacing(measure::unit / 2);
-    grid->setColumnStretch(1, 1);
+    const QString secondary = appearance_.theme().secondary.name();
+    const QString heading = "<tr><td colspan='2' style='padding-top: %1px; padding-bottom: 4px; "
+                            "font-size: 11px; color: %2'>%3</td></tr>";
+    const QString room = "padding-top: 2px; padding-bottom: 2px; padding-right: ";
+    const QString row = "<tr><td width='%1' style='" + room + "8px; color: %2'>%3</td><td style='" +
+                        room + "12px'>%4</td></tr>";
+    QString html = "<table cellspacing='0' width='100%'>";
     std::string_view section;
-    int line = 0;
-    for (const InfoRow& row : rows) {
-        if (row.section != section) {
-            section = row.section;
-            auto* title = label(words(section), "caption");
-            title->setContentsMargins(0, line == 0 ? 8 : 16, 0, 2);
-            grid->addWidget(title, line++, 0, 1, 2);
+    for (const InfoRow& shown : rows) {
+        if (shown.section != section) {
+            html += heading.arg(section.empty() ? 8 : 20)
+                        .arg(secondary, words(shown.section).toHtmlEscaped());
+            section = shown.section;
         }
-        auto* key = wrappedLabel(words(row.label), "secondary", labelPx);
-        auto* value = label(fromUtf8(row.text));
-        value->setWordWrap(true);
-        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        value->setAccessibleName(words(row.label) + ": " + fromUtf8(row.text));
-        grid->addWidget(key, line, 0, Qt::AlignTop);
-        grid->addWidget(value, line++, 1, Qt::AlignTop);
+        html += row.arg(labelPx).arg(secondary, words(shown.label).toHtmlEscaped(),
+                                     fromUtf8(shown.text).toHtmlEscaped());
     }
-    grid->setRowStretch(line, 1);
-    scroll_->setWidget(content);
-    content->setAutoFillBackground(false);
+    text_->setHtml(html + "</table>");
+}
+
+// The colours are part of the text.
+void InfoPanel::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && text_) refresh();
 }
 
 void InfoPanel::paintEvent(QPaintEvent*) {

@@ -6,7 +6,7 @@
 #include "ui/theme/Appearance.h"
 
 #include <QLabel>
-#include <QScrollArea>
+#include <QTextEdit>
 #include <QVBoxLayout>
 
 #include <functional>
@@ -23,6 +23,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void refresh();
@@ -32,7 +33,7 @@ private:
     LibraryStore& lib_;
     Rows rows_;
     QLabel *name_, *state_;
-    QScrollArea* scroll_;
+    QTextEdit* text_ = nullptr;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -7,12 +7,6 @@
 #include <cmath>
 
 namespace kelvaro {
-namespace {
-
-constexpr std::size_t fewPhotos = 64; // looked for one by one
-
-} // namespace
-
 LibraryGridContent::LibraryGridContent(LibraryStore& lib, CellPictures& pictures)
     : lib_(lib), pictures_(pictures), view_(lib.view().get()) {
     wishes_.setSingleShot(true);
@@ -35,23 +29,6 @@ int LibraryGridContent::indexOf(const PhotoUrl& url) const {
     if (found == photos.end() && lib_.photo(url))
         found = std::ranges::find_if(photos, [&](const Photo* photo) { return photo->url == url; });
     return found == photos.end() ? -1 : static_cast<int>(found - photos.begin());
-}
-
-std::vector<int> LibraryGridContent::indexesOf(const PhotoSet& photos) const {
-    std::vector<int> found;
-    if (photos.empty()) return found;
-    found.reserve(photos.size());
-    if (photos.size() < fewPhotos) {
-        for (const PhotoUrl& url : photos) {
-            if (const int index = indexOf(url); index >= 0) found.push_back(index);
-        }
-        std::ranges::sort(found);
-        return found;
-    }
-    for (int index = 0; index < count(); ++index) {
-        if (photos.contains(photo(index).url)) found.push_back(index);
-    }
-    return found;
 }
 
 std::vector<GridHeading> LibraryGridContent::headings() const {

@@ -17,7 +17,6 @@ public:
     const Photo& photo(int index) const { return *view_->photos[static_cast<size_t>(index)]; }
     // -1 for a photo that is not shown.
     int indexOf(const PhotoUrl& url) const;
-    std::vector<int> indexesOf(const PhotoSet& photos) const;
 
     int count() const override { return static_cast<int>(view_->photos.size()); }
     std::vector<GridHeading> headings() const override;

@@ -44,8 +44,13 @@ IconName iconFor(const EmptyState& state, const Scope& scope, bool isMissing) {
 
 LibraryPage::LibraryPage(const Appearance& appearance, LibraryStore& lib,
                          ThumbnailLoader& thumbnails, CellPictures& pictures,
-                         CommandActions& commands, QWidget* window)
-    : lib_(lib), pictures_(pictures), content_(lib, pictures), lastSeen_(lib, thumbnails) {
+                         CommandActions& commands, QWidget* parent)
+    : QWidget(parent),
+      lib_(lib),
+      pictures_(pictures),
+      content_(lib, pictures),
+      lastSeen_(lib, thumbnails),
+      finder_(content_) {
     sidebar_ = new Sidebar(appearance, this);
     toolbar_ = new Toolbar(appearance, commands.action(CommandId::exportPhotos),
                            commands.action(CommandId::profile), this);
@@ -53,7 +58,7 @@ LibraryPage::LibraryPage(const Appearance& appearance, LibraryStore& lib,
                   words("Arrow keys choose a photo, Return opens it"));
     grid_->setToolTip({});
     empty_ = new EmptyView(appearance, this);
-    filter_ = new FilterPopover(appearance, window, toolbar_->filterButton());
+    filter_ = new FilterPopover(appearance, parent->window(), toolbar_->filterButton());
     menu_ = new QMenu(this);
     menu_->setObjectName("photoMenu");
     for (const CommandId id : menuCommands) {
@@ -78,7 +83,7 @@ void LibraryPage::makeLayout() {
     middle_->addWidget(empty_);
 
     auto* heading = new QHBoxLayout;
-    heading->setContentsMargins(measure::margin, 4, measure::margin, 0);
+    heading->setContentsMargins(measure::margin, measure::unit, measure::margin, 0);
     heading->setSpacing(measure::unit);
     makeRestrictionButtons();
     heading->addWidget(toProfile_);
@@ -164,6 +169,20 @@ void LibraryPage::bindGrid() {
     };
     grid_->onCellSizeWanted = [this](int size) { setCellSize(size); };
     pictures_.onChanged = [this] { grid_->refresh(); };
+    finder_.onFound = [this](std::span<const int> found) {
+        const bool isOne = lib_.selection().get().size() == 1 && found.size() == 1;
+        grid_->showSelection(found, isOne ? found.front() : keptCurrent_);
+    };
+    grid_->installEventFilter(this);
+    grid_->viewport()->installEventFilter(this);
+}
+
+// A hand on the grid works with the whole selection.
+bool LibraryPage::eventFilter(QObject* watched, QEvent* event) {
+    const QEvent::Type type = event->type();
+    if (type == QEvent::MouseButtonPress || type == QEvent::KeyPress || type == QEvent::ContextMenu)
+        finder_.finish();
+    return QWidget::eventFilter(watched, event);
 }
 
 void LibraryPage::observeStore() {
@@ -242,16 +261,15 @@ void LibraryPage::showVisible() {
     } else if (!isSame) {
         grid_->verticalScrollBar()->setValue(0);
     }
-    const std::vector<int> selected = content_.indexesOf(lib_.selection().get());
-    grid_->showSelection(selected, current.empty() ? -1 : content_.indexOf(current));
+    keptCurrent_ = current.empty() ? -1 : content_.indexOf(current);
+    finder_.begin(lib_.selection().get(), grid_->cellsOnScreen());
     showEmptyState();
 }
 
 void LibraryPage::showSelection() {
     if (telling_) return;
-    const std::vector<int> selected = content_.indexesOf(lib_.selection().get());
-    const int current = grid_->selection().current();
-    grid_->showSelection(selected, selected.size() == 1 ? selected.front() : current);
+    keptCurrent_ = grid_->selection().current();
+    finder_.begin(lib_.selection().get(), grid_->cellsOnScreen());
 }
 
 void LibraryPage::tellSelection() {
@@ -260,6 +278,7 @@ void LibraryPage::tellSelection() {
     chosen.reserve(selected.size());
     for (const int index : selected)
         chosen.insert(content_.photo(index).url);
+    finder_.cancel();
     telling_ = true;
     lib_.setSelection(std::move(chosen));
     telling_ = false;

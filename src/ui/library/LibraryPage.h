@@ -9,6 +9,7 @@
 #include "ui/library/FilterPopover.h"
 #include "ui/library/LastSeen.h"
 #include "ui/library/LibraryGridContent.h"
+#include "ui/library/SelectionFinder.h"
 #include "ui/library/Sidebar.h"
 #include "ui/library/Toolbar.h"
 
@@ -27,7 +28,7 @@ class CommandActions;
 class LibraryPage final : public QWidget {
 public:
     LibraryPage(const Appearance& appearance, LibraryStore& lib, ThumbnailLoader& thumbnails,
-                CellPictures& pictures, CommandActions& commands, QWidget* window);
+                CellPictures& pictures, CommandActions& commands, QWidget* parent);
 
     GridView& grid() const { return *grid_; }
     Sidebar& sidebar() const { return *sidebar_; }
@@ -49,6 +50,7 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     // A folder may be dropped anywhere, not only on the sidebar.
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
@@ -82,6 +84,7 @@ private:
     CellPictures& pictures_;
     LibraryGridContent content_;
     LastSeen lastSeen_;
+    SelectionFinder finder_;
     Sidebar* sidebar_;
     Toolbar* toolbar_;
     QLabel *title_, *subtitle_;
@@ -95,6 +98,7 @@ private:
     Scope shownScope_;
     bool shownWhole_ = true;                   // neither searched nor filtered
     std::map<std::string, PhotoPlace> places_; // by scope
+    int keptCurrent_ = -1;                     // while the selection is looked for
     bool telling_ = false;                     // the selection is on its way to the store
     std::vector<Subscription> subscriptions_;
 };

@@ -2,16 +2,23 @@
 
 #include "ui/Texts.h"
 
+#include <utility>
+
 namespace kelvaro {
 
+// Row by row: while folders are looked through, most of many rows stay as they are.
 void SidebarModel::show(const SidebarState& state) {
-    const bool sameRows = state.folders.size() == state_.folders.size();
-    if (!sameRows) beginResetModel();
-    state_ = state;
-    if (sameRows) {
-        Q_EMIT dataChanged(index(0), index(rowCount() - 1));
-    } else {
-        endResetModel();
+    if (state.folders.size() != state_.folders.size()) {
+        beginResetModel();
+        state_ = state;
+        return endResetModel();
+    }
+    const SidebarState old = std::exchange(state_, state);
+    const auto tell = [this](int row) { Q_EMIT dataChanged(index(row), index(row)); };
+    for (int row = 1; row < firstFolder - 1; ++row)
+        tell(row);
+    for (std::size_t at = 0; at < old.folders.size(); ++at) {
+        if (old.folders[at] != state_.folders[at]) tell(firstFolder + static_cast<int>(at));
     }
 }
 

@@ -200,10 +200,7 @@ void Toolbar::showTools(const GridToolsState& state) {
 
 void Toolbar::showSearch(const SearchState& state) {
     const QString text = fromUtf8(state.text);
-    if (search_->text() == text) return;
-    const QSignalBlocker quiet(search_);
-    search_->setText(text);
-    search_->update();
+    if (search_->text() != text) search_->setText(text);
 }
 
 bool Toolbar::eventFilter(QObject* watched, QEvent* event) {

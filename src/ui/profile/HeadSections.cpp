@@ -59,7 +59,7 @@ GreetingSection::GreetingSection(const Appearance& appearance, QWidget* parent)
 }
 
 void GreetingSection::show(const QString& greeting, const QString& time, IconName icon) {
-    greeting_->setText(greeting);
+    greeting_->setText(breakable(greeting));
     time_->setText(time);
     portrait_->show(icon);
 }
@@ -135,8 +135,11 @@ TagsSection::TagsSection(const Appearance& appearance, QWidget* parent)
     evidence_->setWordWrap(true);
 }
 
-void TagsSection::tell(const QString& evidence) {
-    evidence_->setText(evidence);
+void TagsSection::tell(const TagBadge* badge) {
+    const TagBadge* told = badge || badges_.empty() ? badge : badges_.front();
+    for (TagBadge* each : badges_)
+        each->setTold(each == told);
+    evidence_->setText(told ? breakable(told->evidence()) : QString());
 }
 
 void TagsSection::show(const Profile& profile) {
@@ -147,19 +150,17 @@ void TagsSection::show(const Profile& profile) {
     for (TagBadge* badge : badges_)
         delete badge;
     badges_.clear();
-    const auto first = [this] { return badges_.empty() ? QString() : badges_.front()->evidence(); };
     for (const StyleTag& tag : tags_) {
         auto* badge = new TagBadge(appearance_, words(tag.title), words(tag.reason), this);
-        badge->onPointed = [this, first](const TagBadge* at) {
-            tell(at ? at->evidence() : first());
-        };
+        badge->onPointed = [this](const TagBadge* at) { tell(at); };
         badge->setVisible(true);
         badges_.push_back(badge);
     }
-    tell(isYoung
-             ? words(profile.counts.photos < 10 ? "Style tags come with your first ten photos."
-                                                : "No style stands out here: a bit of everything.")
-             : first());
+    tell(nullptr);
+    if (isYoung)
+        evidence_->setText(words(profile.counts.photos < 10
+                                     ? "Style tags come with your first ten photos."
+                                     : "No style stands out here: a bit of everything."));
 }
 
 int TagsSection::arrange(int widthPx) {
@@ -180,7 +181,7 @@ int TagsSection::arrange(int widthPx) {
     int longest = heightOf(evidence_, widthPx);
     for (const TagBadge* badge : badges_) {
         const QRect room = evidence_->fontMetrics().boundingRect(
-            QRect(0, 0, widthPx, 1000), Qt::TextWordWrap, badge->evidence());
+            QRect(0, 0, widthPx, 1000), Qt::TextWordWrap, breakable(badge->evidence()));
         longest = std::max(longest, room.height());
     }
     evidence_->setGeometry(0, top, widthPx, longest);
@@ -198,7 +199,7 @@ void WordsSection::show(const Profile& profile) {
         delete line;
     lines_.clear();
     for (const std::string& sentence : sentences_) {
-        lines_.push_back(label(words(sentence), "body", this));
+        lines_.push_back(label(breakable(words(sentence)), "body", this));
         lines_.back()->setWordWrap(true);
         lines_.back()->setVisible(true);
     }

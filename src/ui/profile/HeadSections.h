@@ -49,7 +49,7 @@ public:
     int arrange(int widthPx) override;
 
 private:
-    void tell(const QString& evidence);
+    void tell(const TagBadge* badge); // null: of the first
 
     const Appearance& appearance_;
     std::vector<StyleTag> tags_;

@@ -2,6 +2,7 @@
 
 #include "profile/Shares.h"
 #include "ui/Texts.h"
+#include "ui/profile/MarkAccess.h"
 
 #include <QAccessible>
 #include <QHelpEvent>
@@ -12,6 +13,7 @@ namespace kelvaro {
 
 MarkView::MarkView(const Appearance& appearance, QWidget* parent)
     : QWidget(parent), appearance_(appearance) {
+    MarkAccess::install();
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -109,9 +111,9 @@ void MarkView::keyPressEvent(QKeyEvent* event) {
     if (wanted == lit_) return QWidget::keyPressEvent(event);
     light(wanted);
     QToolTip::showText(mapToGlobal(place(wanted).bottomLeft().toPoint()), textOf(wanted), this);
-    // Heard at once, while the description of the whole stays.
-    QAccessibleValueChangeEvent told(this, textOf(wanted));
-    QAccessible::updateAccessibility(&told);
+    QAccessibleEvent reached(this, QAccessible::Focus);
+    reached.setChild(wanted);
+    QAccessible::updateAccessibility(&reached);
 }
 
 void MarkView::focusOutEvent(QFocusEvent* event) {

@@ -23,6 +23,8 @@ public:
     const std::vector<Mark>& marks() const { return marks_; }
     // Where the mark can be pointed at, in the widget's pixels.
     virtual QRectF place(int mark) const = 0;
+    int markAt(QPointF position) const; // -1: none
+    int lit() const { return lit_; }    // pointed at or reached by keys; -1: none
     // "ƒ/2.8: 1,204 photos, 32%".
     QString textOf(int mark) const;
 
@@ -31,7 +33,6 @@ public:
 protected:
     // `total` is what a mark's share is of.
     void setMarks(std::vector<Mark> marks, qint64 total, const QString& description);
-    int lit() const { return lit_; } // pointed at or reached by keys; -1: none
     const Theme& theme() const { return appearance_.theme(); }
     // The mark that a key leads to from another; arrow keys go to the neighbours.
     virtual int next(int mark, int key) const;
@@ -45,7 +46,6 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
-    int markAt(QPointF position) const;
     void light(int mark);
     void choose(int mark);
 

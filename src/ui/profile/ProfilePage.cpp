@@ -23,6 +23,7 @@ namespace {
 
 constexpr int pictureWidthPx = 1184, pictureAirPx = 16;
 constexpr double pictureScale = 2;
+constexpr int longLookMs = 400;
 
 } // namespace
 
@@ -65,7 +66,11 @@ ProfilePage::ProfilePage(const Appearance& appearance, ProfileModel& model, Libr
         show();
     };
     watch(model.profile(), [this] { showProfile(); });
-    watch(lib.indexingFolders(), [this] { showIndexing(); });
+    readingLong_.setSingleShot(true);
+    readingLong_.setInterval(longLookMs);
+    QObject::connect(&readingLong_, &QTimer::timeout, this,
+                     [this] { reading_->setText(words("Still reading your photos…")); });
+    watch(lib.isReading(), [this] { showReading(); });
 }
 
 void ProfilePage::makeTools() {
@@ -74,7 +79,7 @@ void ProfilePage::makeTools() {
                        words("Back to Library"), words("Back to Library (Esc)"));
     back->setProperty("kind", "quiet");
     QObject::connect(back, &QPushButton::clicked, this, [this] { onBack(); });
-    indexing_ = label({}, "secondary", tools_);
+    reading_ = label({}, "secondary", tools_);
     periods_ = named(new Choice(appearance_), "profilePeriod", words("Period"),
                      words("The time that the profile tells about"));
     periods_->setMinimumWidth(128);
@@ -97,7 +102,7 @@ void ProfilePage::makeTools() {
     row->setContentsMargins(measure::unit, measure::unit, measure::margin, measure::unit);
     row->setSpacing(measure::unit);
     row->addWidget(back);
-    row->addWidget(indexing_, 1);
+    row->addWidget(reading_, 1);
     row->addWidget(tables_);
     row->addWidget(periods_);
     row->addWidget(share);
@@ -162,9 +167,14 @@ void ProfilePage::showProfile() {
     sheet_->show(*profile, model_.now());
 }
 
-void ProfilePage::showIndexing() {
-    const bool isBusy = !lib_.indexingFolders()->empty();
-    indexing_->setText(isBusy ? words("Still reading your photos…") : QString());
+// Not of a look that is over at once.
+void ProfilePage::showReading() {
+    if (!*lib_.isReading()) {
+        readingLong_.stop();
+        reading_->clear();
+    } else if (reading_->text().isEmpty()) {
+        readingLong_.start();
+    }
 }
 
 QImage ProfilePage::picture() const {

@@ -7,6 +7,7 @@
 #include "ui/profile/ProfileSheet.h"
 
 #include <QScrollArea>
+#include <QTimer>
 
 namespace kelvaro {
 
@@ -36,7 +37,7 @@ private:
     void makeTools();
     void makePeriods();
     void showProfile();
-    void showIndexing();
+    void showReading();
     void choosePeriod(int index);
     QString timeWords() const;
     YearCalendar::DayWords dayWords() const;
@@ -46,7 +47,8 @@ private:
     LibraryStore& lib_;
     const TextRules& texts_;
     QWidget* tools_;
-    QLabel* indexing_;
+    QLabel* reading_;
+    QTimer readingLong_;
     Choice* periods_;
     QPushButton* tables_;
     QScrollArea* scroll_;

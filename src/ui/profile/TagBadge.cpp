@@ -5,6 +5,8 @@
 #include <QFontMetrics>
 #include <QPainter>
 
+#include <utility>
+
 namespace kelvaro {
 namespace {
 
@@ -33,12 +35,17 @@ void TagBadge::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF ground = QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75);
-    painter.setPen(hasFocus() ? QPen(theme.accent, 1.5) : QPen(theme.hairline, 1));
+    const QPen told(theme.secondary, 1.25);
+    painter.setPen(hasFocus() ? QPen(theme.accent, 1.5) : told_ ? told : QPen(theme.hairline, 1));
     painter.setBrush(underMouse() ? blended(theme.hover, theme.control) : theme.control);
     painter.drawRoundedRect(ground, ground.height() / 2, ground.height() / 2);
     painter.setPen(theme.text);
     painter.setFont(badgeFont());
     painter.drawText(rect(), Qt::AlignCenter, title());
+}
+
+void TagBadge::setTold(bool told) {
+    if (std::exchange(told_, told) != told) update();
 }
 
 void TagBadge::point(bool at) {

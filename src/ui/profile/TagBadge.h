@@ -17,6 +17,8 @@ public:
     QString title() const { return accessibleName(); }
     QString evidence() const { return accessibleDescription(); }
     QSize sizeHint() const override;
+    // Its evidence is what is shown of all.
+    void setTold(bool told);
 
     std::function<void(const TagBadge* badge)> onPointed; // null: no longer
 
@@ -31,6 +33,7 @@ private:
     void point(bool at);
 
     const Appearance& appearance_;
+    bool told_ = false;
 };
 
 } // namespace kelvaro

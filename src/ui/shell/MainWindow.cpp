@@ -21,6 +21,8 @@ namespace {
 constexpr QSize firstSize(1280, 800);
 constexpr int noticeHeightPx = 36, noticeBottomPx = 24;
 constexpr int viewerBarPx = 44;
+constexpr int prepareEveryMs = 250;
+constexpr int indexingSoonMs = 100;
 constexpr int scrollBarPx = 12; // beside the grid's headings
 
 unsigned circumstancesOf(const CommandState& state, const EditorTools& tools) {
@@ -52,8 +54,9 @@ MainWindow::MainWindow(WindowParts parts)
     setMinimumSize(720, 480);
     if (!parts_.prompts) parts_.prompts = std::make_unique<SheetPrompts>(parts_.appearance, this);
     setCentralWidget(pages_);
-    applyAppearance();
-    makePages();
+    followDesktop();
+    makeLibrary();
+    bindProfile();
     commands_->fill(menuBar());
     bindFileCommands();
     bindEditCommands();
@@ -62,6 +65,9 @@ MainWindow::MainWindow(WindowParts parts)
     observeStore();
     qApp->installEventFilter(this);
     restoreGeometryKept();
+    indexingSoon_.setSingleShot(true);
+    QObject::connect(&indexingSoon_, &QTimer::timeout, this, [this] { showIndexing(); });
+    QObject::connect(&preparing_, &QTimer::timeout, this, [this] { prepareRest(); });
 }
 
 MainWindow::~MainWindow() {
@@ -69,39 +75,72 @@ MainWindow::~MainWindow() {
     subscriptions_.clear();
 }
 
-void MainWindow::makePages() {
+void MainWindow::makeLibrary() {
     library_ = new LibraryPage(parts_.appearance, parts_.library, parts_.thumbnails, pictures_,
-                               *commands_, this);
-    editor_ = new EditorPage(parts_.appearance,
-                             {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
-                              parts_.editing, parts_.settings, *commands_},
-                             this);
-    editor_->onCircumstances = [this] { showCommands(); };
+                               *commands_, pages_);
     pages_->addWidget(library_);
-    pages_->addWidget(editor_);
-    const auto rows = [this](const PhotoInfo& info) {
-        return infoRows(info, parts_.texts, parts_.calendar);
-    };
-    libraryInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, library_);
-    editorInfo_ = new InfoPanel(parts_.appearance, parts_.library, rows, editor_);
-    library_->setSidePanel(libraryInfo_);
-    editor_->setSidePanel(editorInfo_);
+    library_->setSidePanel(makeInfoPanel(library_));
     library_->onAddFolder = [this] { addFolder(); };
     library_->onAddGivenFolder = [this](const auto& folder) { addGivenFolder(folder); };
     library_->onShowFolder = [this](const auto& folder) { parts_.desktop.openFolder(folder); };
     library_->setShowsSidebar(parts_.settings.get<bool>(settingsKey::showsSidebar).value_or(true));
-    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings,
-                                  parts_.profile.usage(), this);
-    makeProfile();
-    exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
     exportStatus_ = new ExportStatus(parts_.appearance, parts_.exporter, parts_.desktop, this,
                                      [this](QSize pill) { return statusPlace(pill); });
+}
+
+InfoPanel* MainWindow::makeInfoPanel(QWidget* page) {
+    return new InfoPanel(
+        parts_.appearance, parts_.library,
+        [this](const PhotoInfo& info) { return infoRows(info, parts_.texts, parts_.calendar); },
+        page);
+}
+
+EditorPage& MainWindow::editor() {
+    if (editor_) return *editor_;
+    editor_ = new EditorPage(parts_.appearance,
+                             {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
+                              parts_.editing, parts_.settings, *commands_},
+                             pages_);
+    pages_->addWidget(editor_);
+    editor_->setScreenProfile(screenProfile_);
+    editor_->setSidePanel(makeInfoPanel(editor_));
+    editor_->onCircumstances = [this] { showCommands(); };
+    if (parts_.library.isEditing()) editor_->showOpenPhoto();
+    return *editor_;
+}
+
+ExportSheet& MainWindow::exportSheet() {
+    if (exportSheet_) return *exportSheet_;
+    exportSheet_ = new ExportSheet(parts_.appearance, *parts_.prompts, this);
     exportSheet_->onChanged = [this](const ExportSettings& now) { now.save(parts_.settings); };
     exportSheet_->onExport = [this](const ExportSettings& now) { startExport(now); };
     exportSheet_->onClosed = [this] {
         previewTicket_ = {};
         parts_.library.endExportRequest();
     };
+    return *exportSheet_;
+}
+
+SettingsSheet& MainWindow::settingsSheet() {
+    if (settings_) return *settings_;
+    settings_ = new SettingsSheet(parts_.appearance, parts_.library, parts_.settings,
+                                  parts_.profile.usage(), this);
+    settings_->onProfileChanged = [this] { showProfileName(); };
+    return *settings_;
+}
+
+// What is likely to be opened soon, one part at a time, so that none holds up the hand for long.
+void MainWindow::prepareRest() {
+    if (!editor_)
+        editor();
+    else if (!exportSheet_)
+        exportSheet();
+    else if (!profile_)
+        profilePage();
+    else if (!settings_)
+        settingsSheet();
+    else
+        preparing_.stop();
 }
 
 // --- State ---
@@ -112,10 +151,20 @@ void MainWindow::observeStore() {
         subscriptions_.push_back(subject.observe(show));
         show();
     };
+    // Before anything else hears of it, so that the page is there to show it.
+    watch(lib.openPhoto(), [this] {
+        if (parts_.library.isEditing()) editor();
+    });
     watch(lib.rootState(), [this] { showRoot(); });
     watch(lib.commandState(), [this] { showCommands(); });
     watch(lib.editorTools(), [this] { showCommands(); });
-    watch(lib.indexingFolders(), [this] { showIndexing(); });
+    // A thousand folders end one by one, and a quick look is over before it is worth a word.
+    watch(lib.indexingFolders(), [this] {
+        if (parts_.library.indexingFolders().get().empty())
+            showIndexing();
+        else if (!indexingSoon_.isActive())
+            indexingSoon_.start(indexingSoonMs);
+    });
     watch(lib.notice(), [this] {
         if (const auto& notice = parts_.library.notice().get())
             notice_->showNotice(words(notice->text));
@@ -127,30 +176,35 @@ void MainWindow::observeStore() {
         const auto& notice = parts_.exporter.notice().get();
         if (notice.shown) notice_->showNotice(words(notice.text));
     });
-    parts_.desktop.onPreferencesChanged([this] { applyAppearance(); });
+    parts_.desktop.onPreferencesChanged([this] { followDesktop(); });
+}
+
+void MainWindow::followDesktop() {
+    system_ = parts_.desktop.preferences();
+    applyAppearance();
+}
+
+bool MainWindow::wantsDark() const {
+    const AppearanceMode mode = parts_.library.appearance().get();
+    return mode == AppearanceMode::system ? system_.prefersDark : mode == AppearanceMode::dark;
 }
 
 void MainWindow::applyAppearance() {
-    const DesktopPreferences system = parts_.desktop.preferences();
-    const AppearanceMode mode = parts_.library.appearance().get();
-    const bool dark =
-        mode == AppearanceMode::system ? system.prefersDark : mode == AppearanceMode::dark;
-    parts_.appearance.apply(dark, !system.reducesMotion);
+    parts_.appearance.apply(wantsDark(), !system_.reducesMotion);
 }
 
 void MainWindow::showRoot() {
     const RootState& state = parts_.library.rootState().state();
     setWindowTitle(state.windowTitle.empty() ? QString("Kelvaro")
                                              : fromUtf8(state.windowTitle) + " — Kelvaro");
-    const bool dark =
-        state.appearance == AppearanceMode::dark ||
-        (state.appearance == AppearanceMode::system && parts_.desktop.preferences().prefersDark);
-    if (dark != parts_.appearance.theme().dark) applyAppearance();
+    if (wantsDark() != parts_.appearance.theme().dark) applyAppearance();
     showsProfile_ = showsProfile_ && !state.isEditing;
     if (showsProfile_) setWindowTitle(words("Your Profile") + " — Kelvaro");
-    QWidget* page = state.isEditing ? static_cast<QWidget*>(editor_)
-                    : showsProfile_ ? static_cast<QWidget*>(profile_)
-                                    : library_;
+    QWidget* page = library_;
+    if (state.isEditing)
+        page = &editor();
+    else if (showsProfile_)
+        page = &profilePage();
     if (pages_->currentWidget() != page) {
         const QRect cell =
             state.isEditing ? library_->cellOnScreen(*parts_.library.openPhoto().get()) : QRect();
@@ -177,7 +231,7 @@ void MainWindow::showRoot() {
 void MainWindow::showCommands() {
     const CommandState& state = parts_.library.commandState().state();
     unsigned now = circumstancesOf(state, parts_.library.editorTools().state());
-    if (state.isEditing) now = (now & ~circumstance::editedPhoto) | editor_->circumstances();
+    if (state.isEditing) now = (now & ~circumstance::editedPhoto) | editor().circumstances();
     // The selection in the grid behind the profile is nothing to act on.
     commands_->setCircumstances(showsProfile_ ? 0 : now);
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
@@ -189,6 +243,7 @@ void MainWindow::showCommands() {
 
 void MainWindow::showIndexing() {
     const std::size_t folders = parts_.library.indexingFolders().get().size();
+    if (folders == 0) preparing_.start(prepareEveryMs);
     mostIndexing_ = folders == 0 ? 0 : std::max(mostIndexing_, folders);
     // A quick look at one folder, or while something else is told, says nothing.
     const bool isQuiet = parts_.library.photoCount() > 0 && mostIndexing_ < 2;
@@ -255,8 +310,9 @@ void MainWindow::showEvent(QShowEvent* event) {
 }
 
 void MainWindow::setScreenProfile(const QColorSpace& profile) {
+    screenProfile_ = profile;
     pictures_.setScreenProfile(profile);
-    editor_->setScreenProfile(profile);
+    if (editor_) editor_->setScreenProfile(profile);
 }
 
 void MainWindow::introduce() {
@@ -267,7 +323,7 @@ void MainWindow::introduce() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     // The open photo's edit goes to the disk first; a drive that is away does not hold it up.
-    if (!settling_ && editor_->model().isOpen()) {
+    if (!settling_ && editor_ && editor_->model().isOpen()) {
         settling_ = true;
         event->ignore();
         return editor_->settle([this] {
@@ -283,8 +339,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     settling_ = false;
     parts_.settings.set(settingsKey::windowGeometry, saveGeometry().toBase64().toStdString());
     parts_.library.closeEditor();
-    auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();
-    if (!alert && !quits_) alert = parts_.editing.quitCheck();
+    const auto alert = quits_ ? std::nullopt : parts_.library.quitCheck();
     if (!alert) {
         event->accept();
         QApplication::quit();
@@ -296,7 +351,6 @@ void MainWindow::closeEvent(QCloseEvent* event) {
                         [this](std::size_t answer) {
                             if (answer != 0) return;
                             parts_.library.discardUnsaved();
-                            parts_.editing.saver().discardUnsaved();
                             quits_ = true;
                             // A window cannot close from within its own closing.
                             QTimer::singleShot(0, this, &QWidget::close);

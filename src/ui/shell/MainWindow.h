@@ -21,8 +21,10 @@
 #include "ui/shell/Prompts.h"
 #include "ui/shell/SettingsSheet.h"
 
+#include <QColorSpace>
 #include <QMainWindow>
 #include <QStackedWidget>
+#include <QTimer>
 
 namespace kelvaro {
 
@@ -54,10 +56,11 @@ public:
     void setScreenProfile(const QColorSpace& profile);
     CommandActions& commands() const { return *commands_; }
     LibraryPage& libraryPage() const { return *library_; }
-    EditorPage& editor() const { return *editor_; }
-    ExportSheet& exportSheet() const { return *exportSheet_; }
-    SettingsSheet& settingsSheet() const { return *settings_; }
-    ProfilePage& profilePage() const { return *profile_; }
+    // Made when they are first needed, or once the library stands.
+    EditorPage& editor();
+    ExportSheet& exportSheet();
+    SettingsSheet& settingsSheet();
+    ProfilePage& profilePage();
     const CellPictures& pictures() const { return pictures_; }
     QString noticeText() const { return notice_->text(); }
 
@@ -67,13 +70,17 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void makePages();
+    void makeLibrary();
+    void prepareRest();
+    InfoPanel* makeInfoPanel(QWidget* page);
     void bindFileCommands();
     void bindEditCommands();
     void bindViewCommands();
     void bindHelpCommands();
     void observeStore();
+    void followDesktop();
     void applyAppearance();
+    bool wantsDark() const;
     void showRoot();
     void showCommands();
     void showIndexing();
@@ -88,7 +95,7 @@ private:
     void startExport(const ExportSettings& settings);
     void toggleInfo();
     void introduce();
-    void makeProfile();
+    void bindProfile();
     void showProfile(bool shows);
     void showProfileName();
     void shareProfile();
@@ -106,7 +113,6 @@ private:
     EditorPage* editor_ = nullptr;
     ProfilePage* profile_ = nullptr;
     ProfilePrompt* profilePrompt_ = nullptr;
-    InfoPanel *libraryInfo_ = nullptr, *editorInfo_ = nullptr;
     SettingsSheet* settings_ = nullptr;
     ExportSheet* exportSheet_ = nullptr;
     ExportStatus* exportStatus_ = nullptr;
@@ -114,6 +120,9 @@ private:
     ThumbnailLoader::Ticket previewTicket_;
     std::vector<PhotoUrl> exporting_;
     std::size_t mostIndexing_ = 0; // folders since the last pause
+    QColorSpace screenProfile_;
+    DesktopPreferences system_; // as last told; asking may take a while
+    QTimer preparing_, indexingSoon_;
     bool quits_ = false, settling_ = false, introduced_ = false, showsProfile_ = false;
     std::string shownError_;
     std::vector<Subscription> subscriptions_;

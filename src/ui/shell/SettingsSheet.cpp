@@ -5,6 +5,7 @@
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
 
+#include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -12,6 +13,8 @@ namespace kelvaro {
 namespace {
 
 constexpr int textPx = 300;
+
+constexpr int quietInset = 9; // of a quiet button's text
 
 } // namespace
 
@@ -106,7 +109,10 @@ void SettingsSheet::makeUsageMessage() {
     auto* column = new QVBoxLayout;
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(measure::unit / 2);
-    column->addWidget(showsMessage_, 0, Qt::AlignLeft);
+    auto* row = new QHBoxLayout;
+    row->setContentsMargins(-quietInset, 0, 0, 0); // its text stands below the others
+    row->addWidget(showsMessage_, 0, Qt::AlignLeft);
+    column->addLayout(row);
     column->addWidget(message_);
     rows_->addLayout(column, rows_->rowCount(), 0, 1, 2);
     QObject::connect(showsMessage_, &QPushButton::toggled, this, [this] { showUsageMessage(); });

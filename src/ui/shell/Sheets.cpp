@@ -132,7 +132,7 @@ void showAbout(const Appearance& appearance, QWidget* window, const QString& ver
     column->addWidget(label(words("Version %1").arg(version), "secondary"), 0, Qt::AlignHCenter);
     column->addSpacing(measure::unit);
     auto* text =
-        wrappedLabel(words("A photo library and non-destructive RAW developer"), "secondary", 260);
+        wrappedLabel(words("A photo library and non-destructive RAW developer"), "secondary", 224);
     text->setAlignment(Qt::AlignHCenter);
     column->addWidget(text, 0, Qt::AlignHCenter);
     column->addSpacing(measure::margin);

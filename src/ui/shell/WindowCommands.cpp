@@ -29,8 +29,8 @@ void MainWindow::bindFileCommands() {
     commands_->on(CommandId::rescan, [&lib] { lib.rescanAll(); });
     commands_->on(CommandId::moveToTrash, [this] { moveToTrash(); });
     commands_->on(CommandId::settings, [this] {
-        settings_->refresh();
-        settings_->open();
+        settingsSheet().refresh();
+        settingsSheet().open();
     });
     commands_->on(CommandId::quit, [this] { close(); });
 }
@@ -99,13 +99,14 @@ void MainWindow::beginExport() {
     if (exporting_.empty()) return;
     const PhotoUrl first = exporting_.front();
     const Photo* photo = parts_.library.photo(first);
-    exportSheet_->preview().setPhoto({});
+    ExportSheet& sheet = exportSheet();
+    sheet.preview().setPhoto({});
     if (photo) {
         const auto meta = parts_.library.meta(first);
         const std::int64_t seconds = meta && meta->takenOnWall
                                          ? *meta->takenOnWall
                                          : photo->created.nanoseconds / 1'000'000'000;
-        exportSheet_->preview().setDay(std::chrono::floor<std::chrono::days>(
+        sheet.preview().setDay(std::chrono::floor<std::chrono::days>(
             std::chrono::sys_seconds(std::chrono::seconds(seconds))));
     }
     previewTicket_ =
@@ -114,8 +115,8 @@ void MainWindow::beginExport() {
                                       if (result)
                                           exportSheet_->preview().setPhoto(imageOf(*result).copy());
                                   });
-    exportSheet_->begin(ExportSettings::load(parts_.settings, parts_.folders),
-                        static_cast<int>(exporting_.size()), largestMegapixels(exporting_));
+    sheet.begin(ExportSettings::load(parts_.settings, parts_.folders),
+                static_cast<int>(exporting_.size()), largestMegapixels(exporting_));
 }
 
 ProtectedPaths MainWindow::protectedPaths() const {
@@ -130,7 +131,7 @@ ProtectedPaths MainWindow::protectedPaths() const {
 }
 
 Adjustments MainWindow::editOf(const PhotoUrl& photo) const {
-    if (editor_->model().isOpen() && editor_->model().photo().location == photo)
+    if (editor_ && editor_->model().isOpen() && editor_->model().photo().location == photo)
         return editor_->model().edit();
     const Adjustments* edit = parts_.library.edit(photo);
     return edit ? *edit : Adjustments{};
@@ -159,12 +160,12 @@ void MainWindow::startExport(const ExportSettings& settings) {
 void MainWindow::bindEditCommands() {
     LibraryStore& lib = parts_.library;
     commands_->on(CommandId::copyAdjustments, [this, &lib] {
-        if (lib.isEditing()) return editor_->copy();
+        if (lib.isEditing()) return editor().copy();
         const auto targets = lib.targets();
         if (!targets.empty()) lib.copyAdjustments(targets.front());
     });
     commands_->on(CommandId::pasteAdjustments, [this, &lib] {
-        lib.isEditing() ? editor_->paste() : lib.pasteAdjustments(lib.targets());
+        lib.isEditing() ? editor().paste() : lib.pasteAdjustments(lib.targets());
     });
     commands_->on(CommandId::revertToOriginal, [this] { revert(); });
     commands_->on(CommandId::selectAll, [this] { library_->grid().selectAll(); });
@@ -178,12 +179,12 @@ void MainWindow::bindEditCommands() {
     });
     commands_->on(CommandId::previousPhoto, [&lib] { lib.openNeighbour(-1); });
     commands_->on(CommandId::nextPhoto, [&lib] { lib.openNeighbour(1); });
-    commands_->on(CommandId::backToLibrary, [this] { editor_->escape(); });
+    commands_->on(CommandId::backToLibrary, [this] { editor().escape(); });
 }
 
 // In the grid there is nothing to undo it with, so it asks first.
 void MainWindow::revert() {
-    if (parts_.library.isEditing()) return void(editor_->model().revertToOriginal());
+    if (parts_.library.isEditing()) return void(editor().model().revertToOriginal());
     const auto photos = parts_.library.targets();
     const std::string title =
         photos.size() == 1 ? "Revert “" + texts::displayName(photos.front()) + "” to the original?"

@@ -9,14 +9,20 @@
 
 namespace kelvaro {
 
-void MainWindow::makeProfile() {
+ProfilePage& MainWindow::profilePage() {
+    if (profile_) return *profile_;
     profile_ = new ProfilePage(parts_.appearance, parts_.profile.model(), parts_.library,
-                               parts_.texts, this);
+                               parts_.texts, pages_);
     pages_->addWidget(profile_);
     profile_->onBack = [this] { showProfile(false); };
     profile_->onPhotosShown = [this] { showProfile(false); };
     profile_->onAddFolder = [this] { addFolder(); };
     profile_->onShare = [this] { shareProfile(); };
+    showProfileName();
+    return *profile_;
+}
+
+void MainWindow::bindProfile() {
     library_->onBackToProfile = [this] {
         parts_.library.leaveRestriction();
         showProfile(true);
@@ -27,7 +33,6 @@ void MainWindow::makeProfile() {
         parts_.settings.set(settingsKey::profileIcon, icon);
         showProfileName();
     };
-    settings_->onProfileChanged = [this] { showProfileName(); };
     commands_->on(CommandId::profile, [this] { showProfile(!showsProfile_); });
     showProfileName();
 }
@@ -49,7 +54,7 @@ void MainWindow::showProfile(bool shows) {
 void MainWindow::showProfileName() {
     const auto name = parts_.settings.get<std::string>(settingsKey::profileName).value_or("");
     const auto icon = parts_.settings.get<std::string>(settingsKey::profileIcon).value_or("");
-    profile_->greet(name, icon);
+    if (profile_) profile_->greet(name, icon);
     library_->toolbar().setProfileIcon(profileIcon(icon));
     const std::string help = name.empty() ? std::string(command(CommandId::profile).help)
                                           : name + std::string(profileHelpAfterName);
@@ -57,7 +62,7 @@ void MainWindow::showProfileName() {
 }
 
 void MainWindow::shareProfile() {
-    const QImage picture = profile_->picture();
+    const QImage picture = profilePage().picture();
     if (picture.isNull()) return;
     parts_.prompts->chooseFolder(
         "Choose where to save the picture of your profile", parts_.folders.pictures,

@@ -32,7 +32,7 @@ bool isGenericFamily(const QString& family) {
     return generic.contains(family);
 }
 
-QString interfaceFamily() {
+QString chosenFamily() {
     const QString system = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
     if (!isGenericFamily(system)) return system;
     for (const char* family : {"Inter", "Cantarell", "Noto Sans"}) {
@@ -41,58 +41,55 @@ QString interfaceFamily() {
     return system;
 }
 
-} // namespace
+// Looked up once: finding a family takes longer than painting a row of text.
+const QString& interfaceFamily() {
+    static const QString family = chosenFamily();
+    return family;
+}
 
-Theme Theme::forDark() {
+struct Tone {
+    QColor Theme::*colour;
+    QColor dark, light;
+};
+
+Theme themeOf(bool dark) {
+    const Tone tones[] = {
+        {&Theme::window, "#1b1b1b", "#f4f4f4"},
+        {&Theme::panel, "#222222", "#fbfbfb"},
+        {&Theme::control, "#2d2d2d", "#ffffff"},
+        {&Theme::canvas, "#161616", "#e4e4e4"},
+        {&Theme::hover, white(0.06), black(0.05)},
+        {&Theme::pressed, white(0.10), black(0.09)},
+        {&Theme::hairline, white(0.08), black(0.10)},
+        {&Theme::text, "#ededed", "#1d1d1d"},
+        {&Theme::secondary, "#a6a6a6", "#5f5f5f"},
+        {&Theme::disabled, "#6f6f6f", "#949494"},
+        {&Theme::accent, "#4c8dff", "#1f6feb"},
+        {&Theme::primary, "#2f6fe4", "#1f6feb"},
+        {&Theme::onPrimary, "#ffffff", "#ffffff"},
+        {&Theme::selectedRow, white(0.10), black(0.08)},
+        {&Theme::cell, "#2a2a2a", "#e6e6e6"},
+        {&Theme::placeholder, "#2d2d2d", "#dcdcdc"},
+        {&Theme::heart, "#ff5a4f", "#e5382c"},
+        {&Theme::warning, "#ff8a80", "#b3261e"},
+        {&Theme::scrim, black(0.5), black(0.25)},
+        {&Theme::shadow, black(0.55), black(0.22)},
+    };
     Theme theme;
-    theme.dark = true;
-    theme.window = QColor("#1b1b1b");
-    theme.panel = QColor("#222222");
-    theme.control = QColor("#2d2d2d");
-    theme.canvas = QColor("#161616");
-    theme.hover = white(0.06);
-    theme.pressed = white(0.10);
-    theme.hairline = white(0.08);
-    theme.text = QColor("#ededed");
-    theme.secondary = QColor("#a6a6a6");
-    theme.disabled = QColor("#6f6f6f");
-    theme.accent = QColor("#4c8dff");
-    theme.primary = QColor("#2f6fe4");
-    theme.onPrimary = QColor("#ffffff");
-    theme.selectedRow = white(0.10);
-    theme.cell = QColor("#2a2a2a");
-    theme.placeholder = QColor("#2d2d2d");
-    theme.heart = QColor("#ff5a4f");
-    theme.warning = QColor("#ff8a80");
-    theme.scrim = black(0.5);
-    theme.shadow = black(0.55);
+    theme.dark = dark;
+    for (const Tone& tone : tones)
+        theme.*tone.colour = dark ? tone.dark : tone.light;
     return theme;
 }
 
+} // namespace
+
+Theme Theme::forDark() {
+    return themeOf(true);
+}
+
 Theme Theme::forLight() {
-    Theme theme;
-    theme.dark = false;
-    theme.window = QColor("#f4f4f4");
-    theme.panel = QColor("#fbfbfb");
-    theme.control = QColor("#ffffff");
-    theme.canvas = QColor("#e4e4e4");
-    theme.hover = black(0.05);
-    theme.pressed = black(0.09);
-    theme.hairline = black(0.10);
-    theme.text = QColor("#1d1d1d");
-    theme.secondary = QColor("#5f5f5f");
-    theme.disabled = QColor("#949494");
-    theme.accent = QColor("#1f6feb");
-    theme.primary = QColor("#1f6feb");
-    theme.onPrimary = QColor("#ffffff");
-    theme.selectedRow = black(0.08);
-    theme.cell = QColor("#e6e6e6");
-    theme.placeholder = QColor("#dcdcdc");
-    theme.heart = QColor("#e5382c");
-    theme.warning = QColor("#b3261e");
-    theme.scrim = black(0.25);
-    theme.shadow = black(0.22);
-    return theme;
+    return themeOf(false);
 }
 
 QFont interfaceFont(TextRole role) {

@@ -40,12 +40,12 @@ Rgb render(double r, double g, double b) {
 
 TEST(OverlayKernels, followTheirSteps) {
     Comparison how;
-    how.specials = false;
     compareAllForms(
         kernel::twMaskOverlay(), {{}},
         [](const Sample& s, const auto&) -> Rgb {
             const double alpha = s.inputs[0][3];
-            const double a = 0.55 * std::clamp(s.inputs[1][0], 0.0, 1.0) * alpha;
+            const double weight = notBelowZero(s.inputs[1][0]); // NaN counts as none
+            const double a = 0.55 * std::min(weight, 1.0) * alpha;
             const Rgb orange = {1.0 * alpha, 0.17 * alpha, 0};
             Rgb c;
             for (int k = 0; k < 3; k++)
@@ -53,6 +53,23 @@ TEST(OverlayKernels, followTheirSteps) {
             return c;
         },
         how);
+}
+
+TEST(OverlayKernels, clippingFollowsItsSteps) {
+    compareAllForms(kernel::twClipping(), {{}}, [](const Sample& s, const auto&) -> Rgb {
+        const Rgba& c = s.inputs[0];
+        const double p[] = {0.8224621 * c[0] + 0.1775380 * c[1],
+                            0.0331941 * c[0] + 0.9668058 * c[1],
+                            0.0170827 * c[0] + 0.0723974 * c[1] + 0.9105199 * c[2]};
+        if (c[3] < 1) return rgb(c);
+        bool clipped = false, black = true;
+        for (const double v : p) {
+            clipped = clipped || v >= 0.998;
+            black = black && v <= 0.0002;
+        }
+        if (clipped) return {1, 0.02, 0.02};
+        return black ? Rgb{0, 0.25, 1} : rgb(c);
+    });
 }
 
 TEST(OverlayKernels, clippingMarksWholePixels) {

@@ -62,6 +62,7 @@ double exact(double value);
 inline double notBelowZero(double x) {
     return x > 0 ? x : 0;
 }
+double clamped(double x, double low, double high);    // NaN gives low
 double smoothstep(double low, double high, double x); // NaN gives 0
 // log2 for positive normal numbers; other values count as 2^-126, infinity as 2^128.
 double boundedLog2(double x);

@@ -34,7 +34,7 @@ std::vector<Family> families() {
     using namespace kernel;
     return {
         {"Colour", {&twColour(), &twMono(), &twGamut(), &twOutputGamut(), &displayGamut()}},
-        {"Domain", {&bitmapToScene(), &sceneToBitmap(), &balancedToBitmap(), &rawColour()}},
+        {"Domain", {&bitmapToScene(), &sceneToBitmap(), &bitmapRelit(), &rawColour()}},
         {"Finish", {&kelvaroTone(), &twVignette(), &kelvaroGrain()}},
         {"Guide",
          {&twLogLuma(), &twGuideAB(), &rawLogNorm(), &rawGuide(), &rawApplyAB(), &rawMidDetail()}},
@@ -42,7 +42,7 @@ std::vector<Family> families() {
         {"Mask", {&twMaskLinear(), &twMaskRadial(), &twMaskCombine(), &twMaskFinish(), &twLocal()}},
         {"Overlay", {&twMaskOverlay(), &twClipping()}},
         {"Rendering", {&rawRendering()}},
-        {"SceneTone", {&rawGain(), &sceneTone()}}};
+        {"SceneTone", {&rawGain(), &sceneTone(), &bitmapTone()}}};
 }
 
 // One call per kernel, its arguments read off the text's own signature.
@@ -58,6 +58,7 @@ std::string callOf(const Kernel& kernel, const std::string& text) {
         std::istringstream(parameter) >> type;
         call += call.empty() ? "" : ", ";
         if (type == "Float3") call += "image[" + std::to_string(inputs++) + "].xyz";
+        if (type == "Float2") call += "image[" + std::to_string(inputs++) + "].xy";
         if (type == "Float") call += "image[" + std::to_string(inputs - 1) + "].w";
         if (type == "Pixel") call += "vec2(gl_GlobalInvocationID.xy) + 0.5";
         if (type == "Uniform") call += "uniforms[" + std::to_string(uniforms++) + "]";

@@ -1,4 +1,4 @@
-#include "KernelTest.h"
+#include "DomainSteps.h"
 
 #include "develop/kernels/Kernels.h"
 
@@ -12,8 +12,7 @@ namespace {
 const double kGrey = std::log2(0.18);
 
 double logNorm(const Rgb& c) {
-    const double n = std::sqrt(c[0] * c[0] + c[1] * c[1] + c[2] * c[2]) * 0.57735027;
-    return boundedLog2(n > 0.0000153 ? n : 0.0000153);
+    return boundedLog2(norm(c) > 0.0000153 ? norm(c) : 0.0000153);
 }
 
 Rgb coefficients(const Rgba& mean, double eps) {
@@ -58,11 +57,23 @@ Rgb toned(const Sample& sample, const std::vector<double>& p) {
     return {s[0] * gain, s[1] * gain, s[2] * gain};
 }
 
+// The four steps one after another.
+Rgb bitmapToned(const Sample& sample, const std::vector<double>& p) {
+    Sample step = sample;
+    const auto with = [&step](const Rgb& c) {
+        std::copy(c.begin(), c.end(), step.inputs[0].begin());
+        return step;
+    };
+    const Rgb scene = toScene(rgb(sample.inputs[0]));
+    const bool gains = p[0] != 0 || p[1] != 0;
+    const Rgb lit = gains ? gained(with(scene), {p[0], p[1], p[2]}) : scene;
+    return toBitmap(toned(with(lit), {p.begin() + 3, p.end()}));
+}
+
 } // namespace
 
 TEST(GuideKernels, followTheirSteps) {
     Comparison how;
-    how.infinities = false;
     compareAllForms(
         kernel::twLogLuma(), {{}},
         [](const Sample& s, const auto&) -> Rgb {
@@ -78,7 +89,6 @@ TEST(GuideKernels, followTheirSteps) {
             return {y, y * y, 0};
         },
         how);
-    how.specials = false;
     const auto guide = [](const Sample& s, const std::vector<double>& p) {
         return coefficients(s.inputs[0], p[0]);
     };
@@ -114,7 +124,6 @@ TEST(GuideKernels, knownValues) {
 
 TEST(SceneToneKernels, followTheirSteps) {
     Comparison how;
-    how.infinities = false;
     how.guides = true;
     compareAllForms(kernel::rawGain(),
                     {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0.3}, {2, -1, -0.7}, {0.4, 0.2, 0}},
@@ -126,6 +135,19 @@ TEST(SceneToneKernels, followTheirSteps) {
                      {0.5, -1, 1, -9, 4.5, 3, 3},
                      {-0.3, 0.6, 0.6, -3, 0.5, 2, 1.5}},
                     toned, how);
+}
+
+TEST(SceneToneKernels, bitmapToneIsItsStepsInOne) {
+    Comparison how;
+    how.guides = true;
+    const std::vector<std::vector<double>> sets = {
+        {1, 0, 0, 0, 0, 0, -6, 2.5, 3, 2},          {0, 0, 0, 1, 0, 0, -6, 2.5, 3, 2},
+        {0, 0, 0, -1, 0.5, -0.5, -6, 2.5, 3, 2},    {0.3, -0.3, 0.2, 0.2, 0.1, -0.1, -6, 2.5, 3, 2},
+        {-1, 1, -2, 0.6, -1, 1, -4, 3.2, 1.5, 2.7}, {2, -1, 0.3, -0.3, 0.6, 0.6, -3, 0.5, 2, 1.5}};
+    compareAllForms(kernel::bitmapTone(), sets, bitmapToned, how);
+    how.low = 0;
+    how.high = 1;
+    compareAllForms(kernel::bitmapTone(), sets, bitmapToned, how);
 }
 
 TEST(SceneToneKernels, neutralControlsReturnThePixelItself) {

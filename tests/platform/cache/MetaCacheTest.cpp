@@ -42,6 +42,8 @@ TEST_F(Cache, KeepsRecordsByFolderAndName) {
         cache.store("/\xFF", odd);
         cache.remove("/a", std::vector<std::string>{"n100", "unknown"});
         cache.remove("/unknown", std::vector<std::string>{"n100"});
+        cache.setNote("/a", "before");
+        cache.setNote("/a", "/media/card");
     }
     SqliteMetaCache cache(file);
     const auto a = sorted(cache.load("/a"));
@@ -51,6 +53,8 @@ TEST_F(Cache, KeepsRecordsByFolderAndName) {
     EXPECT_EQ(cache.load("/a/b"), records(1));
     EXPECT_EQ(cache.load("/\xFF"), sorted(odd));
     EXPECT_TRUE(cache.load("/c").empty());
+    EXPECT_EQ(cache.note("/a"), "/media/card");
+    EXPECT_EQ(cache.note("/c"), "");
 }
 
 TEST_F(Cache, DamagedAndForeignFilesAreThrownAway) {

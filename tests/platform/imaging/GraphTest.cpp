@@ -27,6 +27,20 @@ TEST(Graph, NeutralOperationsReturnTheirInput) {
     EXPECT_EQ(stretched(image, {0, 0, 9, 5}), image);
 }
 
+TEST(Graph, MatricesOneAfterAnotherAreOne) {
+    const Image image = imageFrom(noiseRaster({0, 0, 9, 5}, false, 1));
+    EXPECT_EQ(exposureAdjusted(exposureAdjusted(image, 1), -1), image);
+    const Matrix3 swap{{{0, 1, 0}, {1, 0, 0}, {0, 0, 1}}}, first{{{2, 3, 0}, {0, 1, 0}, {0, 0, 4}}};
+    const Image both = colourMatrix(colourMatrix(image, first), swap); // first, then swap
+    EXPECT_EQ(both.node().inputs[0], image);
+    const auto renderer = makeReferenceRenderer();
+    const Raster in = rendered(*renderer, image, image.extent());
+    const Raster out = rendered(*renderer, both, image.extent());
+    EXPECT_FLOAT_EQ(at(out, 3, 2, 0), at(in, 3, 2, 1));
+    EXPECT_FLOAT_EQ(at(out, 3, 2, 1), 2 * at(in, 3, 2, 0) + 3 * at(in, 3, 2, 1));
+    EXPECT_FLOAT_EQ(at(out, 3, 2, 2), 4 * at(in, 3, 2, 2));
+}
+
 TEST(Graph, Extents) {
     const Image image = imageFrom(noiseRaster({10, 20, 100, 50}, false, 1));
     EXPECT_EQ(lanczosScaled(image, 0.5).extent(), (PixelRect{5, 10, 50, 25}));

@@ -5,6 +5,7 @@
 #include "profile/Greeting.h"
 #include "profile/WallTime.h"
 
+#include <QAccessible>
 #include <QScrollBar>
 
 namespace kelvaro {
@@ -152,6 +153,32 @@ TEST_F(ProfilePageTest, FitsEveryWidth) {
     }
 }
 
+// A name of any length keeps to its room: whatever a label shows fits into it.
+TEST_F(ProfilePageTest, VeryLongNamesAreNotCutOff) {
+    ProfilePage& page = openProfile();
+    Profile long_ = **profile->model().profile();
+    const std::string name(80, 'W');
+    long_.tags = {{"One-lens wonder", "90% of your photos with your " + name, 1}};
+    long_.lensSentence = "One lens for everything: your " + name;
+    long_.cameraSentence = "Every photo from your " + name;
+    for (const int width : {720, 1280}) {
+        window->resize(width, 900);
+        QApplication::processEvents();
+        page.sheet().show(long_, profile->model().now());
+        page.greet(name, "");
+        QApplication::processEvents();
+        expectOrder(page.sheet(), width);
+        for (const QLabel* label : page.sheet().findChildren<QLabel*>()) {
+            if (!label->isVisible() || label->text().isEmpty()) continue;
+            const QRect needed = label->fontMetrics().boundingRect(
+                QRect(0, 0, label->width(), 100'000),
+                label->wordWrap() ? Qt::TextWordWrap : Qt::TextSingleLine, label->text());
+            EXPECT_LE(needed.width(), label->width() + 1) << label->text().toStdString();
+            EXPECT_LE(needed.height(), label->height() + 1) << label->text().toStdString();
+        }
+    }
+}
+
 TEST_F(ProfilePageTest, EveryMarkAndTagIsHeard) {
     ProfilePage& page = openProfile();
     int badges = 0;
@@ -166,6 +193,28 @@ TEST_F(ProfilePageTest, EveryMarkAndTagIsHeard) {
     EXPECT_GT(badges, 0);
     EXPECT_LE(badges, 8);
     EXPECT_EQ(bars(ChartKind::hour).textOf(3), "3:00: no photos");
+
+    // Each bar by itself, with what can be done with it.
+    BarChart& chart = bars(ChartKind::iso);
+    QAccessibleInterface* whole = QAccessible::queryAccessibleInterface(&chart);
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(whole->role(), QAccessible::Chart);
+    ASSERT_EQ(whole->childCount(), static_cast<int>(chart.marks().size()));
+    const int mark = telling(chart);
+    QAccessibleInterface* bar = whole->child(mark);
+    EXPECT_EQ(bar->text(QAccessible::Name), chart.textOf(mark));
+    EXPECT_EQ(bar->parent(), whole);
+    EXPECT_EQ(whole->childAt(bar->rect().center().x(), bar->rect().center().y()), bar);
+    chart.setFocus();
+    QTest::keyClick(&chart, Qt::Key_Home);
+    EXPECT_EQ(whole->focusChild(), whole->child(0));
+    ASSERT_TRUE(bar->actionInterface());
+    bar->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(*library->restriction());
+    for (int at = 0; at < whole->childCount(); ++at) {
+        const bool hasPhotos = chart.marks()[static_cast<std::size_t>(at)].count > 0;
+        EXPECT_EQ(whole->child(at)->actionInterface()->actionNames().isEmpty(), !hasPhotos);
+    }
 }
 
 TEST_F(ProfilePageTest, SavesAPictureBesideOthers) {

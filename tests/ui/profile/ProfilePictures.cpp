@@ -71,7 +71,6 @@ private:
             for (const QSize size : {QSize(1280, 800), QSize(720, 900), QSize(1600, 1900)}) {
                 window->resize(size);
                 rest(150);
-                find<QWidget>("indexingPill")->hide();
                 const QString file =
                     QString("%1-%2-%3.png").arg(name, dark ? "dark" : "light").arg(size.width());
                 window->grab().save(output_ + "/" + file);
