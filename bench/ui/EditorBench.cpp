@@ -4,6 +4,7 @@
 //     bench_ui_editor PHOTOS [--frames 200] [--walk 200]
 // PHOTOS is a copy of a folder with RAW and other photos of 24 MP: edits are written into it. Run
 // it with QT_QPA_PLATFORM=offscreen or under Xvfb.
+#include "develop/Recipes.h"
 #include "editor/MaskList.h"
 #include "ui/editor/EditorScene.h"
 
@@ -67,11 +68,7 @@ public:
     void run() {
         settings.set("folders", std::vector<std::string>{folder_});
         open(true);
-        canvas().onPainted = [this](const CanvasFrame& frame) {
-            if (std::exchange(lastFrame_, frame.image.cacheKey()) == frame.image.cacheKey()) return;
-            painted_ = true;
-            lastStage_ = frame.stage;
-        };
+        canvas().onPainted = [this](const CanvasFrame& frame) { shown_ = frame; };
         std::printf("%-52s %5s  %14s  %14s  %7s\n", "milliseconds (aims in brackets)", "n", "p50",
                     "p99", "most");
         for (const PixelSize size : {PixelSize{1920, 1200}, PixelSize{3840, 2160}}) {
@@ -82,6 +79,7 @@ public:
         }
         canvas().setFixedSize(1920, 1200);
         opening();
+        undoing();
         if (walk_ > 0) walking();
     }
 
@@ -92,10 +90,14 @@ private:
             if (photos[at]->isRaw == raw) return at;
         return std::nullopt;
     }
-    // From now until a frame that was asked for later than this is on the canvas.
-    double untilPainted(const QElapsedTimer& clock) {
-        painted_ = false;
-        until([&] { return painted_; });
+    // From now until the first frame that shows what `act` does is on the canvas, in milliseconds.
+    template<class Act>
+    double untilPainted(Act act) {
+        const std::uint64_t before = canvas().askedCount();
+        QElapsedTimer clock;
+        clock.start();
+        act();
+        until([&] { return shown_.asked > before; });
         return double(clock.nsecsElapsed()) / 1e6;
     }
     Times dragging(SliderRow* slider) {
@@ -104,10 +106,7 @@ private:
         for (int frame = 0; frame < frames_ + 5; ++frame) {
             // On one side of zero, where the slider is not held.
             const double x = 200 + 25 * std::sin((frame + 1) * 0.13);
-            QElapsedTimer clock;
-            clock.start();
-            sendMove(slider, QPointF(x, 20));
-            const double ms = untilPainted(clock);
+            const double ms = untilPainted([&] { sendMove(slider, QPointF(x, 20)); });
             if (frame >= 5) times.milliseconds.push_back(ms); // the first ones find out how fast
         }
         QTest::mouseRelease(slider, Qt::LeftButton, {}, QPoint(150, 20));
@@ -136,11 +135,10 @@ private:
         QTest::mousePress(&canvas(), Qt::LeftButton, {}, middle);
         for (int frame = 0; frame < frames_ + 5; ++frame) {
             const double turn = frame * 0.21, far = 100 + frame;
-            QElapsedTimer clock;
-            clock.start();
-            sendMove(&canvas(),
-                     QPointF(middle) + QPointF(far * std::cos(turn), far * 0.6 * std::sin(turn)));
-            const double ms = untilPainted(clock);
+            const double ms = untilPainted([&] {
+                sendMove(&canvas(), QPointF(middle) +
+                                        QPointF(far * std::cos(turn), far * 0.6 * std::sin(turn)));
+            });
             if (frame >= 5) times.milliseconds.push_back(ms);
         }
         QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, middle);
@@ -156,20 +154,14 @@ private:
         const QString place =
             QString("%1 x %2 %3: ").arg(size.width).arg(size.height).arg(raw ? "RAW" : "picture");
         openPhoto(*at);
-        model().change("Edit", [](Adjustments& edit) { // a typical recipe
-            edit.contrast = 12;
-            edit.shadows = 25;
-            edit.highlights = -20;
-            edit.clarity = 15;
-            edit.saturation = 8;
-        });
+        model().change("Edit", [](Adjustments& edit) { edit = test::typical(); });
         settleCanvas();
         const double p50 = large ? 33 : 20, p99 = large ? never : 40;
         const Times finishing = dragging(row("vibrance"));
         printRow(place + "drag a finishing slider", finishing, p50, p99);
         const Times early = dragging(row("exposure"));
         printRow(place + "drag exposure", early, p50, p99);
-        if (!large) printHistogram(early);
+        printHistogram(early);
         printRow(place + "settled full-quality frame", settled(), 150, never);
         printRow(place + "pointer to paint", painting(), never, 33);
         std::printf("%-52s %.0f MiB (1536)\n", qPrintable(place + "resident memory"),
@@ -188,11 +180,11 @@ private:
                 render->sessions().forgetAll();
                 QElapsedTimer clock;
                 clock.start();
-                painted_ = false;
+                const std::uint64_t before = canvas().askedCount();
                 library->openEditor(PhotoUrl(photos[at]->url));
-                until([&] { return painted_ && lastStage_ >= ViewStage::preview; });
+                until([&] { return shown_.asked > before; });
                 first.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
-                until([&] { return painted_ && lastStage_ >= ViewStage::fit; });
+                until([&] { return shown_.asked > before && shown_.stage >= ViewStage::fit; });
                 full.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
                 settleCanvas();
                 library->closeEditor();
@@ -206,19 +198,53 @@ private:
         Times next;
         for (int step = 0; step < 10 && library->neighbour(1); ++step) {
             settleCanvas();
-            QTest::qWait(1500); // as long as one looks at a photo: the next one is prepared
+            QTest::qWait(3000); // as long as one looks at a photo: the next one is prepared
             QElapsedTimer clock;
             clock.start();
-            painted_ = false;
+            const std::uint64_t before = canvas().askedCount();
             key(Qt::Key_Right);
-            until([&] { return painted_ && lastStage_ >= ViewStage::fit; });
+            until([&] { return shown_.asked > before && shown_.stage >= ViewStage::fit; });
             next.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
         }
         printRow("next photo, prepared", next, 33, never);
         library->closeEditor();
         settle();
     }
+    // 300 strokes of a thousand points, taken back one by one.
+    void undoing() {
+        constexpr int strokes = 300, points = 1000;
+        openPhoto(photo(true).value_or(0));
+        key(Qt::Key_M);
+        find<QPushButton>("addBrush")->click();
+        settleCanvas();
+        const double before = residentMegabytes();
+        for (int at = 0; at < strokes; ++at) {
+            BrushStroke stroke;
+            stroke.radius = 0.02;
+            for (int point = 0; point < points; ++point)
+                stroke.points.push_back({0.5 + 0.4 * std::cos(point * 0.01 + at),
+                                         0.3 + 0.001 * at * std::sin(point * 0.02)});
+            model().change("Paint", [&](Adjustments& edit) {
+                edit.masks.back().components.back().strokes.push_back(stroke);
+            });
+        }
+        settleCanvas();
+        settleSaving();
+        const double painted = residentMegabytes();
+        Times times;
+        for (int step = 0; step < std::min(frames_, strokes); ++step)
+            times.milliseconds.push_back(untilPainted([&] { model().undo(); }));
+        printRow("undo one of 300 painted strokes", times, never, never);
+        std::printf("300 steps of strokes of %d points: %.0f MiB more\n", points, painted - before);
+        model().removeAllMasks();
+        key(Qt::Key_M);
+        settleCanvas();
+        settleSaving();
+        library->closeEditor();
+        settle();
+    }
     void walking() {
+        shown_ = {};
         const std::size_t count = library->view().get()->photos.size();
         double early = 0;
         for (int step = 0; step < walk_; ++step) {
@@ -232,9 +258,7 @@ private:
 
     std::string folder_;
     int frames_, walk_;
-    qint64 lastFrame_ = 0; // the key of its image
-    ViewStage lastStage_ = ViewStage::preview;
-    bool painted_ = false;
+    CanvasFrame shown_; // on the canvas
 };
 
 } // namespace

@@ -16,5 +16,6 @@ inline constexpr std::string_view profileAsked = "profileAsked"; // flag, name a
 inline constexpr std::string_view introductionSeen = "introductionSeen"; // flag
 inline constexpr std::string_view windowGeometry = "windowGeometry";     // text, base 64
 inline constexpr std::string_view showsSidebar = "showsSidebar";         // flag, on unless set
+inline constexpr std::string_view foldedPanels = "foldedPanels"; // titles of the editor's panels
 
 } // namespace kelvaro::settingsKey

@@ -25,7 +25,7 @@ EditSaver::~EditSaver() {
     *self_ = nullptr;
     if (!journal_) return;
     if (isAllSaved())
-        journal_->allSaved();
+        journal_->remove();
     else
         journal_->flush();
     journal_->setSource({}, {});
@@ -62,7 +62,7 @@ void EditSaver::save(const std::filesystem::path& photo, const SharedEdit& edit)
     record.waiting = edit;
     record.changedAt = clock_.wallSeconds();
     record.isDirty = true;
-    if (journal_) journal_->changed();
+    if (journal_) journal_->changedNow();
     if (!record.writing) begin(photo, record);
 }
 
@@ -168,11 +168,7 @@ void EditSaver::whenSettled(const std::filesystem::path& photo, std::function<vo
 }
 
 void EditSaver::tellJournal() {
-    if (!journal_) return;
-    if (!isAllSaved()) return journal_->changed();
-    for (auto& [photo, record] : records_)
-        record.isDirty = false;
-    journal_->allSaved();
+    if (journal_) journal_->changed();
 }
 
 // What the user holds counts more than what was last handed to the disk.

@@ -12,6 +12,7 @@ namespace kelvaro {
 namespace {
 
 constexpr std::string_view mark = "kelvaro-edit ";
+constexpr std::string_view beginning = R"({"begins":true})";
 constexpr std::size_t headLength = 13 + 16 + 1 + 8 + 1; // mark, length, blank, checksum, line end
 
 // Paths are bytes and JSON is text: everything but plain letters, digits and marks is spelt out.
@@ -99,6 +100,10 @@ std::optional<JournalRecord> decodedRecord(std::string_view payload, RandomSourc
     return record;
 }
 
+std::string framed(std::string_view payload) {
+    return fmt::format("{}{:016x} {:08x}\n{}", mark, payload.size(), crc32Of(payload), payload);
+}
+
 } // namespace
 
 std::string encodedRecord(const JournalRecord& record) {
@@ -111,24 +116,48 @@ std::string encodedRecord(const JournalRecord& record) {
         if (!edit) return {};
         object.set("edit", {std::move(*edit)});
     }
-    const std::string payload = json::print({std::move(object)});
-    return fmt::format("{}{:016x} {:08x}\n{}", mark, payload.size(), crc32Of(payload), payload);
+    return framed(json::print({std::move(object)}));
 }
 
-std::vector<JournalRecord> unsavedRecords(std::string_view journal, RandomSource& random) {
+std::string beginningRecord() {
+    return framed(beginning);
+}
+
+std::vector<JournalRecord> unsavedRecords(std::span<const std::string> files,
+                                          RandomSource& random) {
     std::map<std::filesystem::path, JournalRecord> last;
-    while (const auto payload = takePayload(journal)) {
-        auto record = decodedRecord(*payload, random);
-        if (!record) continue;
-        if (!record->edit)
-            last.erase(record->photo);
-        else
-            last[record->photo] = std::move(*record);
-    }
+    for (std::string_view journal : files)
+        while (const auto payload = takePayload(journal)) {
+            if (*payload == beginning) last.clear();
+            auto record = decodedRecord(*payload, random);
+            if (!record) continue;
+            if (!record->edit)
+                last.erase(record->photo);
+            else
+                last[record->photo] = std::move(*record);
+        }
     std::vector<JournalRecord> records;
     for (auto& [photo, record] : last)
         records.push_back(std::move(record));
     return records;
+}
+
+std::vector<JournalRecord> unsavedRecords(const std::string& file, RandomSource& random) {
+    return unsavedRecords(std::span(&file, 1), random);
+}
+
+std::filesystem::path nextJournalPath(const std::filesystem::path& path) {
+    const std::string stem = path.stem().string();
+    const std::string_view session = journalSession(stem);
+    int number = 1;
+    if (session.size() < stem.size())
+        std::from_chars(stem.data() + session.size() + 1, stem.data() + stem.size(), number);
+    return path.parent_path() /
+           fmt::format("{}_{:04}{}", session, number + 1, path.extension().string());
+}
+
+std::string_view journalSession(std::string_view name) {
+    return name.substr(0, name.find_first_of("_."));
 }
 
 } // namespace kelvaro

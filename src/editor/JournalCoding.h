@@ -27,7 +27,18 @@ struct JournalRecord {
 // Empty where the recipe can't be stored because a number in it is not finite.
 std::string encodedRecord(const JournalRecord& record);
 
-// What is still to be saved, one record a photo, the last of each.
-std::vector<JournalRecord> unsavedRecords(std::string_view journal, RandomSource& random);
+// At the head of a file that takes an earlier one's place: what that one holds counts no more.
+std::string beginningRecord();
+
+// What is still to be saved, one record a photo, the last of each. `files` are those of one
+// session, oldest first.
+std::vector<JournalRecord> unsavedRecords(std::span<const std::string> files, RandomSource& random);
+std::vector<JournalRecord> unsavedRecords(const std::string& file, RandomSource& random);
+
+// "…/UUID.journal" is followed by "…/UUID_0002.journal" and so on; sorted by name they are in
+// order.
+std::filesystem::path nextJournalPath(const std::filesystem::path& path);
+// What the names of a session's files have in common.
+std::string_view journalSession(std::string_view name);
 
 } // namespace kelvaro

@@ -64,20 +64,27 @@ private:
     RecoveryReport& report_;
 };
 
-void recover(FileSystem& files, RandomSource& random, const std::filesystem::path& journal,
-             RecoveryReport& report) {
-    const auto bytes = files.read(journal, largestJournal);
-    if (!bytes) return;
-    const std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+// The files of one session, oldest first. What fails here is done again at the next start, to the
+// same effect.
+void recover(FileSystem& files, RandomSource& random,
+             const std::vector<std::filesystem::path>& journals, RecoveryReport& report) {
+    std::vector<std::string> texts;
+    for (const auto& journal : journals) {
+        const auto bytes = files.read(journal, largestJournal);
+        if (!bytes) return;
+        texts.emplace_back(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+    }
     Replay replay(files, random, report);
     std::string waiting;
-    for (const JournalRecord& record : unsavedRecords(text, random))
+    for (const JournalRecord& record : unsavedRecords(texts, random))
         if (!replay(record)) waiting += encodedRecord(record);
-    // What fails here is done again at the next start, to the same effect.
-    if (waiting.empty())
-        static_cast<void>(files.remove(journal));
-    else
-        static_cast<void>(writeAtomically(files, journal, std::as_bytes(std::span(waiting))));
+    if (!waiting.empty()) {
+        waiting = beginningRecord() + waiting;
+        if (!writeAtomically(files, journals.back(), std::as_bytes(std::span(waiting)))) return;
+    }
+    const std::size_t done = waiting.empty() ? journals.size() : journals.size() - 1;
+    for (std::size_t at = 0; at < done; ++at)
+        if (!files.remove(journals[at])) return;
 }
 
 std::string photosText(const std::vector<std::filesystem::path>& photos) {
@@ -121,10 +128,18 @@ RecoveryReport recoverSessions(FileSystem& files, AppendFiles& appendFiles, Rand
             names.push_back(entry.name);
         }
     std::ranges::sort(names);
-    for (const std::string& name : names) {
-        const auto journal = support / folderName / name;
-        const auto held = appendFiles.open(journal); // fails while its session runs
-        if (held) recover(files, random, journal, report);
+    for (auto name = names.begin(); name != names.end();) {
+        std::vector<std::filesystem::path> journals;
+        std::vector<std::unique_ptr<AppendFile>> held;
+        bool isFree = true; // opening fails while its session runs
+        const std::string_view session = journalSession(*name);
+        for (; name != names.end() && journalSession(*name) == session; ++name) {
+            journals.push_back(support / folderName / *name);
+            auto file = appendFiles.open(journals.back());
+            isFree = isFree && file;
+            if (file) held.push_back(std::move(*file));
+        }
+        if (isFree) recover(files, random, journals, report);
     }
     return report;
 }

@@ -4,6 +4,7 @@
 #include "editor/EditFingerprint.h"
 #include "editor/JournalCoding.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace kelvaro {
@@ -58,7 +59,11 @@ void SessionJournal::changed() {
     wake_.notify_all();
 }
 
-void SessionJournal::allSaved() {
+void SessionJournal::changedNow() {
+    collect();
+}
+
+void SessionJournal::remove() {
     {
         std::lock_guard guard(lock_);
         wanted_ = false;
@@ -73,9 +78,11 @@ void SessionJournal::flush() {
     collect();
     std::unique_lock guard(lock_);
     idle_.wait(guard, [this] { return !pending_ && !remove_ && !busy_; });
+    guard.unlock();
+    file_.waitUntilFlushed();
 }
 
-// Main thread. What the source gives replaces nothing that the worker has not taken yet.
+// Main thread. What the worker has not taken yet stays, but for photos that have changed again.
 void SessionJournal::collect() {
     bool all = false;
     {
@@ -88,6 +95,9 @@ void SessionJournal::collect() {
         std::lock_guard guard(lock_);
         if (pending_ && !all) {
             auto& waiting = pending_->first;
+            std::erase_if(waiting, [&](const Entry& entry) { // what is newer says it all
+                return std::ranges::count(entries, entry.photo, &Entry::photo) > 0;
+            });
             waiting.insert(waiting.end(), std::make_move_iterator(entries.begin()),
                            std::make_move_iterator(entries.end()));
         } else if (!entries.empty() || all) {
@@ -141,9 +151,7 @@ void SessionJournal::work() {
 // The lock is not held while encoding and writing.
 void SessionJournal::write(const std::vector<Entry>& entries, bool all) {
     const std::string records = encodedEntries(entries);
-    const auto result = !all              ? file_.append(records)
-                        : records.empty() ? file_.remove()
-                                          : file_.replace(records);
+    const auto result = all ? file_.replace(records) : file_.append(records);
     const bool large = file_.isLarge();
     std::lock_guard guard(lock_);
     finish(result, false);

@@ -1,7 +1,7 @@
 // Keeps what the user did and no sidecar holds yet in a small file of this session, at most a
-// second behind, so that a crash or a power cut costs no more. Encoding, writing and flushing
-// happen on a thread of its own; everything here is called on the main thread, which is never kept
-// waiting but by `flush`.
+// second behind, so that a crash or a power cut costs no more. Encoding and writing happen on a
+// thread of its own, flushing on another; everything here is called on the main thread, which is
+// never kept waiting but by `flush`.
 #pragma once
 
 #include "base/MainThread.h"
@@ -44,8 +44,10 @@ public:
     void setSource(Source source, Failed failed);
     // There is something new; the source is asked for it within the interval.
     void changed();
-    // All stands in the sidecars: the file goes.
-    void allSaved();
+    // The same, at once: a change is finished, and its sidecar is about to be written.
+    void changedNow();
+    // The session ends and all stands in the sidecars: the file goes.
+    void remove();
     // Asks the source now and waits until it is on the disk.
     void flush();
 

@@ -30,9 +30,17 @@ void StrokeBuilder::startStroke(MaskComponent& shape, MaskPoint at, double flow)
     last_ = at;
 }
 
+// A device that never sends a pressure paints fully; a pen that is being lifted sends 0 at last.
+double StrokeBuilder::flowAt(double pressure) {
+    pressureSeen_ = pressureSeen_ || pressure > 0;
+    const bool isLifted = pressureSeen_ && !(pressure > 0);
+    return flowAtPressure(brush_, isLifted ? BrushTool::leastPressure : pressure, hasPressure_);
+}
+
 bool StrokeBuilder::begin(MaskComponent& shape, MaskPoint at, double pressure) {
     if (!isUsable(at)) return false;
-    startStroke(shape, limited(at), flowAtPressure(brush_, pressure, hasPressure_));
+    pressureSeen_ = false;
+    startStroke(shape, limited(at), flowAt(pressure));
     return true;
 }
 
@@ -42,7 +50,8 @@ bool StrokeBuilder::beginFromLast(MaskComponent& shape, MaskPoint at, double pre
         return begin(shape, at, pressure);
     }
     const MaskPoint from = shape.strokes.back().points.back();
-    startStroke(shape, from, flowAtPressure(brush_, pressure, hasPressure_));
+    pressureSeen_ = false;
+    startStroke(shape, from, flowAt(pressure));
     add(shape, at, pressure);
     return true;
 }
@@ -54,7 +63,7 @@ bool StrokeBuilder::add(MaskComponent& shape, MaskPoint at, double pressure) {
     // A large brush needs no points that lie much closer than its dabs.
     const double spacing = brush_.radius * kBrushRasterLongerSide * 0.25;
     if (step < std::max(leastStepPx, spacing / 4)) return false;
-    const double flow = flowAtPressure(brush_, pressure, hasPressure_);
+    const double flow = flowAt(pressure);
     const bool isFull = shape.strokes.back().points.size() >= mostPoints;
     if (isFull || std::abs(flow - flow_) >= flowStep) startStroke(shape, last_, flow);
     shape.strokes.back().points.push_back(to);

@@ -29,9 +29,10 @@ public:
 
 private:
     void startStroke(MaskComponent& shape, MaskPoint at, double flow);
+    double flowAt(double pressure);
 
     BrushTool brush_;
-    bool hasPressure_;
+    bool hasPressure_, pressureSeen_ = false;
     double flow_ = 100;
     MaskPoint last_;
 };

@@ -1,5 +1,6 @@
 // A file that only grows: what is appended survives the end of the program at once, and the end of
-// the machine's power once it is flushed. Blocking; one thread at a time.
+// the machine's power once it is flushed. Blocking; one thread at a time appends, another one may
+// flush meanwhile.
 #pragma once
 
 #include "base/Result.h"
@@ -16,7 +17,7 @@ public:
     virtual ~AppendFile() = default;
     // All of `bytes` at the end of the file. After a failure some of them may stand there.
     virtual Result<void> append(std::span<const std::byte> bytes) = 0;
-    // Returns once everything appended is on the disk.
+    // Returns once everything that was appended before the call is on the disk.
     virtual Result<void> flush() = 0;
 };
 

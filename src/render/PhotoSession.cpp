@@ -14,7 +14,8 @@ namespace kelvaro {
 
 namespace {
 
-constexpr std::size_t kMostLayers = 4;
+constexpr std::size_t kMostLayers = 4; // that are drawn
+constexpr std::size_t kMostWishes = 2; // an edit and the one before it, side by side
 // Larger pictures are developed where they are looked at, instead of whole into memory.
 constexpr std::int64_t kLargestLayer = 12'000'000; // pixels
 constexpr int kSideForFacts = 2048;                // what a view will ask for next
@@ -28,6 +29,14 @@ std::size_t layerBytes(PixelSize size, bool hasAlpha) {
 std::size_t decodeBytes(const ImageSource& source) {
     const PixelSize size = source.decoded().extent().size();
     return source.isRaw() ? layerBytes(size, false) : layerBytes(size, false) / 4;
+}
+
+// Drops the first of the layers that are drawn, or are not, while there are more than `most`.
+template<class Layers>
+void dropOverMost(Layers& layers, bool drawn, std::size_t most) {
+    const auto counts = [drawn](const auto& layer) { return bool(layer.image) == drawn; };
+    while (std::size_t(std::count_if(layers.begin(), layers.end(), counts)) > most)
+        layers.erase(std::find_if(layers.begin(), layers.end(), counts));
 }
 
 Failure renderFailure(Failure failure) {
@@ -129,7 +138,17 @@ Result<void> PhotoSession::prepare(const ViewRequest& request, const Cancellatio
     const auto geometry = ViewGeometry::of(request, (*decode)->source.extent.size());
     auto image = developed(**decode, request.shownEdit(), geometry.neededScale(), cancellation);
     if (!image) return fail(renderFailure(std::move(image).error()));
+    auto view = render(request, {}, cancellation);
+    if (!view) return fail(std::move(view).error());
+    state_.with([&](State& state) { state.prepared = Prepared{request, std::move(*view)}; });
     return {};
+}
+
+std::optional<RenderedView> PhotoSession::takePrepared(const ViewRequest& request) {
+    const auto prepared =
+        state_.with([](State& state) { return std::exchange(state.prepared, std::nullopt); });
+    if (!prepared || !prepared->request.showsSameAs(request)) return std::nullopt;
+    return prepared->view;
 }
 
 // The whole photo developed at `scale`, as a lazy image over what is kept.
@@ -245,7 +264,7 @@ std::optional<PhotoSession::Layer> PhotoSession::findLayer(const Layer& wanted, 
             return layers.back();
         }
         if (noteWish) layers.push_back(wanted);
-        if (layers.size() > kMostLayers) layers.erase(layers.begin());
+        dropOverMost(layers, false, kMostWishes);
         return std::nullopt;
     });
 }
@@ -256,7 +275,7 @@ void PhotoSession::keepLayer(Layer layer) {
             return other.from == layer.from && other.size == layer.size && other.raw == layer.raw;
         });
         state.layers.push_back(std::move(layer));
-        if (state.layers.size() > kMostLayers) state.layers.erase(state.layers.begin());
+        dropOverMost(state.layers, true, kMostLayers);
     });
 }
 
@@ -284,6 +303,7 @@ Result<SampledArea> PhotoSession::sampled(Point at, int radiusPx,
 void PhotoSession::shed(bool all) {
     state_.with([&](State& state) {
         state.layers.clear();
+        state.prepared.reset();
         state.rawFile.reset();
         if (all) state.decode.reset();
     });
@@ -295,6 +315,7 @@ std::size_t PhotoSession::bytes() const {
         for (const Layer& layer : state.layers)
             if (layer.image) sum += layerBytes(layer.size, layer.image.hasAlpha());
         if (state.decode) sum += decodeBytes(state.decode->source);
+        if (state.prepared) sum += state.prepared->view.pixels->bytes();
         // The samples of the sensor, which the open file keeps.
         if (state.rawFile && state.facts)
             sum += 2 * std::size_t(state.facts->size.width) * std::size_t(state.facts->size.height);

@@ -68,8 +68,10 @@ public:
                                 const Cancellation* cancellation);
     // Decodes the photo as far as the view needs, and no more; at once where that is done.
     Result<void> load(const ViewRequest& request, Pass pass, const Cancellation* cancellation);
-    // Makes ready all that `render` will need, without drawing: decode, analysis, reduction.
+    // Makes ready all that `render` will need (decode, analysis, reduction), and the view itself.
     Result<void> prepare(const ViewRequest& request, const Cancellation* cancellation);
+    // The view that was prepared, when it is this one; it is handed out once.
+    std::optional<RenderedView> takePrepared(const ViewRequest& request);
 
     // The pixels within `radiusPx` (at the decode's resolution) of a point of the photo.
     Result<SampledArea> sampled(Point at, int radiusPx, const Cancellation* cancellation);
@@ -107,12 +109,17 @@ private:
         std::shared_ptr<PhotoAnalysis> analysis;
         std::shared_ptr<RawToneAnalysis> rawToneAnalysis;
     };
+    struct Prepared {
+        ViewRequest request;
+        RenderedView view;
+    };
     struct State {
         std::optional<PhotoFacts> facts;
         std::optional<Analyses> analysed;
         std::shared_ptr<RawFile> rawFile; // used by whoever has claimed "decode"
         std::shared_ptr<const Decode> decode;
         std::vector<Layer> layers; // the last used last
+        std::optional<Prepared> prepared;
         Counts counts;
     };
     using DecodePointer = std::shared_ptr<const Decode>;

@@ -92,6 +92,7 @@ void PhotoSessionCache::prepare(const std::filesystem::path& photo, const Adjust
     ViewRequest request;
     request.edit = edit;
     request.fit = fit;
+    request.keepAlpha = true; // as canvases ask for it
     (void)(*found)->prepare(request, cancellation).has_value();
     trim();
 }

@@ -3,6 +3,7 @@
 #include "base/Require.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -10,7 +11,10 @@ namespace kelvaro {
 
 namespace {
 
-constexpr double kFrameSeconds = 0.03; // what a frame of a gesture may take
+// What rendering a frame of a gesture may take, so that it is on the screen after 20 ms.
+constexpr double kFrameSeconds = 0.013;
+constexpr double kClearlyFaster = 0.7;              // of that, before frames become finer again
+constexpr std::chrono::milliseconds kHandRests(30); // without a newer request of the gesture
 constexpr int kCoarsest = 4;
 constexpr int kHistogramSide = 768; // of the picture that is counted where the view is a part
 
@@ -166,13 +170,26 @@ void RenderSession::Work::step(const AskedPointer& asked, PhotoSession& session)
         return deliver(asked, fail(std::move(loaded).error()));
     }
     tellOpened(asked->open, session.facts(photoToken.get()));
+    const auto refine = [this, asked] { runRefine(asked); };
+    if (auto ready = session.takePrepared(asked->request)) {
+        ready->frame = engine_.perf().encoded(0, asked->when);
+        ready->isFinal = ready->isFinal && ready->isSettled;
+        const bool isFinal = ready->isFinal;
+        deliver(asked, std::move(*ready));
+        if (!isFinal && isNewest(asked)) refinement_.post(refine);
+        return;
+    }
     if (asked->request.interactive) pass.coarseness = coarsenessFor(*asked, session);
     auto view = timedRender(asked, session, pass, asked->cancellation);
     // In the middle of a gesture nobody looks for what settling changes.
     if (view && !asked->request.interactive) view->isFinal = view->isFinal && view->isSettled;
     const bool isFinal = !view || view->isFinal;
     deliver(asked, std::move(view));
-    if (!isFinal && isNewest(asked)) refinement_.post([this, asked] { runRefine(asked); });
+    if (isFinal || !isNewest(asked)) return;
+    if (pass.coarseness > 1)
+        refinement_.postLater(kHandRests, refine);
+    else
+        refinement_.post(refine);
 }
 
 void RenderSession::Work::runRefine(const AskedPointer& asked) {
@@ -204,15 +221,22 @@ Result<RenderedView> RenderSession::Work::timedRender(const AskedPointer& asked,
     return view;
 }
 
-// As coarse as it must be for the frame to be in time, judged by the frames before.
+// As coarse as it must be for the frame to be in time, judged by the frames before; without going
+// to and fro within a gesture.
 int RenderSession::Work::coarsenessFor(const Asked& asked, PhotoSession& session) {
     const auto facts = session.facts(nullptr);
     if (!facts) return 1;
     const PixelRect rect = ViewGeometry::of(asked.request, facts->size).rect;
     const double seconds = secondsPerPixel_ * double(rect.width) * rect.height;
-    int coarseness = 1;
-    while (coarseness < kCoarsest && seconds > kFrameSeconds * coarseness * coarseness)
+    const auto isInTime = [seconds](int coarseness, double share) {
+        return seconds <= share * kFrameSeconds * coarseness * coarseness;
+    };
+    int coarseness = coarseness_;
+    while (coarseness < kCoarsest && !isInTime(coarseness, 1))
         ++coarseness;
+    while (coarseness > 1 && isInTime(coarseness - 1, kClearlyFaster))
+        --coarseness;
+    coarseness_ = coarseness;
     return coarseness;
 }
 

@@ -87,6 +87,7 @@ private:
     Locked<std::optional<Counting>> counting_; // the next histogram
     std::atomic<bool> wantsHistogram_ = false;
     std::atomic<double> secondsPerPixel_ = 0; // of the last frames; 0: not known yet
+    std::atomic<int> coarseness_ = 1;         // of the last frame of a gesture
     // A queue's jobs post to the ones above it only, which end after it.
     SerialQueue previews_{"kelvaro.camera-preview", SerialQueue::AtEnd::drop};
     SerialQueue histograms_{"kelvaro.histogram", SerialQueue::AtEnd::drop};

@@ -1,5 +1,7 @@
 #include "render/ViewRequest.h"
 
+#include <tuple>
+
 namespace kelvaro {
 
 Adjustments ViewRequest::shownEdit() const {
@@ -13,6 +15,14 @@ Adjustments ViewRequest::shownEdit() const {
     // Another sharpness would be another decode, and so a pause where people flip to and fro.
     shown.sharpness = edit.sharpness;
     return shown;
+}
+
+bool ViewRequest::showsSameAs(const ViewRequest& other) const {
+    const auto rest = [](const ViewRequest& r) {
+        return std::tie(r.fit, r.rect, r.space, r.whole, r.before, r.keepAlpha, r.clipping,
+                        r.maskOverlay.mask, r.maskOverlay.all, r.edit);
+    };
+    return rest(*this) == rest(other) && (fit || scale == other.scale);
 }
 
 } // namespace kelvaro

@@ -38,6 +38,8 @@ struct ViewRequest {
 
     // What is really developed: `edit`, or for `before` only its crop.
     Adjustments shownEdit() const;
+    // Whether both ask for the same pixels; only one of them may be of a gesture.
+    bool showsSameAs(const ViewRequest& other) const;
 };
 
 // How near to its end a view is; each replaces the one before, over the same rectangle.

@@ -4,6 +4,7 @@
 #include "editor/JournalCoding.h"
 #include "editor/JournalRecovery.h"
 #include "editor/MaskList.h"
+#include "editor/OpenEditor.h"
 #include "editor/SidecarEditStore.h"
 #include "fakes/FailingFileSystem.h"
 #include "fakes/ManualClock.h"
@@ -123,10 +124,99 @@ TEST_F(JournalTest, HoldsADragAndIsGoneOnceItIsSaved) {
     session->model.endChange();
     EXPECT_TRUE(main.runUntil([&] { return session->saver.isAllSaved(); }, 20));
     session->journal.flush();
-    EXPECT_TRUE(journals().empty());
+    EXPECT_TRUE(unsavedRecords(readFile(name), random).empty());
     EXPECT_EQ(onDisk(), exposed(1.25));
     session.reset();
     main.runPosted();
+    EXPECT_TRUE(journals().empty());
+}
+
+// A disk that is busy for seconds: flushes of what is appended wait for the test.
+class BusyFiles final : public AppendFiles {
+public:
+    Result<std::unique_ptr<AppendFile>> open(const std::filesystem::path& path) override {
+        auto file = posix_.open(path);
+        if (!file) return file;
+        return std::unique_ptr<AppendFile>(new File(std::move(*file), lock_));
+    }
+    std::unique_lock<std::mutex> keepBusy() { return std::unique_lock(lock_); }
+
+private:
+    struct File final : AppendFile {
+        File(std::unique_ptr<AppendFile> posix, std::mutex& lock)
+            : posix_(std::move(posix)), lock_(lock) {}
+        Result<void> append(std::span<const std::byte> bytes) override {
+            return posix_->append(bytes);
+        }
+        Result<void> flush() override {
+            const std::lock_guard waiting(lock_);
+            return posix_->flush();
+        }
+        std::unique_ptr<AppendFile> posix_;
+        std::mutex& lock_;
+    };
+    PosixAppendFiles posix_;
+    std::mutex lock_;
+};
+
+TEST_F(JournalTest, ABusyDiskKeepsNoRecordWaiting) {
+    BusyFiles busyFiles;
+    Session session(files, busyFiles, random, main, clock, support);
+    session.model.open({photo, {600, 400}}, {});
+    session.model.beginChange("Exposure");
+    auto busy = busyFiles.keepBusy();
+    for (const double stops : {0.5, 1.0, 1.5}) {
+        test::setExposure(session.model, stops);
+        const auto isThere = [&] {
+            for (const std::string& name : journals())
+                for (const auto& record :
+                     unsavedRecords(readFile(support / "sessions" / name), random))
+                    if (record.edit == exposed(stops)) return true;
+            session.journal.changed();
+            return false;
+        };
+        EXPECT_TRUE(main.runUntil(isThere, 20)) << stops;
+    }
+}
+
+// Where a journal has been written anew, what was saved meanwhile doesn't come back from its first
+// file, and a second one that was torn away leaves the first one valid.
+TEST_F(JournalTest, ALaterFileTakesTheFirstOnesPlace) {
+    const auto first = newJournalPath(support, random), second = nextJournalPath(first);
+    EXPECT_EQ(second.filename(), first.stem().string() + "_0002.journal");
+    EXPECT_EQ(nextJournalPath(second).filename(), first.stem().string() + "_0003.journal");
+    const std::string old = encodedRecord({photo, exposed(2), {editFingerprint({})}, 100});
+    const std::string anew =
+        beginningRecord() + encodedRecord({folder / "photos/b.jpg", exposed(1), {}, 100});
+    for (const bool torn : {false, true}) {
+        std::filesystem::remove_all(photo.parent_path() / ".tarnwell");
+        writeFile(first, old);
+        writeFile(second, anew.substr(0, torn ? 20 : anew.size()));
+        EXPECT_EQ(recover().restored.size(), 1u);
+        EXPECT_EQ(onDisk(), torn ? exposed(2) : Adjustments());
+        EXPECT_TRUE(journals().empty());
+    }
+}
+
+TEST_F(JournalTest, WritesALargeJournalAnewWithWhatIsUnsaved) {
+    JournalFile file(files, appendFiles, newJournalPath(support, random));
+    const std::string record = encodedRecord({photo, exposed(2), {}, 100});
+    const std::string old = encodedRecord({folder / "photos/b.jpg", exposed(1), {}, 100});
+    for (std::int64_t written = 0; written < JournalFile::largeBytes; written += 1 << 20) {
+        EXPECT_FALSE(file.isLarge());
+        ASSERT_TRUE(file.append(old + std::string(1 << 20, ' ')));
+    }
+    EXPECT_TRUE(file.isLarge());
+    ASSERT_TRUE(file.replace(record));
+    EXPECT_FALSE(file.isLarge());
+    ASSERT_TRUE(file.append(encodedRecord({photo, exposed(3), {}, 101})));
+    file.waitUntilFlushed();
+    ASSERT_EQ(journals().size(), 1u);
+    const auto records =
+        unsavedRecords(readFile(support / "sessions" / *journals().begin()), random);
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].edit, exposed(3));
+    EXPECT_TRUE(file.remove());
     EXPECT_TRUE(journals().empty());
 }
 

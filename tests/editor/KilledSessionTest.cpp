@@ -1,4 +1,5 @@
-// Sessions that are killed at random moments: what the user had a second before is there again.
+// Sessions that are killed at random moments, beside programs that keep the disk busy: what the
+// user had a second before is there again.
 #include "editor/JournalRecovery.h"
 #include "editor/ScriptedSession.h"
 #include "fakes/TemporaryFolder.h"
@@ -59,11 +60,13 @@ Outcome killedAfter(double seconds) {
     EXPECT_EQ(::posix_spawn(&child, program.c_str(), &actions, nullptr, arguments, environ), 0);
     posix_spawn_file_actions_destroy(&actions);
     ::close(ends[1]);
+    std::string lines(1, ' ');
+    EXPECT_EQ(::read(ends[0], lines.data(), 1), 1);                      // it has begun to edit
     std::this_thread::sleep_for(std::chrono::duration<double>(seconds)); // its life
     const double killed = SystemClock().monotonicSeconds();
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
-    const std::string lines = readAll(ends[0]);
+    lines += readAll(ends[0]);
     ::close(ends[0]);
 
     Outcome outcome;
@@ -93,7 +96,37 @@ Outcome killedAfter(double seconds) {
     return outcome;
 }
 
+// Writes and flushes without end.
+class BusyDisk {
+public:
+    BusyDisk() {
+        for (int w = 0; w < 2; ++w)
+            workers_.emplace_back([this, w] { work(folder_ / ("load" + std::to_string(w))); });
+    }
+    ~BusyDisk() {
+        ending_ = true;
+        for (std::thread& worker : workers_)
+            worker.join();
+    }
+
+private:
+    void work(const std::filesystem::path& path) const {
+        const std::vector<char> block(4 << 20, 'x');
+        while (!ending_) {
+            const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+            for (int part = 0; part < 8 && !ending_; ++part) {
+                if (::write(file, block.data(), block.size()) < 0 || ::fsync(file) != 0) break;
+            }
+            ::close(file);
+        }
+    }
+    TemporaryFolder folder_;
+    std::atomic<bool> ending_{false};
+    std::vector<std::thread> workers_;
+};
+
 TEST(KilledSession, LosesLessThanASecond) {
+    const BusyDisk busy;
     std::vector<Outcome> outcomes(kills);
     std::atomic<int> next{0};
     std::vector<std::thread> workers;

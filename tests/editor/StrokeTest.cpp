@@ -78,11 +78,14 @@ TEST(Stroke, PressureStraightLinesAndLongPaths) {
     ASSERT_EQ(shape.strokes.size(), 2u);
     EXPECT_EQ(shape.strokes[1].points, (std::vector<MaskPoint>{{0.2, 0.1}, {0.3, 0.1}}));
     EXPECT_NEAR(shape.strokes[1].flow, 60, 1e-9);
+    EXPECT_TRUE(pen.add(shape, {0.35, 0.1}, 0)); // is lifted
+    EXPECT_NEAR(shape.strokes[2].flow, 5, 1e-9);
+    // A device that sends nothing else.
     EXPECT_TRUE(pen.beginFromLast(shape, {0.9, 0.9}, 0));
-    EXPECT_EQ(shape.strokes[2].points, (std::vector<MaskPoint>{{0.3, 0.1}, {0.9, 0.9}}));
-    EXPECT_EQ(shape.strokes[2].flow, 100);
+    EXPECT_EQ(shape.strokes[3].points, (std::vector<MaskPoint>{{0.35, 0.1}, {0.9, 0.9}}));
+    EXPECT_EQ(shape.strokes[3].flow, 100);
     pen.add(shape, {900, -900}, 0);
-    EXPECT_EQ(shape.strokes[2].points.back(), (MaskPoint{5, -4}));
+    EXPECT_EQ(shape.strokes[3].points.back(), (MaskPoint{5, -4}));
 
     MaskComponent lengthy;
     StrokeBuilder mouse(brush, false);

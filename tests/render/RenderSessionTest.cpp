@@ -183,16 +183,23 @@ TEST(RenderSession, NeighboursArePreparedOnceItIsQuiet) {
     ASSERT_TRUE(prepared);
     EXPECT_EQ(prepared->counts().decodes, 1);
     EXPECT_EQ(stage.engine.work().state().jobs, 0);
-    canvas.views.clear();
-    canvas.session.open(next);
-    canvas.render(fitting(100));
-    ASSERT_TRUE(canvas.waitForFinal());
-    // The first view needs no decoding; then comes the one that is developed before it is reduced.
-    ASSERT_EQ(canvas.views.size(), 2u);
-    EXPECT_FALSE(canvas.views[0].isSettled);
-    EXPECT_EQ(canvas.views[0].pixels->size, canvas.views[1].pixels->size);
-    EXPECT_TRUE(canvas.views[1].isSettled);
-    EXPECT_EQ(prepared->counts().decodes, 2);
+    int drawn = prepared->counts().renders;
+    for (const bool isPrepared : {true, false}) { // the view is kept for the first look only
+        canvas.views.clear();
+        canvas.session.open(next);
+        ViewRequest request = fitting(100);
+        request.keepAlpha = true;
+        canvas.render(request);
+        ASSERT_TRUE(canvas.waitForFinal());
+        // After what needs no decoding comes what is developed before it is reduced.
+        ASSERT_EQ(canvas.views.size(), 2u);
+        EXPECT_FALSE(canvas.views[0].isSettled);
+        EXPECT_EQ(canvas.views[0].pixels->size, canvas.views[1].pixels->size);
+        EXPECT_TRUE(canvas.views[1].isSettled);
+        EXPECT_EQ(prepared->counts().decodes, 2);
+        const int before = std::exchange(drawn, prepared->counts().renders);
+        EXPECT_EQ(drawn - before, isPrepared ? 1 : 2);
+    }
 }
 
 TEST(RenderSession, EndsInTheMiddleOfEverything) {

@@ -19,6 +19,7 @@ struct CanvasFrame {
     bool whole = false; // of the uncropped photo
     bool isFinal = false;
     std::uint64_t number = 0; // of the render session
+    std::uint64_t asked = 0;  // which of the canvas's requests it answers
 
     bool coversPicture() const;
 };

@@ -1,6 +1,7 @@
 // The requests of the canvas; see also EditorCanvasPainting.cpp and EditorCanvasInput.cpp.
 #include "ui/editor/EditorCanvas.h"
 
+#include "recipe/RecipeActions.h"
 #include "render/ViewGeometry.h"
 #include "ui/Texts.h"
 
@@ -15,6 +16,10 @@ constexpr qint64 patienceMs = 200; // that a gesture waits for a frame before it
 
 bool isSame(const MaskOverlay& a, const MaskOverlay& b) {
     return a.mask == b.mask && a.all == b.all;
+}
+
+Adjustments withoutCrop(const Adjustments& edit) {
+    return withPanelReset(edit, AdjustmentSpec::Group::crop);
 }
 
 // In the crop tool and for judging colours the photo keeps more air than elsewhere.
@@ -142,7 +147,10 @@ CanvasView EditorCanvas::view() const {
 
 void EditorCanvas::setEdit(const Adjustments& edit, bool interactive) {
     if (!open_ || edit == edit_) return;
+    // The whole photo is only turned and framed anew, which is painted.
+    const bool isFrameOnly = display_.whole && withoutCrop(edit) == withoutCrop(edit_);
     edit_ = edit;
+    if (isFrameOnly) return update();
     if (const PixelSize size = pictureSize(); size != view_.picture) {
         view_ = withPicture(view_, size);
         beforeFrame_ = {};
@@ -219,9 +227,9 @@ void EditorCanvas::send() {
     inFlight_ = true;
     sinceSent_.start();
     frame_.isFinal = false;
-    session_.render(
-        std::move(request),
-        [this, whole = display_.whole](const Result<RenderedView>& view) { take(view, whole); });
+    session_.render(std::move(request),
+                    [this, whole = display_.whole, asked = ++askedCount_](
+                        const Result<RenderedView>& view) { take(view, whole, asked); });
     if (showsBefore()) askBefore();
 }
 
@@ -243,7 +251,7 @@ void EditorCanvas::askBefore() {
                    });
 }
 
-void EditorCanvas::take(const Result<RenderedView>& view, bool whole) {
+void EditorCanvas::take(const Result<RenderedView>& view, bool whole, std::uint64_t asked) {
     inFlight_ = false;
     if (!view) {
         failure_ = QString::fromStdString(view.error().message);
@@ -253,6 +261,7 @@ void EditorCanvas::take(const Result<RenderedView>& view, bool whole) {
     }
     failure_.clear();
     CanvasFrame next = frameOf(*view, whole, profile_);
+    next.asked = asked;
     // A better stage takes the place of a worse one softly; a hand on a control sees it at once.
     const bool improves = frame_.stage == ViewStage::preview && next.stage != ViewStage::preview;
     if (improves && !frame_.image.isNull() && appearance_.motionMs() > 0 &&

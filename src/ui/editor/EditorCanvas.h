@@ -54,6 +54,8 @@ public:
     PixelSize photoSize() const { return photoSize_; }
     bool isOpen() const { return open_; }
     bool isFactual() const { return factual_; } // the photo's real size is known
+    // How many requests were sent; what changes now is in the next one.
+    std::uint64_t askedCount() const { return askedCount_; }
     bool isSettled() const { return open_ && frame_.isFinal && !asking_.isActive() && !inFlight_; }
     void zoomTo(CanvasView::Zoom zoom);
     void zoomBy(double factor);
@@ -90,7 +92,7 @@ private:
     void send();
     void askBefore();
     ViewRequest requestNow() const;
-    void take(const Result<RenderedView>& view, bool whole);
+    void take(const Result<RenderedView>& view, bool whole, std::uint64_t asked);
     void opened(const Result<PhotoFacts>& facts);
     PixelSize pictureSize() const;
     void viewChanged();
@@ -132,6 +134,7 @@ private:
     bool inFlight_ = false; // a frame of a gesture is on its way
     bool again_ = false;    // and another is wanted after it
     bool askedByFit_ = false;
+    std::uint64_t askedCount_ = 0;
     QElapsedTimer sinceSent_;
     std::uint64_t undisplayed_ = 0; // the frame that has not been painted yet
 

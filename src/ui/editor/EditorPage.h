@@ -6,6 +6,7 @@
 #include "app/EditingServices.h"
 #include "editor/EditorModel.h"
 #include "library/LibraryStore.h"
+#include "platform/SettingsStore.h"
 #include "render/ThumbnailLoader.h"
 #include "ui/controls/DimLayer.h"
 #include "ui/editor/CropCanvas.h"
@@ -30,6 +31,7 @@ struct EditorParts {
     PhotoSessionCache& sessions;
     ThumbnailLoader& thumbnails;
     EditingServices& editing;
+    SettingsStore& settings;
     CommandActions& commands;
 };
 

@@ -1,4 +1,5 @@
 // The inspector, the picker, crop, masks and presets of the editor.
+#include "app/SettingsKeys.h"
 #include "editor/MaskList.h"
 #include "editor/Straightening.h"
 #include "editor/WhiteBalancePick.h"
@@ -28,9 +29,18 @@ void EditorPage::bindInspector() {
         model_.resetPanel(group);
     };
     inspector_->onKelvin = [this](SliderRow* row) { openKelvin(row); };
+    if (const auto titles =
+            parts_.settings.get<std::vector<std::string>>(settingsKey::foldedPanels))
+        inspector_->setFolded(*titles);
+    inspector_->onFolded = [this] {
+        parts_.settings.set(settingsKey::foldedPanels, inspector_->folded());
+    };
     inspector_->onPick = [this] { setPicking(!picking_); };
     kelvin_->onChosen = [this](double temperature) {
         model_.change("Temperature", [&](Adjustments& edit) { edit.temperature = temperature; });
+    };
+    kelvin_->onReset = [this] {
+        model_.change("Temperature", [](Adjustments& edit) { edit.temperature = 0; });
     };
     pick_.onPicked = [this](Point at) { pick(at); };
 }

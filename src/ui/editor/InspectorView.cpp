@@ -13,6 +13,8 @@
 #include <QPainter>
 #include <QScrollBar>
 
+#include <algorithm>
+
 namespace kelvaro {
 namespace {
 
@@ -81,6 +83,9 @@ QWidget* InspectorView::makePanels() {
             new PanelView(appearance_, name, words(title(group)), resetTip(group), content);
         panel->onReset = [this, group] {
             if (onResetPanel) onResetPanel(group);
+        };
+        panel->onFolded = [this](bool) {
+            if (onFolded) onFolded();
         };
         panels_[group] = panel;
         for (const AdjustmentSpec& spec : sliderCatalogue(group)) {
@@ -204,6 +209,18 @@ void InspectorView::show(const std::vector<InspectorPanel>& panels, const QStrin
 void InspectorView::showStraighten(const Adjustments& edit, bool canChange) {
     straighten_->show(straightenRow(edit));
     straighten_->setEnabled(canChange);
+}
+
+void InspectorView::setFolded(const std::vector<std::string>& titles) {
+    for (const auto& [group, panel] : panels_)
+        panel->setFolded(std::ranges::count(titles, title(group)) > 0);
+}
+
+std::vector<std::string> InspectorView::folded() const {
+    std::vector<std::string> titles;
+    for (const auto& [group, panel] : panels_)
+        if (panel->isFolded()) titles.emplace_back(title(group));
+    return titles;
 }
 
 void InspectorView::finish() {

@@ -38,6 +38,9 @@ public:
     IconButton* pickButton() const { return pick_; }
     SliderRow* row(std::string_view id) const;
     PanelView* panel(AdjustmentSpec::Group group) const { return panels_.at(group); }
+    // Titles of the panels that are folded; others are open.
+    void setFolded(const std::vector<std::string>& titles);
+    std::vector<std::string> folded() const;
     // Ends steps by wheel or keys that have no end of their own.
     void finish();
 
@@ -47,6 +50,7 @@ public:
     std::function<void(AdjustmentSpec::Group)> onResetPanel;
     std::function<void(SliderRow*)> onKelvin;
     std::function<void()> onPick;
+    std::function<void()> onFolded; // a panel was folded or unfolded
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -5,6 +5,7 @@
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
 
+#include <QMouseEvent>
 #include <QVBoxLayout>
 
 namespace kelvaro {
@@ -15,7 +16,7 @@ constexpr int widthPx = 264;
 } // namespace
 
 KelvinPopover::KelvinPopover(const Appearance& appearance, QWidget* window, QWidget* anchor)
-    : Overlay(appearance, Kind::popover, window, anchor) {
+    : Overlay(appearance, Kind::popover, window, anchor), row_(anchor) {
     setObjectName("kelvinPopover");
     const KelvinField shown = kelvinField(0, 6500);
     panel()->setFixedWidth(widthPx);
@@ -46,6 +47,13 @@ void KelvinPopover::begin(double temperature, double asShotKelvin) {
     range_->setText(fromUtf8(shown.rangeText));
     open();
     field_->selectAll();
+}
+
+void KelvinPopover::mouseDoubleClickEvent(QMouseEvent* event) {
+    const QRect row(row_->mapTo(parentWidget(), QPoint()), row_->size());
+    if (!row.contains(event->position().toPoint())) return Overlay::mouseDoubleClickEvent(event);
+    dismiss();
+    if (onReset) onReset();
 }
 
 } // namespace kelvaro

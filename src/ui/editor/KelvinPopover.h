@@ -15,9 +15,14 @@ public:
     void begin(double temperature, double asShotKelvin);
     QLineEdit* field() const { return field_; }
 
+    std::function<void()> onReset; // a double click on the value, whose first click opened this
     std::function<void(double temperature)> onChosen;
 
+protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
 private:
+    QWidget* row_;
     QLineEdit* field_;
     QLabel* range_;
     double asShotKelvin_ = 6500;

@@ -200,6 +200,7 @@ void SliderRow::keyPressEvent(QKeyEvent* event) {
 void SliderRow::edit(const QString& text) {
     finish();
     field_ = named(new QLineEdit(text, this), "valueField", accessibleName(), words(row_.tip));
+    fieldPressed_ = false;
     field_->setToolTip({});
     field_->setAlignment(Qt::AlignRight);
     field_->setStyleSheet("min-height: 20px; padding: 0 4px;");
@@ -228,6 +229,14 @@ void SliderRow::commit() {
 
 bool SliderRow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == field_) {
+        // The first click of a double click has opened the field under the second one.
+        if (event->type() == QEvent::MouseButtonPress) fieldPressed_ = true;
+        if (event->type() == QEvent::MouseButtonDblClick && !fieldPressed_) {
+            std::exchange(field_, nullptr)->deleteLater();
+            setFocus();
+            if (onReset) onReset();
+            return true;
+        }
         const auto* key = static_cast<QKeyEvent*>(event);
         // Esc is the field's before it is the window's.
         if (event->type() == QEvent::ShortcutOverride && key->key() == Qt::Key_Escape) {

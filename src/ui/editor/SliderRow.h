@@ -65,6 +65,7 @@ private:
     double wheel_ = 0; // what is left of a notch
     QTimer series_;    // of steps by wheel or keys
     QPointer<QLineEdit> field_;
+    bool fieldPressed_ = false; // since it opened
 };
 
 } // namespace kelvaro

@@ -99,7 +99,7 @@ EditorPage& MainWindow::editor() {
     if (editor_) return *editor_;
     editor_ = new EditorPage(parts_.appearance,
                              {parts_.library, parts_.engine, parts_.sessions, parts_.thumbnails,
-                              parts_.editing, *commands_},
+                              parts_.editing, parts_.settings, *commands_},
                              pages_);
     pages_->addWidget(editor_);
     editor_->setScreenProfile(screenProfile_);
@@ -256,7 +256,13 @@ void MainWindow::showIndexing() {
 }
 
 QPoint MainWindow::noticePlace(QSize pill) const {
-    return {(width() - pill.width()) / 2, height() - noticeBottomPx - pill.height()};
+    QRect area = rect();
+    if (pages_->currentWidget() == editor_) { // above the photo bar, beside the inspector
+        const EditorCanvas& canvas = editor_->canvas();
+        area = {canvas.mapTo(this, QPoint()), canvas.size()};
+    }
+    return {area.x() + std::max(0, (area.width() - pill.width()) / 2),
+            area.y() + area.height() - noticeBottomPx - pill.height()};
 }
 
 // In the bars above the photos, so that it never covers one.

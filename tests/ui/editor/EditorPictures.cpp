@@ -2,6 +2,7 @@
 //     editor_pictures PHOTOS OUTPUT [NAME]     a folder of photos (a copy: edits are written into
 //                                              it), the folder to write into, the photo to open
 // KELVARO_WINDOW_SIZE=1920x1080, KELVARO_LIGHT=1 and QT_SCALE_FACTOR=2 make the other variants.
+#include "develop/Recipes.h"
 #include "editor/MaskList.h"
 #include "ui/editor/EditorScene.h"
 
@@ -62,14 +63,8 @@ private:
     }
     void drawAdjusting() {
         model().change("Edit", [](Adjustments& edit) {
+            edit = test::typical();
             edit.temperature = -18;
-            edit.tint = 4;
-            edit.exposure = 0.35;
-            edit.highlights = -45;
-            edit.shadows = 38;
-            edit.contrast = 14;
-            edit.vibrance = 22;
-            edit.clarity = 18;
             edit.vignette = -20;
         });
         QTest::mouseMove(row("shadows"), QPoint(120, 20));
