@@ -35,11 +35,12 @@ EditingServices::~EditingServices() {
     library_.setHeldEdits(nullptr);
 }
 
-// What the library has taken over and could not write either is its own to tell.
+// What the library has taken over and could not write either is its own to tell; what is being
+// written now is on its way, and ends before the program does.
 std::vector<PhotoUrl> EditingServices::unsaved() const {
     std::vector<PhotoUrl> photos;
     for (const std::filesystem::path& photo : saver_.unsavedPhotos())
-        photos.push_back(photo.string());
+        if (!saver_.problem(photo).empty()) photos.push_back(photo.string());
     return photos;
 }
 
