@@ -23,6 +23,9 @@ target_include_directories(kelvaro_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(kelvaro_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
     -Woverloaded-virtual -Werror -ffp-contract=off -fno-math-errno)
+# gcc warns of members that a designated initializer leaves to their defaults, which is its point.
+target_compile_options(kelvaro_options INTERFACE
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-missing-field-initializers>)
 if(KELVARO_SANITIZE)
     add_compile_options(-fsanitize=${KELVARO_SANITIZE} -fno-omit-frame-pointer
         -fno-sanitize-recover=all)

@@ -79,7 +79,7 @@ struct Writer {
         for (int i = 0; i < writes; ++i) {
             const std::string name = nameOf(program, static_cast<int>(random() % photos));
             const bool isFavorite = random() % 3 != 0;
-            const double exposure = random() % 2 ? 0 : 0.25 * (1 + random() % 8);
+            const double exposure = random() % 2 ? 0 : 0.25 * double(1 + random() % 8);
             if (!write(name, isFavorite, exposure)) return false;
         }
         return true;
@@ -139,7 +139,7 @@ TEST(TwoProgramsTest, AKilledProgramLeavesWholeFiles) {
         int last = -1;
         while (last < limit && ::read(ends[0], &last, sizeof last) == sizeof last) {
         }
-        ::usleep(dice() % 3000); // somewhere inside the next write
+        ::usleep(::useconds_t(dice() % 3000)); // somewhere inside the next write
         ::kill(child, SIGKILL);
         succeeded(child);
         while (::read(ends[0], &last, sizeof last) == sizeof last) {

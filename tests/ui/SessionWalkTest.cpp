@@ -113,7 +113,11 @@ TEST_F(Session, FromTheFirstFolderToQuittingWithAPendingEdit) {
     EXPECT_GT(window->editor().model().edit().exposure, 0);
     press(Qt::Key_Escape);
     until([&] { return !library->isEditing() && library->unsavedEdits().get().size() == 1; });
-    if (window->findChild<QWidget*>("errorQuestion")) answer("errorQuestion", "answer0");
+    until([&] {
+        const auto* told = window->findChild<QWidget*>("errorQuestion");
+        return told && told->isVisible();
+    });
+    answer("errorQuestion", "answer0");
 
     press(Qt::Key_Q, Qt::ControlModifier);
     answer("quitQuestion", "answer1");
