@@ -40,10 +40,16 @@ void appendUtf8(std::string& text, std::uint32_t code) {
 std::uint32_t codeAt(const std::string& text, std::size_t at, std::size_t& length) {
     const auto lead = static_cast<unsigned char>(text[at]);
     length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
-    if (length == 0 || at + length > text.size()) return length = 0;
+    if (length == 0 || at + length > text.size()) {
+        length = 0;
+        return 0;
+    }
     std::uint32_t code = lead & (0xFFU >> (length + 1));
     for (std::size_t i = 1; i < length; ++i) {
-        if (!continues(text[at + i])) return length = 0;
+        if (!continues(text[at + i])) {
+            length = 0;
+            return 0;
+        }
         code = code << 6 | (static_cast<unsigned char>(text[at + i]) & 0x3FU);
     }
     return code;
