@@ -145,7 +145,7 @@ bool PlaceMap::isShared() const {
 
 void sampleRow(const SourcePlanes& planes, const float* rows, const float* columns, int count,
                float* const* out) {
-    const hn::Full128<float> tag; // the four neighbours of one row
+    [[maybe_unused]] const hn::Full128<float> tag; // the four neighbours of one row
     const SensorRect& area = planes.area;
     const auto lastRow = float(area.height - 3), lastColumn = float(area.width - 3);
     for (int i = 0; i < count; ++i) {
@@ -157,6 +157,16 @@ void sampleRow(const SourcePlanes& planes, const float* rows, const float* colum
         HWY_ALIGN float across[4];
         splineWeights(y - float(top), down);
         splineWeights(x - float(left), across);
+#if HWY_TARGET == HWY_SCALAR // has no four lanes
+        for (int c = 0; c < planes.count; ++c) {
+            const float* from = planes.first[c] + (top - 1) * planes.stride + left - 1;
+            float sum = 0;
+            for (int r = 0; r < 4; ++r)
+                for (int k = 0; k < 4; ++k)
+                    sum += from[r * planes.stride + k] * down[r] * across[k];
+            out[c][i] = sum;
+        }
+#else
         const auto weights = hn::Load(tag, across);
         const std::ptrdiff_t at = (top - 1) * planes.stride + left - 1;
         for (int c = 0; c < planes.count; ++c) {
@@ -168,6 +178,7 @@ void sampleRow(const SourcePlanes& planes, const float* rows, const float* colum
             }
             out[c][i] = hn::GetLane(hn::SumOfLanes(tag, hn::Mul(sum, weights)));
         }
+#endif
     }
 }
 
