@@ -5,6 +5,7 @@
 #include "ui/Texts.h"
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
+#include "ui/controls/PathEdit.h"
 
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -150,7 +151,7 @@ QWidget* ExportSheet::makeResize(const Appearance& appearance) {
     longEdge_->setFixedWidth(72);
     row->addWidget(resize_);
     row->addWidget(longEdge_);
-    row->addWidget(label(words("pixels on the long edge"), "secondary"), 1);
+    row->addWidget(label(words("Pixels on the long edge"), "secondary"), 1);
     QObject::connect(resize_, &Switch::toggled, this, [this] { change(); });
     QObject::connect(longEdge_, &QSpinBox::valueChanged, this, [this] { change(); });
     return holder;
@@ -179,7 +180,7 @@ QWidget* ExportSheet::makeBorder(const Appearance& appearance) {
 QWidget* ExportSheet::makeDestination(Prompts& prompts) {
     auto* holder = new QWidget;
     auto* row = rowIn(holder);
-    destination_ = named(new QLineEdit, "destination", words("Save in"),
+    destination_ = named(new PathEdit, "destination", words("Save in"),
                          words("The folder for the exported files; it is made when it is missing"));
     auto* choose = named(new QPushButton(words("Choose…")), "chooseDestination", words("Choose…"),
                          words("Choose the folder for the exported files"));

@@ -16,7 +16,7 @@ namespace {
 constexpr int photoInset = 1;
 constexpr int badgePx = 14, badgeMargin = 6;
 constexpr int shadowReachPx = 3; // around a badge
-constexpr int smallestCellWithBadges = 56;
+constexpr int smallestCellWithBadges = 56, smallestCellWithFullBadges = 110;
 
 const QColor badgeInk("#ffffff");
 
@@ -51,14 +51,14 @@ void paintBadge(QPainter& painter, QPointF at, IconName name, const QColor& colo
     painter.drawPixmap(at, iconPixmap(name, badgePx, colour, ratio));
 }
 
-void paintRawBadge(QPainter& painter, QPointF rightTop) {
+void paintRawBadge(QPainter& painter, QPointF rightTop, bool isSmall) {
     QFont font = interfaceFont(TextRole::caption);
-    font.setPixelSize(9);
+    font.setPixelSize(isSmall ? 7 : 9);
     font.setWeight(QFont::Bold);
     const QFontMetricsF metrics(font);
     const QString text = "RAW";
-    const QRectF plate(rightTop.x() - metrics.horizontalAdvance(text) - 8, rightTop.y(),
-                       metrics.horizontalAdvance(text) + 8, badgePx);
+    const double width = metrics.horizontalAdvance(text) + (isSmall ? 6 : 8);
+    const QRectF plate(rightTop.x() - width, rightTop.y(), width, isSmall ? 10 : badgePx);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(0, 0, 0, 115));
     painter.drawRoundedRect(plate, 3, 3);
@@ -84,8 +84,11 @@ void paintBadges(QPainter& painter, const QRectF& photo, const QRect& cell, cons
         paintBadge(painter, {corners.left() + badgeMargin, corners.top() + badgeMargin},
                    IconName::driveMissing, badgeInk);
     }
-    if (what.isRaw)
-        paintRawBadge(painter, {corners.right() - badgeMargin, corners.top() + badgeMargin});
+    if (what.isRaw) {
+        const bool isSmall = cell.width() < smallestCellWithFullBadges;
+        const double margin = isSmall ? badgeMargin / 2.0 : badgeMargin;
+        paintRawBadge(painter, {corners.right() - margin, corners.top() + margin}, isSmall);
+    }
     painter.setRenderHint(QPainter::Antialiasing, false);
 }
 

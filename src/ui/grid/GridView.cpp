@@ -42,7 +42,9 @@ void GridView::layOut() {
         starts.push_back(heading.start);
     layout_ = GridLayout(content_.count(), std::move(starts), viewport()->width(), wantedCell_);
     verticalScrollBar()->setPageStep(viewport()->height());
-    verticalScrollBar()->setRange(0, std::max(0, layout_.contentHeight() - viewport()->height()));
+    const int reach = std::max(0, layout_.contentHeight() - viewport()->height());
+    verticalScrollBar()->setRange(0, reach);
+    verticalScrollBar()->setEnabled(reach > 0); // without a handle where nothing scrolls
     tellWhatIsWanted();
     viewport()->update();
 }

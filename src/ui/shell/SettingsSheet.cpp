@@ -5,7 +5,6 @@
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
 
-#include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -13,8 +12,6 @@ namespace kelvaro {
 namespace {
 
 constexpr int textPx = 300;
-
-constexpr int quietInset = 9; // of a quiet button's text
 
 } // namespace
 
@@ -101,7 +98,7 @@ void SettingsSheet::makeUsageMessage() {
     showsMessage_ =
         named(new QPushButton(words("What would be sent")), "showUsageMessage",
               words("What would be sent"), words("Show the whole message, word for word"));
-    showsMessage_->setProperty("kind", "quiet");
+    showsMessage_->setProperty("kind", "link");
     showsMessage_->setCheckable(true);
     message_ = wrappedLabel({}, "caption", textPx);
     message_->setObjectName("usageMessage");
@@ -109,10 +106,7 @@ void SettingsSheet::makeUsageMessage() {
     auto* column = new QVBoxLayout;
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(measure::unit / 2);
-    auto* row = new QHBoxLayout;
-    row->setContentsMargins(-quietInset, 0, 0, 0); // its text stands below the others
-    row->addWidget(showsMessage_, 0, Qt::AlignLeft);
-    column->addLayout(row);
+    column->addWidget(showsMessage_, 0, Qt::AlignLeft);
     column->addWidget(message_);
     rows_->addLayout(column, rows_->rowCount(), 0, 1, 2);
     QObject::connect(showsMessage_, &QPushButton::toggled, this, [this] { showUsageMessage(); });

@@ -44,6 +44,9 @@ QPushButton[kind="quiet"] { background: transparent; border-color: transparent; 
     padding: 0 8px; }
 QPushButton[kind="quiet"]:hover { background: @hover; color: @text; }
 QPushButton[kind="quiet"]:focus { border-color: @accent; }
+QPushButton[kind="link"] { background: transparent; border: none; color: @secondary; padding: 0; }
+QPushButton[kind="link"]:hover { color: @text; }
+QPushButton[kind="link"]:focus { color: @accent; text-decoration: underline; }
 QPushButton[kind="danger"] { color: @warning; }
 
 QToolButton { background: transparent; border: 1px solid transparent; border-radius: 6px; padding: 3px; }
@@ -86,6 +89,7 @@ QScrollBar::handle { background: @scroll; border-radius: 3px; margin: 3px; }
 QScrollBar::handle:vertical { min-height: 32px; }
 QScrollBar::handle:horizontal { min-width: 32px; }
 QScrollBar::handle:hover { background: @scrollHover; }
+QScrollBar::handle:disabled { background: transparent; }
 QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
 QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
 QSlider { min-height: 22px; background: transparent; }
