@@ -1,6 +1,6 @@
 // How soon photos come on the screen, how many thumbnails a second, and what a hand on a slider
 // feels of an export. Prints one line a figure, with the aims of a quiet machine with two cores:
-//     render_figures OUT PHOTO...
+//     render_figures OUT PHOTO... [--only opening|thumbnails|frames]
 // The first photo is the one that is opened; all of them get thumbnails.
 #include "app/ExportServices.h"
 #include "app/RenderServices.h"
@@ -13,6 +13,7 @@
 #include <ctime>
 #include <fmt/format.h>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 using namespace kelvaro;
@@ -176,10 +177,16 @@ struct Bench {
 } // namespace
 
 int main(int count, char** arguments) {
+    std::string_view only;
+    if (count > 3 && std::string_view(arguments[count - 2]) == "--only") {
+        only = arguments[count - 1];
+        count -= 2;
+    }
     if (count < 3) {
-        fmt::print(stderr, "render_figures OUT PHOTO...\n");
+        fmt::print(stderr, "render_figures OUT PHOTO... [--only opening|thumbnails|frames]\n");
         return 2;
     }
+    const auto isAsked = [&](std::string_view part) { return only.empty() || only == part; };
     Cancellation never;
     const SystemClock clock;
     MainLoop loop;
@@ -188,12 +195,15 @@ int main(int count, char** arguments) {
     folders.caches = std::filesystem::path(arguments[1]) / "caches";
     RenderServices render(services, clock, loop, folders, {});
     Bench bench{services, render, loop, clock, {arguments + 2, arguments + count}};
-    bench.opening();
-    bench.thumbnails("the cameras' own pictures", {}, 150);
-    Adjustments edit;
-    edit.exposure = 0.5;
-    edit.contrast = 20;
-    bench.thumbnails("developed", edit, 12);
+    if (isAsked("opening")) bench.opening();
+    if (isAsked("thumbnails")) {
+        bench.thumbnails("the cameras' own pictures", {}, 150);
+        Adjustments edit;
+        edit.exposure = 0.5;
+        edit.contrast = 20;
+        bench.thumbnails("developed", edit, 12);
+    }
+    if (!isAsked("frames")) return 0;
     bench.gestures(std::filesystem::path(arguments[1]) / "render-figures");
     std::filesystem::remove_all(std::filesystem::path(arguments[1]) / "render-figures");
     return 0;

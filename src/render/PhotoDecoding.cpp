@@ -1,6 +1,7 @@
 // How a session comes by its photo's pixels: opening, decoding as far as a view needs, and the
 // camera's own picture.
 #include "develop/CropGeometry.h"
+#include "develop/Guides.h"
 #include "develop/PreparedControls.h"
 #include "develop/ToneAnalysis.h"
 #include "render/PhotoSession.h"
@@ -14,7 +15,9 @@ namespace kelvaro {
 namespace {
 
 constexpr std::int64_t kUnknownPixels = 24'000'000;
-constexpr int kSmallestPreviewShare = 8; // of the view's longer side
+constexpr int kSmallestPreviewShare = 8;    // of the view's longer side
+constexpr double kLargestSketch = 1.0 / 4;  // of the photo's resolution
+constexpr double kLargestGlimpse = 1.0 / 3; // of the photo's pixels
 
 Failure cancelledFailure() {
     return {FailureKind::cancelled, "Opening the photo was cancelled."};
@@ -191,6 +194,89 @@ Result<std::optional<RenderedView>> PhotoSession::preview(const ViewRequest& req
     auto view = drawn(*developed, request, geometry, coarseness, cancellation);
     if (!view) return fail(std::move(view).error());
     return None(std::move(*view));
+}
+
+Result<std::optional<RenderedView>> PhotoSession::glimpse(const ViewRequest& request,
+                                                          const Cancellation* cancellation) {
+    using None = std::optional<RenderedView>;
+    const auto before = state_.with([](State& state) { return state.decode; });
+    const auto known = state_.with([](State& state) { return state.facts; });
+    if (!isRaw_ || !before || !known || isDecodedFor(request, {})) return None();
+    const auto geometry = ViewGeometry::of(request, known->size);
+    const double scale = geometry.neededScale();
+    const double shown = double(geometry.rect.width) * geometry.rect.height / (scale * scale);
+    if (scale <= 0.5 || shown > kLargestGlimpse * known->size.width * known->size.height)
+        return None();
+    const auto nothing = [] { return std::optional<Result<None>>(); };
+    const auto make = [&]() -> Result<None> {
+        auto file = openedRaw();
+        if (!file) return fail(std::move(file).error());
+        const Adjustments edit = request.shownEdit();
+        auto settings = rawSettings(edit, (*file)->properties(), 1);
+        settings.streamed = true;
+        auto pixels = (*file)->develop(settings, cancellation);
+        if (!pixels) return fail(std::move(pixels).error());
+        ImageSource source = withPixels(before->source, imageFrom(std::move(*pixels)));
+        source.measured = before->source.decoded();
+        auto developed =
+            developedPhoto(source, edit, scale, engine_.renderer(), parts_.brushes, cancellation);
+        if (!developed) return fail(std::move(developed).error());
+        auto view = drawn(*developed, request, geometry, 1, cancellation);
+        if (!view) return fail(std::move(view).error());
+        view->stage = ViewStage::full;
+        view->isSettled = view->isFinal = scale == 1;
+        return None(std::move(*view));
+    };
+    auto made = inFlight_.run("decode", cancellation, nothing, make);
+    return made ? std::move(*made) : fail(cancelledFailure());
+}
+
+// The linear capture at `scale`, without ever being in memory larger than that.
+Result<ImageSource> PhotoSession::smallCapture(double scale, const Cancellation* cancellation) {
+    const auto nothing = [] { return std::optional<Result<ImageSource>>(); };
+    const auto make = [&]() -> Result<ImageSource> {
+        auto file = openedRaw();
+        if (!file) return fail(std::move(file).error());
+        RawDevelopSettings settings;
+        settings.captureOnly = true;
+        settings.reduction = 2;
+        settings.streamed = true;
+        auto pixels = (*file)->develop(settings, cancellation);
+        if (!pixels) return fail(std::move(pixels).error());
+        const ImageSource source =
+            rawSource(photo_, identity_, imageFrom(std::move(*pixels)), (*file)->properties());
+        auto small = materialised(atRenderScale(source.linearCapture, source, scale),
+                                  engine_.renderer(), cancellation);
+        if (!small) return fail(std::move(small).error());
+        return withPixels(source, std::move(*small));
+    };
+    auto made = inFlight_.run("decode", cancellation, nothing, make);
+    return made ? std::move(*made) : fail(cancelledFailure());
+}
+
+// The analysis measures the same reduction that the view is developed from, at the size that it
+// would have reduced the photo to for itself.
+Result<RenderedView> PhotoSession::sketch(const ViewRequest& request,
+                                          const Cancellation* cancellation) {
+    if (!isRaw_) return render(request, {}, cancellation);
+    auto known = facts(cancellation);
+    if (!known) return fail(std::move(known).error());
+    const auto geometry = ViewGeometry::of(request, known->size);
+    const double measured =
+        double(kAnalysisLongerSide) / std::max(known->size.width, known->size.height);
+    const double scale = std::max(measured, geometry.neededScale());
+    if (scale > kLargestSketch) return render(request, {}, cancellation);
+    auto source = smallCapture(scale, cancellation);
+    if (!source) return fail(std::move(source).error());
+    parts_.analyses.recall(*source);
+    const Adjustments edit = request.shownEdit();
+    auto developed = developedPhoto(*source, edit, geometry.neededScale(), engine_.renderer(),
+                                    parts_.brushes, cancellation);
+    if (!developed) return fail(std::move(developed).error());
+    if (scale == measured) parts_.analyses.remember(*source); // as an export measures it
+    auto view = drawn(*developed, request, geometry, 1, cancellation);
+    if (view) view->stage = ViewStage::fit;
+    return view;
 }
 
 } // namespace kelvaro

@@ -49,6 +49,11 @@ public:
     Result<std::optional<RenderedView>> preview(const ViewRequest& request,
                                                 const Cancellation* cancellation) const;
 
+    // A small view that is made once, such as a thumbnail: from pixels reduced as early as can be,
+    // without what only larger ones tell of (noise, sharpness). Keeps no pixels. Where the view
+    // needs more than that, and for bitmaps, this is render().
+    Result<RenderedView> sketch(const ViewRequest& request, const Cancellation* cancellation);
+
     // How a view is drawn.
     struct Pass {
         int coarseness = 1;     // divides the resolution; above 1 the view is of stage `coarse`
@@ -70,6 +75,11 @@ public:
     Result<void> load(const ViewRequest& request, Pass pass, const Cancellation* cancellation);
     // Makes ready all that `render` will need (decode, analysis, reduction), and the view itself.
     Result<void> prepare(const ViewRequest& request, const Cancellation* cancellation);
+    // A first look at a part of a RAW photo at more than half its size: developed only where the
+    // view shows it, which takes a fraction of the time that decoding the whole does. None where
+    // less will do, the part is too large, or nothing was decoded to measure the photo by.
+    Result<std::optional<RenderedView>> glimpse(const ViewRequest& request,
+                                                const Cancellation* cancellation);
     // The view that was prepared, when it is this one; it is handed out once.
     std::optional<RenderedView> takePrepared(const ViewRequest& request);
 
@@ -130,6 +140,7 @@ private:
     Result<DecodePointer> decode(const ViewRequest& request, Pass pass,
                                  const Cancellation* cancellation);
     Result<std::shared_ptr<RawFile>> openedRaw();
+    Result<ImageSource> smallCapture(double scale, const Cancellation* cancellation);
     Result<DecodePointer> keepDecode(ImageSource source, double sharpness, double settledUpTo);
     Result<Image> reduced(const Decode& decode, double scale, const Cancellation* cancellation);
     Result<Image> rawDeveloped(const Decode& decode, const Image& input, const Adjustments& edit,

@@ -198,10 +198,24 @@ void RenderSession::Work::runRefine(const AskedPointer& asked) {
     const RenderWork::Interactive urgent(engine_.work());
     PhotoSession::Pass pass;
     pass.isSettled = !asked->request.interactive;
-    if (auto loaded = session->load(asked->request, pass, asked->open->cancellation.get()); !loaded)
-        return deliver(asked, fail(std::move(loaded).error()));
+    const bool isShown = pass.isSettled && glimpse(asked, *session);
+    auto loaded = session->load(asked->request, pass, asked->open->cancellation.get());
+    if (isShown) return sessions_.trim(); // the rest is for when the view moves
+    if (!loaded) return deliver(asked, fail(std::move(loaded).error()));
     if (isNewest(asked)) deliver(asked, timedRender(asked, *session, pass, asked->refinement));
     sessions_.trim();
+}
+
+// True when nothing better than what was shown will come.
+bool RenderSession::Work::glimpse(const AskedPointer& asked, PhotoSession& session) {
+    const double begin = engine_.clock().monotonicSeconds();
+    auto view = session.glimpse(asked->request, asked->refinement.get());
+    if (!view || !*view) return false; // what is wrong will be told by the decode
+    const bool isFinal = (*view)->isFinal;
+    const double seconds = engine_.clock().monotonicSeconds() - begin;
+    (*view)->frame = engine_.perf().encoded(seconds * 1000, asked->when);
+    deliver(asked, std::move(**view));
+    return isFinal;
 }
 
 Result<RenderedView> RenderSession::Work::timedRender(const AskedPointer& asked,

@@ -66,6 +66,7 @@ private:
     Result<std::shared_ptr<PhotoSession>> sessionOf(const OpenPointer& open);
     void tellOpened(const OpenPointer& open, Result<PhotoFacts> facts);
     void step(const AskedPointer& asked, PhotoSession& session);
+    bool glimpse(const AskedPointer& asked, PhotoSession& session);
     Result<RenderedView> timedRender(const AskedPointer& asked, PhotoSession& session,
                                      PhotoSession::Pass pass, const Token& cancellation);
     void deliver(const AskedPointer& asked, Result<RenderedView> view);

@@ -14,7 +14,7 @@ namespace kelvaro {
 namespace {
 
 // Changes whenever a thumbnail would come out differently.
-constexpr std::string_view kThumbnailVersion = "1";
+constexpr std::string_view kThumbnailVersion = "2";
 // Of the photos to develop: their headers are not read only to be exact.
 constexpr std::int64_t kUsualPixels = 24'000'000;
 

@@ -55,13 +55,15 @@ Result<Bitmap> ThumbnailMaker::developed(const std::filesystem::path& photo,
                                          const Adjustments& edit, int sidePx,
                                          const Cancellation* cancellation) const {
     const ViewRequest request = requestFor(edit, sidePx);
-    auto session = sessions_.presentAsItIs(photo);
-    if (!session || !session->isDecodedFor(request, {})) {
-        auto made = sessions_.separate(photo);
-        if (!made) return fail(std::move(made).error());
-        session = std::move(*made);
-    }
-    auto view = session->render(request, {}, cancellation);
+    const auto present = sessions_.presentAsItIs(photo);
+    const auto made = [&]() -> Result<RenderedView> {
+        if (present && present->isDecodedFor(request, {}))
+            return present->render(request, {}, cancellation);
+        auto session = sessions_.separate(photo);
+        if (!session) return fail(std::move(session).error());
+        return (*session)->sketch(request, cancellation);
+    };
+    auto view = made();
     if (!view) return fail(std::move(view).error());
     return takenFrom(*view);
 }

@@ -99,6 +99,75 @@ TEST(PhotoSession, SettledViewsHaveTheLightOfTheDevelopedPicture) {
     }
 }
 
+// What a thumbnail shows is what the developed photo does, at a fraction of the pixels.
+TEST(PhotoSession, ASketchLooksLikeTheView) {
+    RenderStage stage;
+    const auto photo = stage.dng("photo.dng", {2400, 1600});
+    Adjustments toned, cropped;
+    toned.exposure = 0.4;
+    toned.contrast = toned.shadows = toned.clarity = toned.dehaze = 25;
+    cropped.cropLeft = cropped.cropTop = 0.3;
+    cropped.straighten = 5;
+    for (const auto& [side, edit] : {std::pair(320, Adjustments()), std::pair(320, toned),
+                                     std::pair(560, toned), std::pair(160, cropped)}) {
+        const auto request = fitting(side, edit);
+        const auto session = stage.session(photo);
+        const auto sketch = session->sketch(request, nullptr);
+        ASSERT_TRUE(sketch) << sketch.error().message;
+        EXPECT_EQ(session->counts(), PhotoSession::Counts()); // nothing to keep was made
+        const auto view = session->render(request, {}, nullptr);
+        ASSERT_TRUE(view);
+        EXPECT_LE(worstDifference(*sketch->pixels, *view->pixels), 2) << side;
+        stage.analyses.releaseMemory();
+        stage.analyses.waitForWrites();
+        std::filesystem::remove_all(stage.folder / "analyses");
+    }
+    // More than a sketch is good for, and other than RAW files.
+    const auto session = stage.session(photo);
+    EXPECT_EQ(session->sketch(fitting(1000), nullptr)->pixels->size, (PixelSize{1000, 667}));
+    EXPECT_EQ(session->counts().decodes, 1);
+    const auto jpeg = stage.jpeg("photo.jpg", picture({400, 300}, landscape));
+    EXPECT_EQ(stage.session(jpeg)->sketch(fitting(100), nullptr)->pixels->size,
+              (PixelSize{100, 75}));
+    Cancellation cancelled;
+    cancelled.cancel();
+    EXPECT_EQ(stage.session(photo)->sketch(fitting(320), &cancelled).error().kind,
+              FailureKind::cancelled);
+}
+
+// A part at full size before the whole is decoded: the same pixels.
+TEST(PhotoSession, AGlimpseIsThePartOfTheFullDecode) {
+    RenderStage stage;
+    const auto photo = stage.dng("photo.dng", {640, 480});
+    for (const double scale : {1.0, 0.7}) {
+        ViewRequest request;
+        request.edit.exposure = 0.5;
+        request.edit.contrast = request.edit.shadows = 25;
+        request.scale = scale;
+        request.rect = PixelRect{100, 110, 160, 120};
+        const auto session = stage.session(photo);
+        const auto glimpsed = [&](const ViewRequest& asked) {
+            const auto found = session->glimpse(asked, nullptr);
+            EXPECT_TRUE(found);
+            return found ? *found : std::nullopt;
+        };
+        EXPECT_FALSE(glimpsed(request)); // nothing tells how bright the photo is
+        ASSERT_TRUE(session->render(request, {1, 0.5}, nullptr));
+        const auto part = glimpsed(request);
+        ASSERT_TRUE(part);
+        EXPECT_EQ(part->isFinal, scale == 1);
+        EXPECT_EQ(session->counts().decodes, 1);
+        ViewRequest whole = request;
+        whole.rect.reset();
+        EXPECT_FALSE(glimpsed(whole));
+        const auto full = session->render(request, {}, nullptr);
+        ASSERT_TRUE(full);
+        EXPECT_EQ(part->rect, full->rect);
+        EXPECT_LE(worstDifference(*part->pixels, *full->pixels), scale == 1 ? 0 : 1);
+        EXPECT_FALSE(glimpsed(request)); // the whole is there
+    }
+}
+
 TEST(PhotoSession, WhatIsKeptChangesNoPixel) {
     RenderStage stage;
     const auto photo = stage.dng("photo.dng", {256, 192});
