@@ -8,6 +8,7 @@
 #include <hwy/foreach_target.h> // must come before highway.h
 
 #include <hwy/highway.h>
+#include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -99,6 +100,26 @@ bool isAlone(const MosaicSamples& samples, int row, int column, const StuckLimit
            low - black - limits.margin > 4 * value;
 }
 
+constexpr int kWidestLanes = 64; // of the widest vectors, and some
+
+void findAlone(const MosaicSamples& samples, int row, const StuckLimits& limits,
+               std::vector<BadPoint>& found) {
+    constexpr int kPart = 512;
+    // Two steps away another colour may stand in the larger pattern.
+    const int neighbours = samples.period == 6 ? 8 : 12;
+    const std::uint16_t* line = samples.first + row * samples.stride;
+    for (int from = 2; from < samples.width - 2; from += kPart) {
+        const int to = std::min(from + kPart, samples.width - 2);
+        // Short remainders are looked at together with what is before them.
+        const int begin = std::min(from, std::max(2, to - kWidestLanes));
+        if (!HWY_DYNAMIC_DISPATCH(standsAlone)(line, samples.stride, begin, to, neighbours, limits))
+            continue;
+        for (int x = from; x < to; ++x) {
+            if (isAlone(samples, row, x, limits)) found.push_back({row, x});
+        }
+    }
+}
+
 } // namespace
 
 MosaicSamples::MosaicSamples(std::uint16_t* samples, const SensorImage& sensor)
@@ -163,26 +184,19 @@ void repairListed(const MosaicSamples& samples, const std::vector<BadPoint>& poi
 }
 
 int repairStuck(const MosaicSamples& samples, const StuckLimits& limits) {
-    constexpr int kLanes = 64; // of the widest vectors, and some
-    if (samples.width < kLanes + 4 || samples.height < 5) return 0;
+    if (samples.width < kWidestLanes + 4 || samples.height < 5) return 0;
+    constexpr int kBand = 64; // rows
+    const int bands = (samples.height - 4 + kBand - 1) / kBand;
+    std::vector<std::vector<BadPoint>> foundIn;
+    foundIn.resize(std::size_t(bands));
+    tbb::parallel_for(0, bands, [&](int band) {
+        const int top = 2 + band * kBand, bottom = std::min(top + kBand, samples.height - 2);
+        for (int row = top; row < bottom; ++row)
+            findAlone(samples, row, limits, foundIn[std::size_t(band)]);
+    });
     std::vector<BadPoint> found;
-    constexpr int kPart = 512;
-    // Two steps away another colour may stand in the larger pattern.
-    const int neighbours = samples.period == 6 ? 8 : 12;
-    for (int row = 2; row < samples.height - 2; ++row) {
-        const std::uint16_t* line = samples.first + row * samples.stride;
-        for (int from = 2; from < samples.width - 2; from += kPart) {
-            const int to = std::min(from + kPart, samples.width - 2);
-            // Short remainders are looked at together with what is before them.
-            const int begin = std::min(from, std::max(2, to - kLanes));
-            if (!HWY_DYNAMIC_DISPATCH(standsAlone)(line, samples.stride, begin, to, neighbours,
-                                                   limits))
-                continue;
-            for (int x = from; x < to; ++x) {
-                if (isAlone(samples, row, x, limits)) found.push_back({row, x});
-            }
-        }
-    }
+    for (const auto& points : foundIn)
+        found.insert(found.end(), points.begin(), points.end());
     // A sensor with so many is none: leave the picture as it is.
     if (found.size() > std::size_t(samples.width) * std::size_t(samples.height) / 200) return 0;
     for (const BadPoint& p : found) {

@@ -1,5 +1,6 @@
 #include "platform/raw/CameraPicture.h"
 
+#include "platform/raw/QuadRows.h"
 #include "platform/raw/SensorStatistics.h"
 
 #include <algorithm>
@@ -21,12 +22,6 @@ std::unique_ptr<const LocalColour> surroundingsOf(const SensorImage& sensor,
     auto map = std::make_unique<const LocalColour>(sensor, reader, saturationOf(sensor));
     if (map->isEmpty()) return nullptr;
     return map;
-}
-
-// The value a quarter of the way from b to c, by a Catmull-Rom spline that stays between the two.
-float quarterWay(float a, float b, float c, float d) {
-    const float spline = -0.0703125f * a + 0.8671875f * b + 0.2265625f * c - 0.0234375f * d;
-    return std::min(std::max(spline, std::min(b, c)), std::max(b, c));
 }
 
 } // namespace
@@ -214,17 +209,14 @@ void CameraPicture::halve(const SensorRect& tile, Workshop& shop) const {
     const auto kept = [&](int colour, int row) { return shop.row(4, 4 + 4 * colour + (row & 3)); };
     const auto across = [&](const float* from, bool isLeft, float* to) {
         const int step = isLeft ? 1 : -1;
-        for (int x = 0; x < tile.width; ++x) {
-            const float* p = from + x + kReach;
-            to[x] = quarterWay(p[-step], p[0], p[step], p[2 * step]);
-        }
+        const float* p = from + kReach;
+        quarterWayRow(p - step, p, p + step, p + 2 * step, to, tile.width);
     };
     const auto down = [&](int colour, int row, bool isUpper, float* to) {
         const int step = isUpper ? 1 : -1;
         const float *a = kept(colour, row - step), *b = kept(colour, row);
         const float *c = kept(colour, row + step), *d = kept(colour, row + 2 * step);
-        for (int x = 0; x < tile.width; ++x)
-            to[x] = quarterWay(a[x], b[x], c[x], d[x]);
+        quarterWayRow(a, b, c, d, to, tile.width);
     };
     for (int row = -kReach; row < tile.height + kReach; ++row) {
         const int y = top + 2 * (row + kReach);

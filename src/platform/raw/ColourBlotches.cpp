@@ -117,14 +117,9 @@ ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
                 }
         }
         colour.run({c[0], c[1], c[2], nullptr}, columns_);
-        const auto encode = [toe](float v) { return v / std::sqrt(std::abs(v) + toe); };
-        for (std::size_t x = 0; x < std::size_t(columns_); ++x) {
-            const float red = encode(c[0][x]), blue = encode(c[2][x]);
-            const float light = 0.25f * (red + blue) + 0.5f * encode(c[1][x]);
-            cells.luminance[first + x] = light;
-            cells.differences[0][first + x] = red - light;
-            cells.differences[1][first + x] = blue - light;
-        }
+        splitColours(c[0], c[1], c[2], toe, cells.luminance.data() + first,
+                     cells.differences[0].data() + first, cells.differences[1].data() + first,
+                     std::size_t(columns_));
     });
     return cells;
 }
@@ -136,9 +131,10 @@ void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel
     std::vector<float> smoothed(level.size());
     const auto width = std::size_t(columns_);
     for (int l = 0; l < kLevels; ++l) {
-        const RowRing from{level.data(), int(std::bit_ceil(unsigned(rows_))), columns_, rows_};
+        const RowRing from{level.data(), int(std::bit_ceil(unsigned(rows_))), columns_, rows_,
+                           columns_};
         tbb::parallel_for(tbb::blocked_range<int>(0, rows_), [&](const auto& range) {
-            std::vector<float> scratch(width);
+            std::vector<float> scratch(smoothingScratch(columns_));
             for (int row = range.begin(); row < range.end(); ++row) {
                 const auto first = std::size_t(row) * width;
                 smoothedRow(from, row, 1 << l, scratch.data(), smoothed.data() + first);

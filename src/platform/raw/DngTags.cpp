@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace kelvaro {
 
@@ -12,16 +13,21 @@ enum Tag : std::uint16_t {
     newSubfileType = 254,
     imageWidth = 256,
     imageLength = 257,
+    bitsPerSample = 258,
     compression = 259,
     photometricInterpretation = 262,
     stripOffsets = 273,
     orientation = 274,
     samplesPerPixel = 277,
+    rowsPerStrip = 278,
     stripByteCounts = 279,
+    planarConfiguration = 284,
+    predictor = 317,
     tileWidth = 322,
     tileLength = 323,
     tileOffsets = 324,
     tileByteCounts = 325,
+    sampleFormat = 339,
     cfaRepeatPatternDim = 33421,
     cfaPattern = 33422,
     dngVersion = 50706,
@@ -225,9 +231,29 @@ TileGrid readTiles(const TiffDirectory& raw) {
             places.push_back(v >= 0 && v < 1e15 ? std::uint64_t(v) : 0);
         return places;
     };
-    grid.offsets = read(tileOffsets);
-    grid.counts = read(tileByteCounts);
+    if (raw.has(tileOffsets)) {
+        grid.offsets = read(tileOffsets);
+        grid.counts = read(tileByteCounts);
+        return grid;
+    }
+    const int width = integer(raw, imageWidth, 0), height = integer(raw, imageLength, 0);
+    grid.width = width;
+    grid.height = std::min(integer(raw, rowsPerStrip, height), height);
+    grid.offsets = read(stripOffsets);
+    grid.counts = read(stripByteCounts);
     return grid;
+}
+
+void readPacking(const TiffDirectory& raw, DngTags& tags) {
+    tags.compression = integer(raw, compression, 1);
+    const auto bits = raw.numbers(bitsPerSample, kMaximumChannels);
+    const bool areEqual =
+        std::adjacent_find(bits.begin(), bits.end(), std::not_equal_to<>()) == bits.end();
+    tags.bitsPerSample = areEqual ? integer(raw, bitsPerSample, 0) : 0;
+    tags.isInteger = integer(raw, sampleFormat, 1) == 1 && integer(raw, predictor, 1) == 1 &&
+                     (tags.samplesPerPixel == 1 || integer(raw, planarConfiguration, 1) == 1);
+    tags.isBigEndian = raw.isBigEndian();
+    tags.tiles = readTiles(raw);
 }
 
 std::vector<std::uint16_t> readLinearisation(const TiffDirectory& raw) {
@@ -277,8 +303,7 @@ std::optional<DngTags> readDngTags(const TiffFile& file, int width, int height,
     tags.height = height;
     tags.samplesPerPixel = std::clamp(integer(*raw, samplesPerPixel, 1), 1, kMaximumChannels);
     tags.photometric = integer(*raw, photometricInterpretation, 0);
-    tags.compression = integer(*raw, compression, 1);
-    tags.tiles = readTiles(*raw);
+    readPacking(*raw, tags);
     tags.linearisation = readLinearisation(*raw);
     tags.activeArea = readActiveArea(*raw, width, height);
     tags.defaultCrop = readDefaultCrop(*raw);

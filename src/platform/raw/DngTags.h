@@ -12,7 +12,7 @@
 
 namespace kelvaro {
 
-// Empty where the picture is stored in strips.
+// Strips count as tiles of the picture's width.
 struct TileGrid {
     int width = 0, height = 0; // of one tile
     std::vector<std::uint64_t> offsets, counts;
@@ -22,6 +22,9 @@ struct DngTags {
     int width = 0, height = 0, samplesPerPixel = 1;
     int photometric = 0; // 32803 filter mosaic, 34892 linear
     int compression = 1;
+    int bitsPerSample = 16;
+    bool isInteger = true; // and the samples of a pixel lie side by side, as they are
+    bool isBigEndian = false;
     TileGrid tiles;
     std::vector<std::uint16_t> linearisation; // of stored samples; empty: none
     std::optional<SensorRect> activeArea;

@@ -1,97 +1,9 @@
 #include "platform/raw/Finishing.h"
 
-#include "platform/raw/SplineSmoothing.h"
-
-#undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "platform/raw/Finishing.cpp"
-#ifndef HWY_DISABLED_TARGETS
-#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
-#endif
-#include <hwy/foreach_target.h> // must come before highway.h
-
-#include <hwy/highway.h>
-
 #include <algorithm>
 #include <cmath>
 
-// Plain loops that the compiler turns into vectors of each target. No two rows are the same, or it
-// would have to doubt too many pairs of them.
-HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
-namespace HWY_NAMESPACE {
-
-// Linear values to encoded luminance and what red and blue differ from it.
-void splitRow(const float* HWY_RESTRICT r, const float* HWY_RESTRICT g, const float* HWY_RESTRICT b,
-              float toe, float* HWY_RESTRICT y, float* HWY_RESTRICT u, float* HWY_RESTRICT v,
-              std::size_t count) {
-    const auto encode = [toe](float x) { return x / std::sqrt(std::abs(x) + toe); };
-    for (std::size_t i = 0; i < count; ++i) {
-        const float red = encode(r[i]), blue = encode(b[i]);
-        const float light = 0.25f * (red + blue) + 0.5f * encode(g[i]);
-        y[i] = light;
-        u[i] = red - light;
-        v[i] = blue - light;
-    }
-}
-
-// And back.
-void joinRow(const float* HWY_RESTRICT y, const float* HWY_RESTRICT u, const float* HWY_RESTRICT v,
-             float toe, float* HWY_RESTRICT r, float* HWY_RESTRICT g, float* HWY_RESTRICT b,
-             std::size_t count) {
-    const auto decode = [toe](float e) {
-        return e * (std::abs(e) + std::sqrt(e * e + 4 * toe)) * 0.5f;
-    };
-    for (std::size_t i = 0; i < count; ++i) {
-        r[i] = decode(y[i] + u[i]);
-        b[i] = decode(y[i] + v[i]);
-        g[i] = decode(y[i] - 0.5f * (u[i] + v[i]));
-    }
-}
-
-void addRow(const float* HWY_RESTRICT in, float* HWY_RESTRICT sum, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        sum[i] += in[i];
-}
-
-// Adds to `sum` the part of the detail (in − smooth) that stands out from `times` the noise.
-void shrinkRow(const float* HWY_RESTRICT in, const float* HWY_RESTRICT smooth,
-               const float* HWY_RESTRICT y, NoiseLine noise, float times, float* HWY_RESTRICT sum,
-               std::size_t count) {
-    const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
-    for (std::size_t i = 0; i < count; ++i) {
-        const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
-        const float limit = times * (noise.dark + t * (noise.light - noise.dark));
-        const float d = in[i] - smooth[i], square = d * d;
-        sum[i] += d * (square / (square + limit * limit + 1e-20f));
-    }
-}
-
-// In place from smoothed luminance to what is to be added: less where the detail is no more than
-// noise, less where it is already strong.
-void sharpenRow(const float* HWY_RESTRICT y, NoiseLine noise, float amount,
-                float* HWY_RESTRICT smooth, std::size_t count) {
-    const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
-    for (std::size_t i = 0; i < count; ++i) {
-        const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
-        const float limit = 2 * (noise.dark + t * (noise.light - noise.dark));
-        const float d = y[i] - smooth[i], square = d * d;
-        const float seen = square / (square + limit * limit + 1e-20f);
-        smooth[i] = amount * d * seen / (1 + 14 * std::abs(d));
-    }
-}
-
-} // namespace HWY_NAMESPACE
-} // namespace kelvaro
-HWY_AFTER_NAMESPACE();
-
-#if HWY_ONCE
-namespace kelvaro {
-
-HWY_EXPORT(splitRow);
-HWY_EXPORT(joinRow);
-HWY_EXPORT(addRow);
-HWY_EXPORT(shrinkRow);
-HWY_EXPORT(sharpenRow);
 
 namespace {
 
@@ -126,17 +38,19 @@ int Finishing::border(const FinishingSettings& settings) {
 }
 
 void Finishing::resize(int width) {
+    // Rows of one column must not all fall into the same lines of the cache.
+    stride_ = (width + 15) / 16 * 16 + 48;
     const auto fit = [&](std::vector<float>& rows, int count) {
-        const std::size_t size = std::size_t(width) * std::size_t(count);
+        const std::size_t size = std::size_t(stride_) * std::size_t(count);
         if (rows.size() < size) rows.resize(size);
     };
-    fit(luminance_, kRows);
-    fit(detail_, kRows);
-    fit(scratch_, 1);
+    fit(luminance_, kKeptRows);
+    fit(sharpened_, kKeptRows);
+    if (scratch_.size() < smoothingScratch(width)) scratch_.resize(smoothingScratch(width));
     for (auto& colour : colour_) {
-        for (auto& level : colour.levels)
-            fit(level, kRows);
-        fit(colour.sum, kRows);
+        for (std::size_t level = 0; level < NoiseModel::kLevels; ++level)
+            fit(colour.levels[level], kLevelRows[level]);
+        fit(colour.sum, kKeptRows);
     }
 }
 
@@ -148,65 +62,62 @@ void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width,
     if (border(settings) == 0) return;
     resize(width);
     const auto w = std::size_t(width);
-    const auto ring = [&](std::vector<float>& v) {
-        return RowRing{v.data(), kRows, width, height};
+    const auto ring = [&](std::vector<float>& v, int rows = kKeptRows) {
+        return RowRing{v.data(), rows, width, height, stride_};
     };
-    const RowRing y = ring(luminance_), detail = ring(detail_);
-    const bool reduces = settings.reducesColourNoise;
-    const int levels = reduces ? NoiseModel::kLevels : 0;
+    const auto level0 = [&](int c) { return ring(colour_[c].levels[0], kLevelRows[0]); };
+    const RowRing y = ring(luminance_), sharpened = ring(sharpened_);
+    const bool reduces = settings.reducesColourNoise, sharpens = settings.sharpening > 0;
     const int lag = border(settings);
     for (int t = 0; t < height + lag; ++t) {
         const std::ptrdiff_t in = t * stride;
         if (t < height) {
-            HWY_DYNAMIC_DISPATCH(splitRow)
-            (planes[0] + in, planes[1] + in, planes[2] + in, settings.toe, y.row(t),
-             ring(colour_[0].levels[0]).row(t), ring(colour_[1].levels[0]).row(t), w);
-            if (offsets) {
-                offsets->add(t, width, ring(colour_[0].levels[0]).row(t),
-                             ring(colour_[1].levels[0]).row(t));
-            }
+            splitColours(planes[0] + in, planes[1] + in, planes[2] + in, settings.toe, y.row(t),
+                         level0(0).row(t), level0(1).row(t), w);
+            if (offsets) offsets->add(t, width, level0(0).row(t), level0(1).row(t));
         }
-        const int sharpened = t - kSharpeningBorder;
-        if (settings.sharpening > 0 && sharpened >= 0 && sharpened < height) {
-            smoothedRow(y, sharpened, 1, scratch_.data(), detail.row(sharpened));
-            HWY_DYNAMIC_DISPATCH(sharpenRow)
-            (y.row(sharpened), noise.luminance, kDefaultAmount * settings.sharpening,
-             detail.row(sharpened), w);
+        const int sharp = t - kSharpeningBorder;
+        if (sharpens && sharp >= 0 && sharp < height) {
+            smoothedRow(y, sharp, 1, scratch_.data(), sharpened.row(sharp));
+            sharpenLuminance(y.row(sharp), noise.luminance, kDefaultAmount * settings.sharpening,
+                             sharpened.row(sharp), w);
         }
-        for (int c = 0; c < 2; ++c) {
-            Colour& colour = colour_[c];
-            int row = t;
-            for (int level = 0; level < levels; ++level) {
-                row -= 2 << level;
-                if (row < 0 || row >= height) continue;
-                const RowRing from = ring(colour.levels[level]),
-                              to = ring(colour.levels[level + 1]);
-                float* sum = ring(colour.sum).row(row);
-                smoothedRow(from, row, 1 << level, scratch_.data(), to.row(row));
-                if (level == 0) std::fill_n(sum, w, 0.0f);
-                HWY_DYNAMIC_DISPATCH(shrinkRow)
-                (from.row(row), to.row(row), y.row(row),
-                 noise.colour[std::size_t(c)][std::size_t(level)], kNoiseTimes[level], sum, w);
-            }
-        }
+        if (reduces) reduceColourNoise(t, y, noise);
         const int done = t - lag;
         if (done < 0) continue;
-        // The luminance itself stays as it is: rows below are still to be smoothed with it.
-        float* light = y.row(done);
-        if (settings.sharpening > 0) {
-            HWY_DYNAMIC_DISPATCH(addRow)(light, detail.row(done), w);
-            light = detail.row(done);
-        }
         const float* parts[2];
-        for (int c = 0; c < 2; ++c) {
-            float* part = ring(colour_[c].levels[levels]).row(done);
-            if (reduces) HWY_DYNAMIC_DISPATCH(addRow)(ring(colour_[c].sum).row(done), part, w);
-            parts[c] = part;
-        }
+        for (int c = 0; c < 2; ++c)
+            parts[c] = reduces ? ring(colour_[c].sum).row(done) : level0(c).row(done);
         const std::ptrdiff_t out = done * stride;
-        HWY_DYNAMIC_DISPATCH(joinRow)
-        (light, parts[0], parts[1], settings.toe, planes[0] + out, planes[1] + out, planes[2] + out,
-         w);
+        joinColours((sharpens ? sharpened : y).row(done), parts[0], parts[1], settings.toe,
+                    planes[0] + out, planes[1] + out, planes[2] + out, w);
+    }
+}
+
+// What the newest row `t` of both colour differences makes possible.
+void Finishing::reduceColourNoise(int t, const RowRing& y, const NoiseModel& noise) {
+    for (std::size_t c = 0; c < 2; ++c) {
+        Colour& colour = colour_[c];
+        const auto ring = [&](std::vector<float>& v, int rows) {
+            return RowRing{v.data(), rows, y.width, y.height, stride_};
+        };
+        int row = t;
+        for (std::size_t level = 0; level < NoiseModel::kLevels; ++level) {
+            row -= 2 << level;
+            if (row < 0 || row >= y.height) continue;
+            const bool isLast = level + 1 == NoiseModel::kLevels;
+            const RowRing from = ring(colour.levels[level], kLevelRows[level]);
+            float* smooth =
+                isLast ? nullptr : ring(colour.levels[level + 1], kLevelRows[level + 1]).row(row);
+            const LevelRow what{smoothedDown(from, row, 1 << level, scratch_.data()),
+                                from.row(row),
+                                y.row(row),
+                                smooth,
+                                ring(colour.sum, kKeptRows).row(row),
+                                level == 0,
+                                isLast};
+            shrinkDetail(what, 1 << level, noise.colour[c][level], kNoiseTimes[level], y.width);
+        }
     }
 }
 
@@ -217,8 +128,10 @@ void Finishing::sample(const float* const (&planes)[3], std::ptrdiff_t stride, i
     while (rows < height)
         rows *= 2;
     const auto size = std::size_t(width) * std::size_t(rows);
-    std::vector<float> light(size), colours[2], smooth(size), scratch(std::size_t(width), 0.0f);
-    const auto ring = [&](std::vector<float>& v) { return RowRing{v.data(), rows, width, height}; };
+    std::vector<float> light(size), colours[2], smooth(size), scratch(smoothingScratch(width));
+    const auto ring = [&](std::vector<float>& v) {
+        return RowRing{v.data(), rows, width, height, width};
+    };
     const auto smoothen = [&](std::vector<float>& from, int step) {
         for (int row = 0; row < height; ++row)
             smoothedRow(ring(from), row, step, scratch.data(), ring(smooth).row(row));
@@ -227,9 +140,8 @@ void Finishing::sample(const float* const (&planes)[3], std::ptrdiff_t stride, i
         colour.resize(size);
     for (int row = 0; row < height; ++row) {
         const std::ptrdiff_t in = row * stride;
-        HWY_DYNAMIC_DISPATCH(splitRow)
-        (planes[0] + in, planes[1] + in, planes[2] + in, toe, ring(light).row(row),
-         ring(colours[0]).row(row), ring(colours[1]).row(row), std::size_t(width));
+        splitColours(planes[0] + in, planes[1] + in, planes[2] + in, toe, ring(light).row(row),
+                     ring(colours[0]).row(row), ring(colours[1]).row(row), std::size_t(width));
     }
     const std::size_t first = samples.size();
     const auto forEach = [&](auto&& use) {
@@ -288,4 +200,3 @@ NoiseModel noiseModel(std::vector<Finishing::Sample> samples) {
 }
 
 } // namespace kelvaro
-#endif

@@ -6,17 +6,14 @@
 // edges get no halos.
 #pragma once
 
+#include "platform/raw/FinishingRows.h"
+#include "platform/raw/SplineSmoothing.h"
+
 #include <array>
 #include <cstddef>
 #include <vector>
 
 namespace kelvaro {
-
-// Standard deviation that falls or rises linearly between two luminances and is even outside.
-struct NoiseLine {
-    float darkAt = 0, lightAt = 1; // encoded luminance
-    float dark = 0, light = 0;
-};
 
 struct NoiseModel {
     static constexpr int kLevels = 3; // details of 1, 2 and 4 pixels
@@ -58,13 +55,16 @@ public:
                 float toe, std::vector<Sample>& samples);
 
 private:
-    static constexpr int kRows = 32; // a power of two above every lag and reach
+    // Powers of two above every lag, and above what the taps of each level span.
+    static constexpr int kKeptRows = 16, kLevelRows[NoiseModel::kLevels] = {8, 16, 32};
     // One colour difference: itself, then smoothed once, twice, …; and what its details keep.
     struct Colour {
-        std::vector<float> levels[NoiseModel::kLevels + 1], sum;
+        std::vector<float> levels[NoiseModel::kLevels], sum;
     };
     void resize(int width);
-    std::vector<float> luminance_, detail_, scratch_;
+    void reduceColourNoise(int t, const RowRing& y, const NoiseModel& noise);
+    std::ptrdiff_t stride_ = 0; // of all rings
+    std::vector<float> luminance_, sharpened_, scratch_;
     Colour colour_[2];
 };
 

@@ -1,5 +1,7 @@
 #include "platform/raw/Highlights.h"
 
+#include "platform/raw/QuadRows.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -92,29 +94,37 @@ int RecoveredMosaic::channelAt(int row, int column) const {
 
 void RecoveredMosaic::split(int row, int column, int pairs, float* even, float* odd) const {
     reader_.split(row, column, pairs, even, odd);
-    const auto& from = highlights_.doubtFrom();
-    float* const halves[2] = {even, odd};
-    const float limits[2] = {from[std::size_t(channelAt(row, column))],
-                             from[std::size_t(channelAt(row, column + 1))]};
-    int bright = 0;
-    for (int k = 0; k < pairs; ++k)
-        bright |= int(even[k] > limits[0]) | int(odd[k] > limits[1]);
-    if (!bright) return;
+    const auto& doubt = highlights_.doubtFrom();
+    const float limits[2] = {doubt[std::size_t(channelAt(row, column))],
+                             doubt[std::size_t(channelAt(row, column + 1))]};
+    // Runs of groups of pairs that hold something bright.
+    for (int from = nextAbove(even, odd, limits, 0, pairs); from < pairs;) {
+        int to = std::min(from + kPairGroup, pairs), next = nextAbove(even, odd, limits, to, pairs);
+        while (next == to && next < pairs) {
+            to = std::min(next + kPairGroup, pairs);
+            next = nextAbove(even, odd, limits, to, pairs);
+        }
+        rebuild(row, column + 2 * from, to - from, limits, even + from, odd + from);
+        from = next;
+    }
+}
 
+void RecoveredMosaic::rebuild(int row, int column, int pairs, const float (&limits)[2], float* even,
+                              float* odd) const {
     // The rows above, here and below, two columns wider at both sides.
     const int width = 2 * pairs + 4;
-    thread_local std::vector<float> lines;
+    thread_local std::vector<float> lines, parts;
     lines.resize(std::size_t(3 * width));
+    parts.resize(std::size_t(width));
     for (int r = 0; r < 3; ++r) {
         float* line = lines.data() + r * width;
-        thread_local std::vector<float> parts;
-        parts.resize(std::size_t(width));
         reader_.split(row - 1 + r, column - 2, pairs + 2, parts.data(), parts.data() + pairs + 2);
         for (int k = 0; k < pairs + 2; ++k) {
             line[2 * k] = parts[std::size_t(k)];
             line[2 * k + 1] = parts[std::size_t(pairs + 2 + k)];
         }
     }
+    float* const halves[2] = {even, odd};
     for (int k = 0; k < pairs; ++k) {
         for (int h = 0; h < 2; ++h) {
             if (!(halves[h][k] > limits[h])) continue;

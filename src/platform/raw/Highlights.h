@@ -46,6 +46,8 @@ public:
     void split(int row, int column, int pairs, float* even, float* odd) const override;
 
 private:
+    void rebuild(int row, int column, int pairs, const float (&limits)[2], float* even,
+                 float* odd) const;
     int channelAt(int row, int column) const;
     SensorRect active_;
     BayerPhase phase_;

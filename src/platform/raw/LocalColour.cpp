@@ -1,5 +1,7 @@
 #include "platform/raw/LocalColour.h"
 
+#include "platform/raw/QuadRows.h"
+
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
@@ -70,18 +72,25 @@ void LocalColour::addBayer(const MosaicReader& reader, int row, Sum& sum) const 
     const int redRow = (phase.redRow + active_.top) & 1,
               redColumn = (phase.redColumn + active_.left) & 1;
     const int pairs = columns_ * cell_ / 2;
-    std::vector<float> values(std::size_t(4 * pairs));
+    std::vector<float> values(std::size_t(8 * pairs), 0.0f);
+    float* const totals = values.data() + 4 * pairs;
+    const ColourSums sums{totals, totals + pairs, totals + 2 * pairs, totals + 3 * pairs};
     // [row of the quad][parity of the column]
     float* const v[2][2] = {{values.data(), values.data() + pairs},
                             {values.data() + 2 * pairs, values.data() + 3 * pairs}};
     for (int y = 0; y < cell_; y += 2) {
         for (int k = 0; k < 2; ++k)
             reader.split(active_.top + row * cell_ + y + k, active_.left, pairs, v[k][0], v[k][1]);
-        for (int x = 0; x < pairs; ++x) {
-            const float r = v[redRow][redColumn][x], b = v[1 - redRow][1 - redColumn][x];
-            const float g1 = v[redRow][1 - redColumn][x], g2 = v[1 - redRow][redColumn][x];
-            sum.add(x / (cell_ / 2), {r, 0.5f * (g1 + g2), b}, {r, std::max(g1, g2), b});
-        }
+        const QuadRow quads{v[redRow][redColumn], v[redRow][1 - redColumn],
+                            v[1 - redRow][redColumn], v[1 - redRow][1 - redColumn]};
+        if (addQuads(quads, sum.limits, pairs, sums)) sum.isSaturated = true;
+    }
+    for (int x = 0; x < pairs; ++x) {
+        LocalColour::Cell& cell = sum.cells[x / (cell_ / 2)];
+        cell[0] += sums.red[x];
+        cell[1] += sums.green[x];
+        cell[2] += sums.blue[x];
+        cell[3] += sums.weight[x];
     }
 }
 
@@ -154,7 +163,7 @@ void LocalColour::fill() {
     constexpr float kFull = 2; // eight of sixteen quads at half brightness
     for (std::size_t l = levels.size(); l-- > 0;) {
         Level& fine = levels[l];
-        for (int y = 0; y < fine.rows; ++y) {
+        tbb::parallel_for(0, fine.rows, [&](int y) {
             for (int x = 0; x < fine.columns; ++x) {
                 Cell& cell = fine.cells[std::size_t(y * fine.columns + x)];
                 if (l + 1 == levels.size()) {
@@ -179,7 +188,7 @@ void LocalColour::fill() {
                     cell[i] = own * mean + (1 - own) * smooth;
                 }
             }
-        }
+        });
     }
     cells_ = std::move(levels.front().cells);
 }

@@ -1,5 +1,7 @@
 #include "platform/raw/MosaicReader.h"
 
+#include "platform/raw/QuadRows.h"
+
 #include <cmath>
 #include <numeric>
 
@@ -153,13 +155,8 @@ void MosaicReader::split(int row, int column, int pairs, float* even, float* odd
     const int y = inside(row, rows_);
     const auto at = std::size_t(remainder(y - active.top, tableRows_)) * std::size_t(active.width) +
                     std::size_t(column - active.left);
-    const float blackEven = black_[at], blackOdd = black_[at + 1];
-    const float scaleEven = scale_[at], scaleOdd = scale_[at + 1];
-    const std::uint16_t* line = sensor_.integers + y * sensor_.stride + column;
-    for (int k = 0; k < pairs; ++k) {
-        even[k] = (float(line[2 * k]) - blackEven) * scaleEven;
-        odd[k] = (float(line[2 * k + 1]) - blackOdd) * scaleOdd;
-    }
+    const PairLevels levels{{black_[at], black_[at + 1]}, {scale_[at], scale_[at + 1]}};
+    levelPairs(sensor_.integers + y * sensor_.stride + column, levels, pairs, even, odd);
 }
 
 BayerPhase MosaicReader::phase() const {

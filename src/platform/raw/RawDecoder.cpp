@@ -4,7 +4,7 @@
 #include "platform/raw/EmbeddedBitmap.h"
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
-#include "platform/raw/LosslessTiles.h"
+#include "platform/raw/SampleTiles.h"
 #include "platform/raw/SensorStatistics.h"
 #include "platform/raw/StandaloneJpeg.h"
 
@@ -251,14 +251,14 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     return {};
 }
 
-// The one compression that many cameras use and the library decodes tile after tile. What is
-// damaged is left to the library, which mends or refuses it.
+// What the library decodes sample after sample and tile after tile. What is damaged is left to it,
+// which mends or refuses it.
 bool RawDecoder::unpackTiles(const Cancellation* cancellation) {
     const bool isFullColour = description_.layout == SensorLayout::fullColour;
     if (!dng_ || needsProcessing_ || (dng_->samplesPerPixel == 3) != isFullColour ||
         dng_->width != description_.width || dng_->height != description_.height)
         return false;
-    auto samples = decodeLosslessTiles(
+    auto samples = decodeTiles(
         *dng_,
         [this](std::uint64_t offset, std::span<std::byte> bytes) {
             return stream_->readAt(INT64(offset), bytes);
@@ -270,7 +270,7 @@ bool RawDecoder::unpackTiles(const Cancellation* cancellation) {
 }
 
 bool RawDecoder::attachSamples(SensorImage& image) {
-    if (ownSamples_.empty()) return library_->attachSamples(image);
+    if (ownSamples_.isEmpty()) return library_->attachSamples(image);
     image.integers = ownSamples_.data();
     image.channels = dng_->samplesPerPixel;
     image.stride = std::ptrdiff_t(image.width) * image.channels;
@@ -296,7 +296,8 @@ void RawDecoder::measureSaturation() {
 
 void RawDecoder::repair() {
     SensorImage image = description_;
-    std::uint16_t* samples = ownSamples_.empty() ? library_->mutableSamples() : ownSamples_.data();
+    std::uint16_t* samples =
+        ownSamples_.isEmpty() ? library_->mutableSamples() : ownSamples_.data();
     if (needsProcessing_ || image.layout == SensorLayout::fullColour || !samples ||
         !attachSamples(image))
         return;

@@ -10,6 +10,7 @@
 #include "platform/raw/DngTags.h"
 #include "platform/raw/RawStream.h"
 #include "platform/raw/SensorImage.h"
+#include "platform/raw/StoredSamples.h"
 
 #include <filesystem>
 #include <memory>
@@ -73,7 +74,7 @@ private:
     std::optional<DngTags> dng_;
     CameraMatrices camera_;
     SensorImage description_;
-    std::vector<std::uint16_t> ownSamples_; // decoded by us; else the library has them
+    StoredSamples ownSamples_; // decoded by us; else the library has them
     bool needsProcessing_ = false;
     bool statesExposure_ = false;
     bool isUnpacked_ = false;

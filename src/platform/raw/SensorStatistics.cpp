@@ -1,7 +1,11 @@
 #include "platform/raw/SensorStatistics.h"
 
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_reduce.h>
+
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace kelvaro {
 
@@ -9,6 +13,7 @@ namespace {
 
 constexpr std::size_t kLevels = 65536;
 constexpr int kRowsTaken = 2, kRowsStep = 8; // whole pairs of rows, so that every filter is met
+constexpr int kParts = 8;
 
 // Of the magnitudes of Gaussian noise a third lie below 0.4307 of its standard deviation.
 float deviation(std::vector<float>& magnitudes) {
@@ -18,41 +23,63 @@ float deviation(std::vector<float>& magnitudes) {
     return *third / 0.4307f;
 }
 
+using Histograms = std::array<std::vector<std::uint32_t>, 3>;
+
+void countRow(const SensorImage& sensor, int row, Histograms& histograms) {
+    const std::uint16_t* line = sensor.integers + row * sensor.stride;
+    const int left = sensor.active.left, right = sensor.active.right();
+    if (sensor.layout == SensorLayout::fullColour) {
+        for (int x = left; x < right; ++x) {
+            for (std::size_t c = 0; c < 3 && int(c) < sensor.channels; ++c)
+                ++histograms[c][line[x * sensor.channels + int(c)]];
+        }
+        return;
+    }
+    // Several photosites of one column pattern share a histogram; the pointers are found once.
+    const int period = sensor.filters.period;
+    std::array<std::uint32_t*, 6> byColumn{};
+    for (int c = 0; c < period; ++c)
+        byColumn[std::size_t(c)] = histograms[std::size_t(sensor.filters.at(row, c))].data();
+    int c = left % period;
+    for (int x = left; x < right; ++x) {
+        ++byColumn[std::size_t(c)][line[x]];
+        if (++c == period) c = 0;
+    }
+}
+
+Histograms sumOf(Histograms a, const Histograms& b) {
+    if (a[0].empty()) return b;
+    for (std::size_t c = 0; c < 3 && !b[0].empty(); ++c)
+        std::transform(a[c].begin(), a[c].end(), b[c].begin(), a[c].begin(), std::plus<>());
+    return a;
+}
+
 } // namespace
 
 SensorStatistics measure(const SensorImage& sensor) {
     SensorStatistics statistics;
     if (!sensor.integers || sensor.layout == SensorLayout::monochrome) return statistics;
-    for (auto& histogram : statistics.histograms)
-        histogram.assign(kLevels, 0);
-    const bool isMosaic = sensor.layout != SensorLayout::fullColour;
-    const int step = isMosaic && sensor.filters.period == 6 ? 3 * kRowsStep : kRowsStep;
-    const int taken = isMosaic && sensor.filters.period == 6 ? 6 : kRowsTaken;
-    for (int y = 0; y < sensor.active.height; ++y) {
-        if (y % step >= taken) continue;
-        const int row = sensor.active.top + y;
-        const std::uint16_t* line = sensor.integers + row * sensor.stride;
-        if (isMosaic) {
-            // Several photosites of one column pattern share a histogram; the pointers are found
-            // once.
-            std::array<std::uint32_t*, 6> byColumn{};
-            for (int c = 0; c < sensor.filters.period; ++c) {
-                byColumn[std::size_t(c)] =
-                    statistics.histograms[std::size_t(sensor.filters.at(row, c))].data();
-            }
-            int c = sensor.active.left % sensor.filters.period;
-            for (int x = sensor.active.left; x < sensor.active.right(); ++x) {
-                ++byColumn[std::size_t(c)][line[x]];
-                if (++c == sensor.filters.period) c = 0;
-            }
-        } else {
-            for (int x = sensor.active.left; x < sensor.active.right(); ++x) {
-                for (std::size_t c = 0; c < 3 && int(c) < sensor.channels; ++c) {
-                    ++statistics.histograms[c][line[x * sensor.channels + int(c)]];
-                }
-            }
+    const bool isLargePattern =
+        sensor.layout != SensorLayout::fullColour && sensor.filters.period == 6;
+    const int step = isLargePattern ? 3 * kRowsStep : kRowsStep;
+    const int taken = isLargePattern ? 6 : kRowsTaken;
+    const auto counted = [&](const tbb::blocked_range<int>& groups, Histograms histograms) {
+        if (histograms[0].empty()) {
+            for (auto& histogram : histograms)
+                histogram.assign(kLevels, 0);
         }
-    }
+        for (int group = groups.begin(); group < groups.end(); ++group) {
+            const int end = std::min(group * step + taken, sensor.active.height);
+            for (int y = group * step; y < end; ++y)
+                countRow(sensor, sensor.active.top + y, histograms);
+        }
+        return histograms;
+    };
+    const int groups = (sensor.active.height + step - 1) / step;
+    // Few parts: each has histograms of its own, which take longer to clear than many rows to read.
+    const int grain = std::max(1, groups / kParts);
+    statistics.histograms = tbb::parallel_reduce(
+        tbb::blocked_range<int>(0, groups, std::size_t(grain)), Histograms(), counted, sumOf);
     for (std::size_t c = 0; c < 3; ++c) {
         for (const std::uint32_t n : statistics.histograms[c])
             statistics.counts[c] += n;

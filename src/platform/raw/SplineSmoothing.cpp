@@ -9,17 +9,49 @@
 
 #include <hwy/highway.h>
 
-// Plain loops that the compiler turns into vectors of each target.
+#include "platform/raw/SplineTaps-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
 namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
 
-// Of five values that lie side by side.
-void smoothFive(const float* HWY_RESTRICT a, const float* HWY_RESTRICT b,
-                const float* HWY_RESTRICT c, const float* HWY_RESTRICT d,
-                const float* HWY_RESTRICT e, float* HWY_RESTRICT out, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        out[i] = 0.0625f * (a[i] + e[i]) + 0.25f * (b[i] + d[i]) + 0.375f * c[i];
+// Of five rows. The last group is moved back so that it ends with the row.
+void smoothDown(const float* const* rows, float* HWY_RESTRICT out, int count) {
+    const hn::ScalableTag<float> tag;
+    const int lanes = int(hn::Lanes(tag));
+    if (count < lanes) {
+        const hn::CappedTag<float, 1> one;
+        for (int x = 0; x < count; ++x) {
+            hn::StoreU(splineTaps(hn::LoadU(one, rows[0] + x), hn::LoadU(one, rows[1] + x),
+                                  hn::LoadU(one, rows[2] + x), hn::LoadU(one, rows[3] + x),
+                                  hn::LoadU(one, rows[4] + x)),
+                       one, out + x);
+        }
+        return;
+    }
+    for (int i = 0; i < count; i += lanes) {
+        const int x = std::min(i, count - lanes);
+        hn::StoreU(splineTaps(hn::LoadU(tag, rows[0] + x), hn::LoadU(tag, rows[1] + x),
+                              hn::LoadU(tag, rows[2] + x), hn::LoadU(tag, rows[3] + x),
+                              hn::LoadU(tag, rows[4] + x)),
+                   tag, out + x);
+    }
+}
+
+// Of a row with padding at both ends.
+void smoothAcross(const float* HWY_RESTRICT in, int step, float* HWY_RESTRICT out, int count) {
+    const hn::ScalableTag<float> tag;
+    const int lanes = int(hn::Lanes(tag));
+    if (count < lanes) {
+        const hn::CappedTag<float, 1> one;
+        for (int x = 0; x < count; ++x)
+            hn::StoreU(splineAt(one, in + x, step), one, out + x);
+        return;
+    }
+    for (int i = 0; i < count; i += lanes) {
+        const int x = std::min(i, count - lanes);
+        hn::StoreU(splineAt(tag, in + x, step), tag, out + x);
     }
 }
 
@@ -30,25 +62,21 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kelvaro {
 
-HWY_EXPORT(smoothFive);
+HWY_EXPORT(smoothDown);
+HWY_EXPORT(smoothAcross);
+
+float* smoothedDown(const RowRing& in, int y, int step, float* scratch) {
+    float* first = scratch + kSmoothingPadding;
+    const float* const rows[5] = {in.clamped(y - 2 * step), in.clamped(y - step), in.row(y),
+                                  in.clamped(y + step), in.clamped(y + 2 * step)};
+    HWY_DYNAMIC_DISPATCH(smoothDown)(rows, first, in.width);
+    std::fill_n(first - 2 * step, 2 * step, first[0]);
+    std::fill_n(first + in.width, 2 * step, first[in.width - 1]);
+    return first;
+}
 
 void smoothedRow(const RowRing& in, int y, int step, float* scratch, float* out) {
-    const int width = in.width, reach = 2 * step;
-    HWY_DYNAMIC_DISPATCH(smoothFive)
-    (in.clamped(y - reach), in.clamped(y - step), in.row(y), in.clamped(y + step),
-     in.clamped(y + reach), scratch, std::size_t(width));
-    const auto edge = [&](int x) {
-        const auto at = [&](int k) { return scratch[std::clamp(x + k * step, 0, width - 1)]; };
-        out[x] = 0.0625f * (at(-2) + at(2)) + 0.25f * (at(-1) + at(1)) + 0.375f * at(0);
-    };
-    for (int x = 0; x < std::min(reach, width); ++x)
-        edge(x);
-    for (int x = std::max(reach, width - reach); x < width; ++x)
-        edge(x);
-    if (width <= 2 * reach) return;
-    const float* p = scratch + reach;
-    HWY_DYNAMIC_DISPATCH(smoothFive)
-    (p - reach, p - step, p, p + step, p + reach, out + reach, std::size_t(width - 2 * reach));
+    HWY_DYNAMIC_DISPATCH(smoothAcross)(smoothedDown(in, y, step, scratch), step, out, in.width);
 }
 
 } // namespace kelvaro

@@ -34,6 +34,7 @@ public:
     std::vector<double> numbers(std::uint16_t tag, std::size_t limit = 64) const;
     std::optional<double> number(std::uint16_t tag) const; // the first, when finite
     std::string text(std::uint16_t tag) const;             // at most 255 bytes
+    bool isBigEndian() const { return bigEndian_; }
     // The raw value, at most `limit` bytes; empty when longer or truncated.
     std::vector<std::byte> bytes(std::uint16_t tag, std::size_t limit) const;
 

@@ -1,0 +1,142 @@
+#include "platform/raw/SceneFile.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <numeric>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace kelvaro {
+namespace {
+
+using namespace test;
+
+// The rendering curve, and above its white of 16 times middle grey a way to 1.064.
+double rendered(double v) {
+    const double u = std::abs(v) / 0.18;
+    const double y =
+        u < 16 ? 1.017898 * u * (u + 1.7) / (u * (u + 1.2) + 13.0685) : 1 + 0.064 * (1 - 16 / u);
+    return std::copysign(y, v);
+}
+
+// In rendered light, by Lanczos with three lobes both ways.
+TEST(DevelopedSource, FineHalfSizeIsTheWholePictureReduced) {
+    SyntheticDng dng;
+    dng.width = 400; // several tiles
+    dng.height = 300;
+    dng.scene = [](int row, int column, int channel) {
+        return (row / 7 + column / 5) % 3 == 0 ? 0.9 : 0.05 * (channel + 1);
+    };
+    dng.exposureStops = 1.5;
+    dng.orientation = 6;
+    const auto path = dng.write("fine.dng");
+    const Raster whole = developed(path);
+    RawDevelopSettings settings;
+    settings.reduction = 2;
+    settings.fine = true;
+    const Raster half = developed(path, settings);
+    std::filesystem::remove(path);
+    ASSERT_EQ(half.extent(),
+              (PixelRect{0, 0, whole.extent().width / 2, whole.extent().height / 2}));
+    constexpr double kPi = 3.14159265358979;
+    const auto sinc = [=](double v) { return std::sin(kPi * v) / (kPi * v); };
+    std::array<double, 12> taps{};
+    for (int k = 0; k < 12; ++k) {
+        const double at = std::abs(k - 5.5) / 2;
+        taps[std::size_t(k)] = sinc(at) * sinc(at / 3);
+    }
+    const double all = std::accumulate(taps.begin(), taps.end(), 0.0);
+    double error = 0;
+    for (int c = 0; c < 3; ++c) {
+        for (int row = 3; row + 3 < half.extent().height; ++row) {
+            for (int x = 3; x + 3 < half.extent().width; ++x) {
+                double sum = 0;
+                for (int i = 0; i < 144; ++i) {
+                    const double v = whole.row(c, 2 * row - 5 + i / 12)[2 * x - 5 + i % 12];
+                    sum += taps[std::size_t(i / 12)] * taps[std::size_t(i % 12)] * rendered(v);
+                }
+                const double expected = std::min(sum / all / all, 1 + 0.84 * 0.064);
+                error = std::max(error, std::abs(rendered(half.row(c, row)[x]) - expected));
+            }
+        }
+    }
+    EXPECT_LT(error, 1e-5);
+}
+
+TEST(DevelopedSource, StopsWhenCancelled) {
+    SyntheticDng dng;
+    dng.scene = ramp;
+    const auto path = dng.write("cancel.dng");
+    CameraRawEngine engine;
+    auto file = engine.open(path);
+    ASSERT_TRUE(file);
+    Cancellation cancellation;
+    cancellation.cancel();
+    const auto result = (*file)->develop({}, &cancellation);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().kind, FailureKind::cancelled);
+    // The file stays usable.
+    EXPECT_TRUE((*file)->develop({}, nullptr));
+    std::filesystem::remove(path);
+}
+
+// Tiles of every shape and order, from several threads, and after the file is closed.
+TEST(DevelopedSource, StreamedPixelsEqualTheKeptOnes) {
+    SyntheticDng dng;
+    dng.width = 700, dng.height = 420;
+    dng.active = {0, 0, 420, 700};
+    dng.crop = {3, 5, 690, 411};
+    dng.scene = [](int row, int column, int channel) {
+        return 0.3 + 0.2 * std::sin(row * 0.31 + channel) * std::cos(column * 0.17);
+    };
+    for (const int orientation : {1, 2, 3, 4, 5, 6, 7, 8}) {
+        dng.orientation = orientation;
+        const auto path = dng.write("streamed.dng");
+        const Raster kept = developed(path);
+        std::shared_ptr<const PixelSource> source;
+        {
+            CameraRawEngine engine;
+            auto file = engine.open(path);
+            ASSERT_TRUE(file);
+            RawDevelopSettings settings;
+            settings.streamed = true;
+            auto streamed = (*file)->develop(settings, nullptr);
+            ASSERT_TRUE(streamed);
+            source = *streamed;
+        }
+        ASSERT_EQ(source->extent(), kept.extent());
+        std::vector<std::thread> threads;
+        std::atomic<int> wrong{0};
+        for (int t = 0; t < 3; ++t) {
+            threads.emplace_back([&, t] {
+                std::mt19937 random{unsigned(t)};
+                for (int i = 0; i < 12; ++i) {
+                    const PixelRect whole = kept.extent();
+                    const int x = int(random() % unsigned(whole.width - 9)),
+                              y = int(random() % unsigned(whole.height - 9));
+                    const PixelRect part = intersection(
+                        whole, {x, y, 9 + int(random() % 300), 9 + int(random() % 300)});
+                    Raster got(part, false);
+                    source->read(got.view());
+                    for (int c = 0; c < 3; ++c) {
+                        for (int row = 0; row < part.height; ++row) {
+                            const float* want =
+                                kept.row(c, whole.top() - part.top() + row) + part.x;
+                            wrong += !std::equal(want, want + part.width, got.row(c, row));
+                        }
+                    }
+                }
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(wrong, 0) << "orientation " << orientation;
+        std::filesystem::remove(path);
+    }
+}
+
+} // namespace
+} // namespace kelvaro
