@@ -28,6 +28,7 @@ Result<ImageSource> streamedRaw(RawFile& file, const std::filesystem::path& phot
     if (isMeasured) {
         settings.reduction = 2;
         settings.captureOnly = true;
+        settings.streamed = true; // read once, or not at all where the photo was measured before
         auto pixels = file.develop(settings, cancellation);
         if (!pixels) return fail(std::move(pixels).error());
         measured = imageFrom(std::move(*pixels));

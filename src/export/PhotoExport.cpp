@@ -6,6 +6,7 @@
 #include "export/CaptureDate.h"
 #include "export/ExportLayout.h"
 #include "export/Leftovers.h"
+#include "export/RenderedStrips.h"
 #include "export/Verification.h"
 
 #include <new>
@@ -40,14 +41,15 @@ Result<ExportedFile, PhotoFailure> PhotoExport::run(const ExportJob& job,
                                                     const PhotoProperties& properties) const {
     try {
         if (auto sound = checkTarget(job, target); !sound) return Unexpected{sound.error()};
-        auto picture = rendered(job, properties);
+        auto picture = finished(job, properties);
         if (!picture) return Unexpected{picture.error()};
-        auto encoding = encodeSettings(job, picture->pixels);
+        auto encoding = encodeSettings(job, picture->picture.extent().size());
         if (!encoding) return Unexpected{encoding.error()};
         // Pixels and properties of two states of a file would make a picture that never was.
         if (auto same = checkUnchanged(job, picture->identity); !same)
             return Unexpected{same.error()};
-        return written(target, picture->pixels, *encoding);
+        if (!parts.work.waitForQuiet(cancellation)) return Unexpected{checkNotCancelled().error()};
+        return written(target, *picture, *encoding);
     } catch (const std::bad_alloc&) {
         return failed(ExportError::renderFailed, "There is not enough memory for this photo.");
     }
@@ -85,28 +87,24 @@ Result<Image, PhotoFailure> PhotoExport::developed(const ExportJob& job) const {
     return straightenedAndCropped(*photo, job.edit);
 }
 
-Result<PhotoExport::Rendered, PhotoFailure>
-PhotoExport::rendered(const ExportJob& job, const PhotoProperties& properties) const {
+Result<PhotoExport::Finished, PhotoFailure>
+PhotoExport::finished(const ExportJob& job, const PhotoProperties& properties) const {
     auto identity = photoIdentity(parts.files, job.photo);
     if (!identity) return failed(ExportError::unreadable, identity.error());
     auto photo = developed(job);
     if (!photo) return Unexpected{photo.error()};
     const bool isOpaque = !photo->hasAlpha() || settings.borderFraction() > 0;
+    const Image shaped = resized(*photo, settings);
+    const bool isReadOnce = shaped == *photo && job.edit.straighten == 0;
 
-    Image picture = Pipeline::gamutMapped(resized(*photo, settings), settings.colorSpace);
+    Image picture = Pipeline::gamutMapped(shaped, settings.colorSpace);
     if (settings.dateStamp != DateStamp::Style::none) {
         const auto status = parts.files.status(job.photo);
         const auto day = captureDay(properties, status ? status->created : FileTime{});
         picture = DateStamp::imprinted(picture, DateStamp::text(settings.dateStamp, day));
     }
-    picture = bordered(picture, settings);
-
-    if (!parts.work.waitForQuiet(cancellation)) return Unexpected{checkNotCancelled().error()};
-    const TimedPhase phase(times, "render");
-    auto pixels = parts.renderer.renderBitmap(picture, picture.extent(),
-                                              outputFormat(settings, isOpaque), cancellation);
-    if (!pixels) return failed(ExportError::renderFailed, pixels.error());
-    return Rendered{std::move(*pixels), std::move(*identity)};
+    return Finished{bordered(picture, settings), outputFormat(settings, isOpaque), isReadOnce,
+                    std::move(*identity)};
 }
 
 Result<void, PhotoFailure> PhotoExport::checkUnchanged(const ExportJob& job,
@@ -119,52 +117,85 @@ Result<void, PhotoFailure> PhotoExport::checkUnchanged(const ExportJob& job,
 }
 
 Result<EncodeSettings, PhotoFailure> PhotoExport::encodeSettings(const ExportJob& job,
-                                                                 const Bitmap& pixels) const {
+                                                                 PixelSize size) const {
     EncodeSettings encoding{fileFormat(settings.format), settings.quality / 100,
                             Pipeline::profile(settings.colorSpace)};
     if (!settings.includeMetadata) return encoding;
-    auto copied = parts.metadata.copy(job.photo, pixels.size, encoding.space);
+    const TimedPhase phase(times, "metadata");
+    auto copied = parts.metadata.copy(job.photo, size, encoding.space);
     if (!copied) return failed(ExportError::unreadable, copied.error());
     encoding.metadata = std::move(*copied);
     return encoding;
 }
 
 Result<ExportedFile, PhotoFailure> PhotoExport::written(const ExportNames::Target& target,
-                                                        const Bitmap& pixels,
+                                                        const Finished& finished,
                                                         const EncodeSettings& encoding) const {
     if (auto going = checkNotCancelled(); !going) return Unexpected{going.error()};
     const auto temporary = temporaryExportName(parts.random, fileExtension(settings.format));
+    const auto place = target.url.parent_path() / temporary;
     auto file = parts.files.createWith(target.url, {temporary, !target.replaces});
     if (!file) return failed(ExportError::writeFailed, file.error());
-    {
-        const TimedPhase phase(times, "encode");
-        auto done = parts.writer.encode(pixels, encoding, **file, cancellation);
-        if (!done) return failed(ExportError::writeFailed, done.error());
-    }
-    if (verifies) {
-        auto right = verified(target.url.parent_path() / temporary, pixels, encoding);
-        if (!right) return Unexpected{right.error()};
-    }
+    const bool inStrips = settings.format == ExportFormat::jpeg && finished.isReadOnce;
+    auto encoded = inStrips ? encodedInStrips(finished, encoding, **file, place)
+                            : encodedWhole(finished, encoding, **file, place);
+    if (!encoded) return Unexpected{encoded.error()};
     if (auto going = checkNotCancelled(); !going) return Unexpected{going.error()};
     // What was chosen for replacement was a file; links and folders are not replaced.
     const auto standing = parts.files.linkStatus(target.url);
     if (target.replaces && standing && standing->kind != FileStatus::Kind::file)
         return failed(ExportError::writeFailed, "Something of that name has appeared meanwhile.");
     const TimedPhase phase(times, "move");
-    ExportedFile exported{target.url, pixels.size, (*file)->size()};
+    ExportedFile exported{target.url, finished.picture.extent().size(), (*file)->size()};
     if (auto moved = (*file)->commit(); !moved)
         return failed(ExportError::writeFailed, moved.error());
     return exported;
 }
 
-Result<void, PhotoFailure> PhotoExport::verified(const std::filesystem::path& file,
-                                                 const Bitmap& pixels,
+Result<void, PhotoFailure> PhotoExport::encodedWhole(const Finished& finished,
+                                                     const EncodeSettings& encoding,
+                                                     PendingFile& file,
+                                                     const std::filesystem::path& place) const {
+    auto pixels = [&] {
+        const TimedPhase phase(times, "render");
+        return parts.renderer.renderBitmap(finished.picture, finished.picture.extent(),
+                                           finished.format, cancellation);
+    }();
+    if (!pixels) return failed(ExportError::renderFailed, pixels.error());
+    auto done = [&] {
+        const TimedPhase phase(times, "encode");
+        return parts.writer.encode(*pixels, encoding, file, cancellation);
+    }();
+    if (!done) return failed(ExportError::writeFailed, done.error());
+    return verified(place, *pixels, encoding);
+}
+
+// Each strip is encoded while the next one is rendered, and forgotten.
+Result<void, PhotoFailure> PhotoExport::encodedInStrips(const Finished& finished,
+                                                        const EncodeSettings& encoding,
+                                                        PendingFile& file,
+                                                        const std::filesystem::path& place) const {
+    const RenderedStrips strips(parts.renderer, finished.picture, finished.format, cancellation);
+    auto done = [&] {
+        const TimedPhase phase(times, "render");
+        return parts.writer.encodeStrips(strips, encoding, file, cancellation);
+    }();
+    if (const auto why = strips.failure()) return failed(ExportError::renderFailed, *why);
+    if (!done) return failed(ExportError::writeFailed, done.error());
+    return verified(place, strips, encoding);
+}
+
+// Reads back the file at `place`; nothing where that is not asked for.
+template<class Rendered>
+Result<void, PhotoFailure> PhotoExport::verified(const std::filesystem::path& place,
+                                                 const Rendered& rendered,
                                                  const EncodeSettings& encoding) const {
+    if (!verifies) return {};
     const TimedPhase phase(times, "verify");
-    const auto read = parts.reader.decode(file, {}, cancellation);
+    const auto read = parts.reader.decode(place, {}, cancellation);
     if (!read) return failed(ExportError::writeFailed, read.error());
-    if (auto wrong = mismatch(pixels, encoding, *read))
-        return failed(ExportError::writeFailed, std::move(*wrong));
+    auto right = compare(rendered, encoding, *read);
+    if (!right) return failed(ExportError::writeFailed, right.error());
     return {};
 }
 

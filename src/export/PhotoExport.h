@@ -59,8 +59,10 @@ struct PhotoFailure {
 struct PhotoExport {
     const ExportParts& parts;
     const ExportSettings& settings;
-    bool verifies = true;        // reads the file back before it is moved into place
-    PhaseTimes* times = nullptr; // of decode, analysis, render, encode, verify, move
+    bool verifies = true; // reads the file back before it is moved into place
+    // Of decode, analysis, metadata, render (with encoding where that is done in strips), encode,
+    // verify, move.
+    PhaseTimes* times = nullptr;
     const Cancellation* cancellation = nullptr;
 
     // `properties` are the photo's.
@@ -68,23 +70,33 @@ struct PhotoExport {
                                            const PhotoProperties& properties) const;
 
 private:
-    struct Rendered {
-        Bitmap pixels;
-        std::string identity; // of the photo's file when it was decoded
+    // What will be written, not drawn yet.
+    struct Finished {
+        Image picture;
+        BitmapFormat format;
+        bool isReadOnce = false; // from edge to edge, nothing of it being needed twice
+        std::string identity;    // of the photo's file when it was decoded
     };
     Result<void, PhotoFailure> checkTarget(const ExportJob& job,
                                            const ExportNames::Target& target) const;
-    Result<Rendered, PhotoFailure> rendered(const ExportJob& job,
+    Result<Finished, PhotoFailure> finished(const ExportJob& job,
                                             const PhotoProperties& properties) const;
     Result<Image, PhotoFailure> developed(const ExportJob& job) const;
     Result<void, PhotoFailure> checkUnchanged(const ExportJob& job,
                                               const std::string& identity) const;
-    Result<EncodeSettings, PhotoFailure> encodeSettings(const ExportJob& job,
-                                                        const Bitmap& pixels) const;
+    Result<EncodeSettings, PhotoFailure> encodeSettings(const ExportJob& job, PixelSize size) const;
     Result<ExportedFile, PhotoFailure> written(const ExportNames::Target& target,
-                                               const Bitmap& pixels,
+                                               const Finished& finished,
                                                const EncodeSettings& encoding) const;
-    Result<void, PhotoFailure> verified(const std::filesystem::path& file, const Bitmap& pixels,
+    Result<void, PhotoFailure> encodedWhole(const Finished& finished,
+                                            const EncodeSettings& encoding, PendingFile& file,
+                                            const std::filesystem::path& place) const;
+    Result<void, PhotoFailure> encodedInStrips(const Finished& finished,
+                                               const EncodeSettings& encoding, PendingFile& file,
+                                               const std::filesystem::path& place) const;
+    template<class Rendered>
+    Result<void, PhotoFailure> verified(const std::filesystem::path& place,
+                                        const Rendered& rendered,
                                         const EncodeSettings& encoding) const;
     Result<void, PhotoFailure> checkNotCancelled() const;
 };

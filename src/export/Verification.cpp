@@ -1,17 +1,18 @@
 #include "export/Verification.h"
 
 #include "base/Bands.h"
+#include "export/RenderedStrips.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <optional>
+#include <string>
 
 namespace kelvaro {
 
 namespace {
-
-constexpr int kBlock = 32; // pixels; two macro blocks of either codec
 
 const char* profileName(OutputSpace space) {
     switch (space) {
@@ -35,35 +36,6 @@ double largestShift(double quality) {
 
 bool isEqual(const Bitmap& a, const Bitmap& b) {
     return std::memcmp(a.samples.get(), b.samples.get(), a.bytes()) == 0;
-}
-
-struct BlockSum {
-    double sum = 0, squares = 0;
-    double mean(int count) const { return sum / count; }
-    double deviation(int count) const {
-        return std::sqrt(std::max(0.0, squares / count - mean(count) * mean(count)));
-    }
-};
-using BlockSums = std::array<BlockSum, 3>;
-
-// Columns are summed first, side by side as they lie in memory.
-BlockSums sums(const Bitmap& pixels, const PixelRect& block) {
-    std::array<std::uint32_t, 3 * kBlock> sum{}, squares{};
-    const auto columns = std::size_t(3 * block.width);
-    for (int row = block.y; row < block.y + block.height; ++row) {
-        const auto* from = pixels.row<std::uint8_t>(row) + 3 * block.x;
-        for (std::size_t i = 0; i < columns; ++i) {
-            const std::uint32_t value = from[i];
-            sum[i] += value;
-            squares[i] += value * value;
-        }
-    }
-    BlockSums sums;
-    for (std::size_t i = 0; i < columns; ++i) {
-        sums[i % 3].sum += sum[i];
-        sums[i % 3].squares += squares[i];
-    }
-    return sums;
 }
 
 // ITU-T T.871, which HEIF pictures use too.
@@ -117,63 +89,115 @@ bool isNear(const BlockSums& rendered, const BlockSums& read, int count, double 
     return !lostAll;
 }
 
-// In rows firstRow … firstRow + h − 1.
-std::optional<PixelRect> differingBlock(const Bitmap& rendered, const Bitmap& read, int firstRow,
-                                        int w, int h, double allowed) {
-    const int width = rendered.size.width;
-    for (int column = 0; column < width; column += kBlock) {
-        // The last blocks overlap those before them.
-        const PixelRect block{std::min(column, width - w), firstRow, w, h};
-        const BlockSums found = sums(read, block);
-        const bool isRight = isNear(sums(rendered, block), found, w * h, allowed) ||
-                             isNear(subsampledSums(rendered, block), found, w * h, allowed);
-        if (!isRight) return block;
-    }
-    return std::nullopt;
+// The rows that a block's pixels share their colour with.
+PixelRect rowsAbout(const PixelRect& block, PixelSize picture) {
+    const int top = block.y & ~1;
+    const int bottom = std::min(picture.height, (block.y + block.height + 1) & ~1);
+    return {0, top, picture.width, bottom - top};
 }
 
-std::optional<std::string> differingBlock(const Bitmap& rendered, const Bitmap& read,
-                                          double limit) {
-    const auto [width, height] = rendered.size;
-    const int w = std::min(kBlock, width), h = std::min(kBlock, height);
+// The first block of a row of blocks that is not near what was rendered, of which `Rendered` tells
+// the sums of a block and the pixels of some rows.
+template<class Rendered>
+Result<std::optional<PixelRect>> differingBlock(const Rendered& rendered, const Bitmap& read,
+                                                int row, double allowed) {
+    const BlockGrid grid(read.size);
+    std::optional<Bitmap> rows;
+    for (int column = 0; column < grid.columns(); ++column) {
+        const PixelRect block = grid.block(column, row);
+        const BlockSums found = sumsOf(read, block);
+        const int count = block.width * block.height;
+        if (isNear(rendered.sums(column, row), found, count, allowed)) continue;
+        const PixelRect about = rowsAbout(block, read.size);
+        if (!rows) {
+            auto made = rendered.rows(about.y, about.height);
+            if (!made) return fail(std::move(made).error());
+            rows = std::move(*made);
+        }
+        const PixelRect inRows{block.x, block.y - about.y, block.width, block.height};
+        if (!isNear(subsampledSums(*rows, inRows), found, count, allowed))
+            return std::optional(block);
+    }
+    return std::optional<PixelRect>();
+}
+
+template<class Rendered>
+Result<void> compareBlocks(const Rendered& rendered, const Bitmap& read, double limit) {
+    const BlockGrid grid(read.size);
+    const PixelRect first = grid.block(0, 0);
     // The fewer pixels, the less their errors even out.
-    const double allowed = limit * kBlock / std::sqrt(double(w) * h);
+    const double allowed = limit * BlockGrid::side / std::sqrt(double(first.width) * first.height);
     // A task is worth its thread from a few rows of blocks on.
     constexpr int kRowsPerTask = 8;
-    const int rows = (height + kBlock - 1) / kBlock;
-    std::optional<PixelRect> wrong;
-    const auto look = [&, height = height](int task) {
-        std::optional<PixelRect> found;
-        const int end = std::min(rows, (task + 1) * kRowsPerTask);
-        for (int row = task * kRowsPerTask; row < end && !found; ++row)
-            found =
-                differingBlock(rendered, read, std::min(row * kBlock, height - h), w, h, allowed);
-        return found;
+    const auto look = [&](int task) -> Result<std::optional<PixelRect>> {
+        const int end = std::min(grid.rows(), (task + 1) * kRowsPerTask);
+        for (int row = task * kRowsPerTask; row < end; ++row) {
+            auto found = differingBlock(rendered, read, row, allowed);
+            if (!found || *found) return found;
+        }
+        return std::optional<PixelRect>();
     };
-    (void)takeInOrder((rows + kRowsPerTask - 1) / kRowsPerTask, look,
-                      [&](std::optional<PixelRect> found) -> Result<void> {
-                          if (!wrong) wrong = found;
-                          return {};
-                      })
-        .has_value();
-    if (!wrong) return std::nullopt;
-    return "The pixels about " + std::to_string(wrong->x) + ", " + std::to_string(wrong->y) +
-           " are not those that were rendered.";
+    return takeInOrder((grid.rows() + kRowsPerTask - 1) / kRowsPerTask, look,
+                       [&](Result<std::optional<PixelRect>> found) -> Result<void> {
+                           if (!found) return fail(std::move(found).error());
+                           if (!*found) return {};
+                           return fail(FailureKind::malformed,
+                                       "The pixels about " + std::to_string((*found)->x) + ", " +
+                                           std::to_string((*found)->y) +
+                                           " are not those that were rendered.");
+                       });
+}
+
+struct WholePicture {
+    const Bitmap& pixels;
+    BlockSums sums(int column, int row) const {
+        return sumsOf(pixels, BlockGrid(pixels.size).block(column, row));
+    }
+    Result<Bitmap> rows(int top, int count) const {
+        Bitmap part({pixels.size.width, count}, pixels.channels, pixels.type);
+        std::memcpy(part.samples.get(), pixels.row<std::byte>(top), part.bytes());
+        return part;
+    }
+};
+
+struct Strips {
+    const RenderedStrips& strips;
+    BlockSums sums(int column, int row) const { return strips.sums().at(column, row); }
+    Result<Bitmap> rows(int top, int count) const { return strips.again(top, count); }
+};
+
+Result<void> checkShape(PixelSize size, SampleType type, int channels,
+                        const EncodeSettings& settings, const DecodedBitmap& read) {
+    const auto wrong = [](std::string sentence) {
+        return fail(FailureKind::malformed, std::move(sentence));
+    };
+    if (read.pixels.size != size) return wrong("The size is not that of the rendered picture.");
+    if (read.profileName != profileName(settings.space))
+        return wrong("The colour profile is \"" + read.profileName + "\".");
+    if (read.pixels.type != type || read.pixels.channels != channels)
+        return wrong("The depth or the channels are not those of the rendered picture.");
+    return {};
 }
 
 } // namespace
 
-std::optional<std::string> mismatch(const Bitmap& rendered, const EncodeSettings& settings,
-                                    const DecodedBitmap& read) {
-    if (read.pixels.size != rendered.size) return "The size is not that of the rendered picture.";
-    if (read.profileName != profileName(settings.space))
-        return "The colour profile is \"" + read.profileName + "\".";
-    if (read.pixels.type != rendered.type || read.pixels.channels != rendered.channels)
-        return "The depth or the channels are not those of the rendered picture.";
+Result<void> compare(const Bitmap& rendered, const EncodeSettings& settings,
+                     const DecodedBitmap& read) {
+    auto shape = checkShape(rendered.size, rendered.type, rendered.channels, settings, read);
+    if (!shape) return shape;
     const bool isLossy = settings.format == FileFormat::jpeg || settings.format == FileFormat::heic;
-    if (isLossy) return differingBlock(rendered, read.pixels, largestShift(settings.quality));
-    if (!isEqual(rendered, read.pixels)) return "The pixels are not those that were rendered.";
-    return std::nullopt;
+    if (isLossy)
+        return compareBlocks(WholePicture{rendered}, read.pixels, largestShift(settings.quality));
+    if (!isEqual(rendered, read.pixels))
+        return fail(FailureKind::malformed, "The pixels are not those that were rendered.");
+    return {};
+}
+
+Result<void> compare(const RenderedStrips& rendered, const EncodeSettings& settings,
+                     const DecodedBitmap& read) {
+    auto shape = checkShape(rendered.size(), rendered.type(), rendered.channels(), settings, read);
+    if (!shape) return shape;
+    return compareBlocks(Strips{rendered}, read.pixels, largestShift(settings.quality));
 }
 
 } // namespace kelvaro

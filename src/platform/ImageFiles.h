@@ -71,6 +71,18 @@ struct EncodeSettings {
     EmbeddedMetadata metadata = {};
 };
 
+// A picture that is made in strips where it is written, and so is never in memory as a whole.
+class StripSource {
+public:
+    virtual ~StripSource() = default;
+    virtual PixelSize size() const = 0;
+    virtual int channels() const = 0;
+    virtual SampleType type() const = 0;
+    // Rows top … top + count − 1, counted from the picture's upper edge. From any thread, and about
+    // in the order of the rows.
+    virtual Result<Bitmap> rows(int top, int count) const = 0;
+};
+
 class ImageWriter {
 public:
     virtual ~ImageWriter() = default;
@@ -78,6 +90,14 @@ public:
     // u8 and u16, TIFF u8, u16 and f32 (linear). JPEG and HEIC refuse alpha (flatten first).
     virtual Result<void> encode(const Bitmap& pixels, const EncodeSettings& settings,
                                 PendingFile& file, const Cancellation* cancellation = nullptr) = 0;
+    // The same file from strips. Fails as they do. Formats that need the whole picture make it.
+    virtual Result<void> encodeStrips(const StripSource& strips, const EncodeSettings& settings,
+                                      PendingFile& file,
+                                      const Cancellation* cancellation = nullptr) {
+        const auto whole = strips.rows(0, strips.size().height);
+        if (!whole) return fail(whole.error());
+        return encode(*whole, settings, file, cancellation);
+    }
 };
 
 } // namespace kelvaro

@@ -86,7 +86,7 @@ void RenderSession::Work::render(ViewRequest request, ViewCallback callback) {
 void RenderSession::Work::sample(Point at, int radiusPx, SampleCallback callback) {
     KELVARO_REQUIRE(engine_.mainThread().isCurrent() && front_->open);
     rendering_.post([this, at, radiusPx, open = front_->open, callback = std::move(callback)] {
-        auto session = sessionOf(open);
+        auto session = sessionOf(open, false);
         auto area = session ? (*session)->sampled(at, radiusPx, open->cancellation.get())
                             : Result<SampledArea>(fail(std::move(session).error()));
         if (!area && area.error().kind == FailureKind::cancelled) return;
@@ -117,9 +117,13 @@ void RenderSession::Work::waitUntilIdle() {
         queue->waitUntilIdle();
 }
 
-Result<std::shared_ptr<PhotoSession>> RenderSession::Work::sessionOf(const OpenPointer& open) {
-    if (auto session = open->session.copy()) return session;
+Result<std::shared_ptr<PhotoSession>> RenderSession::Work::sessionOf(const OpenPointer& open,
+                                                                     bool looksAgain) {
+    const auto before = open->session.copy();
+    if (before && !looksAgain) return before;
     auto session = sessions_.session(open->photo);
+    // Where its drive is away, what is there is still shown.
+    if (before && (!session || (*session)->identity() == before->identity())) return before;
     if (session) open->session.with([&](auto& kept) { kept = *session; });
     return session;
 }
@@ -134,7 +138,7 @@ void RenderSession::Work::tellOpened(const OpenPointer& open, Result<PhotoFacts>
 }
 
 void RenderSession::Work::runOpen(const OpenPointer& open) {
-    auto session = sessionOf(open);
+    auto session = sessionOf(open, true);
     if (!session) return tellOpened(open, fail(std::move(session).error()));
     // What is known without decoding is told at once; else the first view decodes what it needs,
     // and the facts come with it.
@@ -148,7 +152,8 @@ void RenderSession::Work::runRender() {
     const AskedPointer asked =
         waiting_.with([](AskedPointer& waiting) { return std::exchange(waiting, nullptr); });
     if (!asked) return; // a later request took this one's place, and has been drawn
-    auto session = sessionOf(asked->open);
+    // The file may have changed since; not while the hand is on a slider.
+    auto session = sessionOf(asked->open, !asked->request.interactive);
     if (!session) return deliver(asked, fail(std::move(session).error()));
     const RenderWork::Interactive urgent(engine_.work());
     step(asked, **session);

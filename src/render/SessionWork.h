@@ -63,7 +63,8 @@ private:
     void runHistogram();
     void runPrepare(const std::vector<Neighbour>& neighbours, const Token& cancellation);
 
-    Result<std::shared_ptr<PhotoSession>> sessionOf(const OpenPointer& open);
+    // The one that is kept, or where `looksAgain` is set that of the file as it is now.
+    Result<std::shared_ptr<PhotoSession>> sessionOf(const OpenPointer& open, bool looksAgain);
     void tellOpened(const OpenPointer& open, Result<PhotoFacts> facts);
     void step(const AskedPointer& asked, PhotoSession& session);
     bool glimpse(const AskedPointer& asked, PhotoSession& session);

@@ -18,6 +18,14 @@ constexpr std::string_view kThumbnailVersion = "2";
 // Of the photos to develop: their headers are not read only to be exact.
 constexpr std::int64_t kUsualPixels = 24'000'000;
 
+// Whether it will be the same next time: what the file holds is at fault, not the moment.
+bool isLasting(const ThumbnailResult& result) {
+    if (result) return true;
+    const FailureKind kind = result.error().kind;
+    return kind == FailureKind::malformed || kind == FailureKind::unsupported ||
+           kind == FailureKind::tooLarge;
+}
+
 } // namespace
 
 // One picture on its way, for all who wish for it.
@@ -225,7 +233,8 @@ void ThumbnailLoader::runDeveloping() {
 void ThumbnailLoader::finish(const JobPointer& job, ThumbnailResult result, const char* origin) {
     if (!result && result.error().kind == FailureKind::cancelled) return;
     const std::string_view from = origin;
-    if (!job->identity.empty() && from != "memory") memory_.keep(job->key, job->identity, result);
+    if (!job->identity.empty() && from != "memory" && isLasting(result))
+        memory_.keep(job->key, job->identity, result);
     if (from == "preview" || from == "developed")
         if (const std::string key = diskKey(*job); !key.empty()) disk_.keep(key, *result);
     const double now = engine_.clock().monotonicSeconds();

@@ -24,15 +24,24 @@ public:
     explicit HookedWriter(std::unique_ptr<ImageWriter> real) : real_(std::move(real)) {}
     Result<void> encode(const Bitmap& pixels, const EncodeSettings& settings, PendingFile& file,
                         const Cancellation* cancellation) override {
-        if (beforeWrite) beforeWrite();
-        auto written = real_->encode(pixels, settings, file, cancellation);
-        if (afterWrite) afterWrite(file);
-        return written;
+        return hooked(file, [&] { return real_->encode(pixels, settings, file, cancellation); });
+    }
+    Result<void> encodeStrips(const StripSource& strips, const EncodeSettings& settings,
+                              PendingFile& file, const Cancellation* cancellation) override {
+        return hooked(file,
+                      [&] { return real_->encodeStrips(strips, settings, file, cancellation); });
     }
     std::function<void()> beforeWrite;
     std::function<void(PendingFile&)> afterWrite;
 
 private:
+    template<class Write>
+    Result<void> hooked(PendingFile& file, const Write& write) {
+        if (beforeWrite) beforeWrite();
+        auto written = write();
+        if (afterWrite) afterWrite(file);
+        return written;
+    }
     std::unique_ptr<ImageWriter> real_;
 };
 

@@ -1,8 +1,11 @@
 // Files that hold what was rendered pass at every quality; files with a fault in a corner do not.
 #include "export/Verification.h"
 
+#include "develop/Pipeline.h"
+#include "export/RenderedStrips.h"
 #include "fakes/TemporaryFolder.h"
 #include "platform/codecs/CodecImageFiles.h"
+#include "platform/imaging/TiledRenderer.h"
 #include "platform/system/PosixFileSystem.h"
 
 #include <algorithm>
@@ -76,9 +79,9 @@ TEST(VerificationTest, AcceptsWhatTheCodecsMake) {
                 const Bitmap pixels = picture({131, 97}, type, content);
                 for (const auto space : {OutputSpace::sRGB, OutputSpace::displayP3}) {
                     const EncodeSettings settings{format, quality, space};
-                    const auto wrong = mismatch(pixels, settings, roundTrip(pixels, settings));
-                    EXPECT_FALSE(wrong) << *wrong << " format " << int(format) << " content "
-                                        << int(content) << " quality " << quality;
+                    const auto right = compare(pixels, settings, roundTrip(pixels, settings));
+                    EXPECT_TRUE(right) << right.error().message << " format " << int(format)
+                                       << " content " << int(content) << " quality " << quality;
                 }
             }
 }
@@ -93,7 +96,7 @@ TEST(VerificationTest, FindsFaults) {
         auto grey = fresh(); // the last rows are missing, as after a broken write
         for (int y = 80; y < 97; ++y)
             std::memset(grey.pixels.row<std::byte>(y), 128, grey.pixels.rowBytes());
-        EXPECT_TRUE(mismatch(pixels, settings, grey));
+        EXPECT_FALSE(compare(pixels, settings, grey));
 
         auto swapped = fresh();
         for (int i = 0; i < 131; ++i)
@@ -102,17 +105,44 @@ TEST(VerificationTest, FindsFaults) {
                     swapped.pixels.row<std::byte>(y) + 3 * sampleBytes(type) * std::size_t(i);
                 std::swap_ranges(at, at + sampleBytes(type), at + 2 * sampleBytes(type));
             }
-        EXPECT_TRUE(mismatch(pixels, settings, swapped));
+        EXPECT_FALSE(compare(pixels, settings, swapped));
 
-        EXPECT_TRUE(mismatch(picture({131, 96}, type, Content::smooth), settings, fresh()));
+        EXPECT_FALSE(compare(picture({131, 96}, type, Content::smooth), settings, fresh()));
         auto other = fresh();
         other.profileName = "Display P3";
-        EXPECT_TRUE(mismatch(pixels, settings, other));
+        EXPECT_FALSE(compare(pixels, settings, other));
         if (!isLossy(format)) {
             auto onebit = fresh();
             onebit.pixels.row<std::uint16_t>(96)[392] ^= 1;
-            EXPECT_TRUE(mismatch(pixels, settings, onebit));
+            EXPECT_FALSE(compare(pixels, settings, onebit));
         }
+    }
+}
+
+// Strips are forgotten; what is kept of them, and rendered again, tells the same.
+TEST(VerificationTest, StripsAreComparedLikeWholePictures) {
+    const auto renderer = makeTiledRenderer();
+    TemporaryFolder folder;
+    PosixFileSystem files;
+    for (const auto content : {Content::smooth, Content::noise, Content::threads}) {
+        // The last blocks reach into two of the strips.
+        const Bitmap pixels = picture({131, 266}, SampleType::u8, content);
+        auto lossless = roundTrip(pixels, {FileFormat::png, 1, OutputSpace::sRGB});
+        const RenderedStrips strips(
+            *renderer, imageFrom(sourceFrom(std::move(lossless.pixels), lossless.colour)),
+            Pipeline::bitmapFormat(Pipeline::OutputSpace::sRGB, SampleType::u8), nullptr);
+        const EncodeSettings settings{FileFormat::jpeg, 0.5, OutputSpace::sRGB};
+        auto file = files.create(folder / "a").value();
+        ASSERT_TRUE(makeImageWriter()->encodeStrips(strips, settings, *file));
+        ASSERT_TRUE(file->commit());
+        auto read = makeImageReader()->decode(folder / "a").value();
+        const auto right = compare(strips, settings, read);
+        EXPECT_TRUE(right) << right.error().message << " content " << int(content);
+        for (int y = 240; y < 266; ++y)
+            std::memset(read.pixels.row<std::byte>(y), 0, read.pixels.rowBytes());
+        EXPECT_FALSE(compare(strips, settings, read));
+        EXPECT_FALSE(compare(strips, settings,
+                             roundTrip(picture({131, 265}, SampleType::u8, content), settings)));
     }
 }
 

@@ -143,6 +143,26 @@ TEST(RenderSession, FailuresAreToldOnceAndAnotherPhotoEndsThem) {
     }
 }
 
+// Another program writes the photo while it lies on the canvas; then its drive goes.
+TEST(RenderSession, ShowsTheFileAsItIsAndThenAsItWas) {
+    RenderStage stage;
+    const auto photo = stage.jpeg("photo.jpg", picture({60, 40}, landscape));
+    Canvas canvas(stage);
+    canvas.session.open(photo);
+    const auto sizeNow = [&] {
+        canvas.views.clear();
+        canvas.render(fitting(1000));
+        EXPECT_TRUE(canvas.waitForFinal());
+        canvas.settle();
+        return canvas.views.back().pictureSize;
+    };
+    EXPECT_EQ(sizeNow(), (PixelSize{60, 40}));
+    stage.jpeg("photo.jpg", picture({90, 30}, landscape));
+    EXPECT_EQ(sizeNow(), (PixelSize{90, 30}));
+    std::filesystem::remove(photo);
+    EXPECT_EQ(sizeNow(), (PixelSize{90, 30}));
+}
+
 TEST(RenderSession, CountsTheWholePictureWithoutOverlays) {
     RenderStage stage;
     // Left half black, right half white.

@@ -64,21 +64,34 @@ class CodecImageWriter final : public ImageWriter {
 public:
     Result<void> encode(const Bitmap& pixels, const EncodeSettings& settings, PendingFile& file,
                         const Cancellation* cancellation) override {
-        if (auto sane = check(pixels, settings.format); !sane) return sane;
         OutputSink sink(file);
-        const EncodeJob job{pixels, settings, sink, cancellation};
+        return write({pixels, settings, sink, cancellation, nullptr});
+    }
+    Result<void> encodeStrips(const StripSource& strips, const EncodeSettings& settings,
+                              PendingFile& file, const Cancellation* cancellation) override {
+        if (settings.format != FileFormat::jpeg)
+            return ImageWriter::encodeStrips(strips, settings, file, cancellation);
+        Bitmap shape;
+        shape.size = strips.size();
+        shape.channels = strips.channels();
+        shape.type = strips.type();
+        OutputSink sink(file);
+        return write({shape, settings, sink, cancellation, &strips});
+    }
+
+private:
+    static Result<void> write(const EncodeJob& job) {
+        if (auto sane = check(job.pixels, job.settings.format); !sane) return sane;
         if (job.isCancelled()) return fail(job.cancelled());
         try {
             auto written = encodeAs(job);
             // Some libraries go on after a failed write.
-            if (written && sink.hasFailed()) return fail(job.afterLibraryError());
+            if (written && job.sink.hasFailed()) return fail(job.afterLibraryError());
             return written;
         } catch (const std::bad_alloc&) {
             return fail(job.outOfMemory());
         }
     }
-
-private:
     static Result<void> encodeAs(const EncodeJob& job) {
         switch (job.settings.format) {
         case FileFormat::jpeg:

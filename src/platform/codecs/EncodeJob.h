@@ -8,10 +8,11 @@
 namespace kelvaro {
 
 struct EncodeJob {
-    const Bitmap& pixels;
+    const Bitmap& pixels; // without samples where the picture comes in strips
     EncodeSettings settings;
     OutputSink& sink;
     const Cancellation* cancellation = nullptr;
+    const StripSource* strips = nullptr; // JPEG only
 
     bool isCancelled() const { return cancellation && cancellation->isCancelled(); }
     Failure cancelled() const {
@@ -20,10 +21,13 @@ struct EncodeJob {
     Failure outOfMemory() const {
         return {FailureKind::outOfMemory, "There is not enough memory to write the picture."};
     }
+    Failure notEncoded() const {
+        return {FailureKind::internal, "The picture could not be encoded."};
+    }
     // What went wrong when a library gave up: the file's own failure comes first.
-    Failure afterLibraryError() const {
-        if (isCancelled()) return cancelled();
-        return sink.failureOr({FailureKind::internal, "The picture could not be encoded."});
+    Failure afterLibraryError() const { return afterError(notEncoded()); }
+    Failure afterError(Failure other) const {
+        return isCancelled() ? cancelled() : sink.failureOr(std::move(other));
     }
 };
 

@@ -13,7 +13,6 @@
 #include <cmath>
 #include <jerror.h>
 #include <memory>
-#include <optional>
 #include <string_view>
 
 namespace kelvaro {
@@ -149,26 +148,34 @@ bool begin(JpegOutput& output, const JpegShape& shape, PixelSize size,
     });
 }
 
-// A band as a picture of its own, the first one with all that describes the file; none after a
-// failure of the library. Throws std::bad_alloc.
-std::optional<std::vector<std::byte>> encodedBand(const EncodeJob& job, const JpegShape& shape,
-                                                  int band) {
+// A band as a picture of its own, the first one with all that describes the file. Throws
+// std::bad_alloc.
+Result<std::vector<std::byte>> encodedBand(const EncodeJob& job, const JpegShape& shape, int band) {
     const int top = band * shape.bandRows;
     const int rows = std::min(shape.bandRows, job.pixels.size.height - top);
+    Bitmap strip;
+    if (job.strips) {
+        if (job.isCancelled()) return fail(job.cancelled());
+        auto made = job.strips->rows(top, rows);
+        if (!made) return fail(std::move(made).error());
+        strip = std::move(*made);
+    }
+    const Bitmap& pixels = job.strips ? strip : job.pixels;
+    const int firstRow = job.strips ? 0 : top;
     JpegOutput output;
-    const auto failed = [&] {
+    const auto failed = [&]() -> Unexpected<Failure> {
         if (output.errors.code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
-        return std::nullopt;
+        return fail(job.notEncoded());
     };
     if (!begin(output, shape, {job.pixels.size.width, rows}, band == 0 ? &job.settings : nullptr))
         return failed();
     auto* info = &output.info;
     for (int y = 0; y < rows; y += kRowsAtOnce) {
-        if (job.isCancelled()) return std::nullopt;
+        if (job.isCancelled()) return fail(job.cancelled());
         std::array<JSAMPROW, kRowsAtOnce> lines{};
         const int count = std::min(kRowsAtOnce, rows - y);
         for (int i = 0; i < count; ++i) // the library does not write to them
-            lines[std::size_t(i)] = const_cast<JSAMPROW>(job.pixels.row<JSAMPLE>(top + y + i));
+            lines[std::size_t(i)] = const_cast<JSAMPROW>(pixels.row<JSAMPLE>(firstRow + y + i));
         auto* first = lines.data();
         if (!guarded(output.errors, [info, first, count] {
                 jpeg_write_scanlines(info, first, JDIMENSION(count));
@@ -186,7 +193,7 @@ Result<void> encodeJpeg(const EncodeJob& job) {
     int band = 0;
     const auto make = [&](int number) { return encodedBand(job, shape, number); };
     return takeInOrder(shape.bands, make, [&](auto bytes) -> Result<void> {
-        if (!bytes) return fail(job.afterLibraryError());
+        if (!bytes) return fail(job.afterError(std::move(bytes).error()));
         const auto layout = JpegLayout::of(*bytes);
         if (!layout) return fail(job.afterLibraryError());
         if (band == 0) layout->setHeight(*bytes, job.pixels.size.height);

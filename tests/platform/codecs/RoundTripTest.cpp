@@ -71,6 +71,41 @@ TEST(RoundTrip, BandsOfJpegHoldWhatOneScanWould) {
         }
 }
 
+// Rows of a picture; fails from one of them on.
+class RowsOf final : public StripSource {
+public:
+    explicit RowsOf(const Bitmap& whole, int broken = 1 << 30) : whole_(whole), broken_(broken) {}
+    PixelSize size() const override { return whole_.size; }
+    int channels() const override { return whole_.channels; }
+    SampleType type() const override { return whole_.type; }
+    Result<Bitmap> rows(int top, int count) const override {
+        if (top + count > broken_) return fail(FailureKind::outOfMemory, "No more.");
+        Bitmap part({whole_.size.width, count}, whole_.channels, whole_.type);
+        std::memcpy(part.samples.get(), whole_.row<std::byte>(top), part.bytes());
+        return part;
+    }
+
+private:
+    const Bitmap& whole_;
+    const int broken_;
+};
+
+TEST(RoundTrip, StripsMakeTheSameFile) {
+    const auto writer = makeImageWriter();
+    for (const auto format : {FileFormat::jpeg, FileFormat::png})
+        for (const PixelSize size : {PixelSize{50, 1}, {333, 700}, {65000, 140}}) {
+            const Bitmap pixels = pattern(size, 3, SampleType::u8);
+            const EncodeSettings settings{format, 0.85};
+            MemoryFile file, broken;
+            ASSERT_TRUE(writer->encodeStrips(RowsOf(pixels), settings, file));
+            EXPECT_EQ(file.content, encoded(pixels, settings));
+            const auto failed =
+                writer->encodeStrips(RowsOf(pixels, size.height - 1), settings, broken);
+            ASSERT_FALSE(failed);
+            EXPECT_EQ(failed.error().message, "No more.");
+        }
+}
+
 TEST(RoundTrip, NamesTheSpaceAndDecodesItExactly) {
     for (const auto& c : kCases)
         for (const auto space : {OutputSpace::sRGB, OutputSpace::displayP3}) {
