@@ -219,7 +219,8 @@ void finishOneCore(benchmark::State& state) {
     Finishing finishing;
     for (auto _ : state)
         finishing.run({planes[0].data(), planes[1].data(), planes[2].data()}, width, width, height,
-                      noise, settings);
+                      noise, settings,
+                      {{planes[0].data(), planes[1].data(), planes[2].data()}, width});
     state.SetItemsProcessed(state.iterations() * width * height);
 }
 BENCHMARK(finishOneCore)->Arg(0)->Arg(1)->ArgName("colour")->Unit(benchmark::kMillisecond);

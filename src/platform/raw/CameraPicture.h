@@ -21,7 +21,7 @@ namespace kelvaro {
 
 // What one thread needs for one tile.
 struct Workshop {
-    static constexpr int kWidth = BayerDemosaic::kMaximumWidth, kHeight = 160; // of a tile
+    static constexpr int kWidth = BayerDemosaic::kMaximumWidth, kHeight = 288; // of a tile
     static constexpr int kStride = kWidth + 64; // room for the last vector of a row
 
     Workshop();

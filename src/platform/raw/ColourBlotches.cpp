@@ -49,6 +49,12 @@ void spreadRow(const float* cells, float* out, std::size_t count) {
     }
 }
 
+void mixRow(const float* HWY_RESTRICT a, const float* HWY_RESTRICT b, float part,
+            float* HWY_RESTRICT out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = a[i] + part * (b[i] - a[i]);
+}
+
 void sumRow(const float* HWY_RESTRICT in, float* HWY_RESTRICT sum, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i)
         sum[i] += in[i];
@@ -63,6 +69,7 @@ namespace kelvaro {
 
 HWY_EXPORT(quietRow);
 HWY_EXPORT(spreadRow);
+HWY_EXPORT(mixRow);
 HWY_EXPORT(sumRow);
 
 namespace {
@@ -149,7 +156,7 @@ void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel
 }
 
 void ColourBlotches::add(int row, int column, int count, float* u, float* v) const {
-    constexpr int kCells = 32; // at a time
+    constexpr int kCells = 136; // at a time; a row of a tile
     const float y = std::clamp((float(row) + 0.5f) / kSide - 0.5f, 0.0f, float(rows_ - 1));
     const int top = int(y), below = std::min(top + 1, rows_ - 1);
     const float part = y - float(top);
@@ -160,14 +167,18 @@ void ColourBlotches::add(int row, int column, int count, float* u, float* v) con
         const int first = at >= 0 ? at / kSide : -((kSide - 1 - at) / kSide); // rounded down
         const int skipped = at - kSide * first;
         const int used = std::min(count - done, kSide * kCells - skipped);
+        const int wanted = (skipped + used + kSide - 1) / kSide + 2; // one more at each side
+        // Those that the picture has; its edges are repeated.
+        const int from = std::clamp(1 - first, 0, wanted - 1),
+                  to = std::clamp(columns_ + 1 - first, from + 1, wanted);
+        const int left = std::clamp(first - 1 + from, 0, columns_ - 1);
         for (int which = 0; which < 2; ++which) {
-            const float* o = offsets_[which].data();
-            for (int i = 0; i < kCells + 2; ++i) {
-                const int c = std::clamp(first - 1 + i, 0, columns_ - 1);
-                const float upper = o[top * columns_ + c], lower = o[below * columns_ + c];
-                cells[i] = upper + part * (lower - upper);
-            }
-            HWY_DYNAMIC_DISPATCH(spreadRow)(cells, pixels, std::size_t(kCells));
+            const float* o = offsets_[which].data() + left;
+            HWY_DYNAMIC_DISPATCH(mixRow)
+            (o + top * columns_, o + below * columns_, part, cells + from, std::size_t(to - from));
+            std::fill(cells, cells + from, cells[from]);
+            std::fill(cells + to, cells + wanted, cells[to - 1]);
+            HWY_DYNAMIC_DISPATCH(spreadRow)(cells, pixels, std::size_t(wanted - 2));
             HWY_DYNAMIC_DISPATCH(sumRow)
             (pixels + skipped, differences[which] + done, std::size_t(used));
         }

@@ -12,28 +12,14 @@
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <memory>
 
-#include <sys/mman.h>
-
 namespace kelvaro {
 
 namespace {
-
-// Fresh memory costs more than the pixels when it comes in pages of 4 KiB.
-void useLargePages(Raster& raster) {
-#ifdef MADV_HUGEPAGE
-    constexpr std::uintptr_t kPage = 2 << 20;
-    const auto begin = reinterpret_cast<std::uintptr_t>(raster.row(0, 0));
-    const std::uintptr_t from = (begin + kPage - 1) / kPage * kPage;
-    const std::uintptr_t to = (begin + raster.bytes()) / kPage * kPage;
-    if (to > from) ::madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
-#else
-    (void)raster;
-#endif
-}
 
 // A single row or column cannot be halved.
 int usedReduction(const SensorImage& sensor, int reduction) {
@@ -84,7 +70,7 @@ public:
         }
         if (sensor.corrections && !sensor.corrections->lateGains.isEmpty())
             lateGains_.emplace(picture_.sensor(), sensor.corrections->lateGains);
-        measureNoise(workshops_.local());
+        measureNoise();
     }
     Developer(const Developer&) = delete;
     Developer& operator=(const Developer&) = delete;
@@ -103,19 +89,28 @@ public:
         const SensorRect wide{scale * tile.left - border, scale * tile.top - border,
                               scale * tile.width + 2 * border, scale * tile.height + 2 * border};
         make(wide, shop);
-        float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
         std::optional<TileOffsets> offsets;
         if (blotches_) offsets.emplace(*blotches_, places_, wide);
-        shop.finishing.run(planes, Workshop::kStride, wide.width, wide.height, noise_, finishing_,
-                           offsets ? &*offsets : nullptr);
-        const int finished = halves_ ? border - kHalvingBorder : border;
+        const int finished = Finishing::border(finishing_);
         const std::ptrdiff_t inner = finished * Workshop::kStride + finished;
+        float* const planes[3] = {shop.row(0, 0) + inner, shop.row(1, 0) + inner,
+                                  shop.row(2, 0) + inner};
+        Finishing::Target target{{planes[0], planes[1], planes[2]}, Workshop::kStride};
+        // Straight to where it belongs, if nothing is to be done with it on the way.
+        const bool isDirect = finished > 0 && !halves_ && writer.place(tile, 0);
+        if (isDirect) {
+            target = {{writer.place(tile, 0), writer.place(tile, 1), writer.place(tile, 2)},
+                      writer.stride()};
+        }
+        shop.finishing.run({shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)}, Workshop::kStride,
+                           wide.width, wide.height, noise_, finishing_, target,
+                           offsets ? &*offsets : nullptr);
+        if (isDirect) return;
         if (halves_) {
             for (float* plane : planes)
-                halveFinely(plane + inner, Workshop::kStride, tile.width, tile.height);
+                halveFinely(plane, Workshop::kStride, tile.width, tile.height);
         }
-        writer.write(tile, {planes[0] + inner, planes[1] + inner, planes[2] + inner},
-                     Workshop::kStride);
+        writer.write(tile, planes, Workshop::kStride);
     }
 
 private:
@@ -127,20 +122,24 @@ private:
 
     // Measures the noise on a few tiles over the whole picture; without visible colour noise that
     // step is left out.
-    void measureNoise(Workshop& shop) {
+    void measureNoise() {
         if (Finishing::border(finishing_) == 0) return;
         constexpr int kAcross = 5, kDown = 4, kSize = 96;
-        std::vector<Finishing::Sample> samples;
+        std::array<std::vector<Finishing::Sample>, kAcross * kDown> parts;
         const auto [columns, rows] = pictureSize(picture_.sensor(), picture_.reduction());
-        for (int i = 0; i < kAcross * kDown; ++i) {
-            const int width = std::min(kSize, columns), height = std::min(kSize, rows);
+        const int width = std::min(kSize, columns), height = std::min(kSize, rows);
+        tbb::parallel_for(0, kAcross * kDown, [&, columns = columns, rows = rows](int i) {
+            Workshop& shop = workshops_.local();
             const SensorRect tile{(columns - width) * (i % kAcross) / (kAcross - 1),
                                   (rows - height) * (i / kAcross) / (kDown - 1), width, height};
             make(tile, shop);
             const float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
             shop.finishing.sample(planes, Workshop::kStride, width, height, finishing_.toe,
-                                  samples);
-        }
+                                  parts[std::size_t(i)]);
+        });
+        std::vector<Finishing::Sample> samples; // in their order, from any number of threads
+        for (const auto& part : parts)
+            samples.insert(samples.end(), part.begin(), part.end());
         noise_ = noiseModel(std::move(samples));
         finishing_.reducesColourNoise = finishing_.reducesColourNoise && noise_.hasColourNoise();
         if (finishing_.reducesColourNoise && picture_.sensor().colours == 3 &&
@@ -269,7 +268,6 @@ std::optional<Raster> develop(const SensorImage& sensor, const RawDevelopSetting
                               const Cancellation* cancellation) {
     const Development development(sensor, settings);
     Raster raster({0, 0, development.size().width, development.size().height}, false);
-    useLargePages(raster);
     const TileView target = raster.view();
     const auto [across, down] = development.tiles();
     std::atomic<bool> stopped{false};

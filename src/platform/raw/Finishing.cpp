@@ -56,10 +56,11 @@ void Finishing::resize(int width) {
 
 // All steps follow each other row by row, so that what one leaves is still in the cache for the
 // next; each level lags behind by its reach.
-void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
+void Finishing::run(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
                     const NoiseModel& noise, const FinishingSettings& settings,
-                    const ColourOffsets* offsets) {
-    if (border(settings) == 0) return;
+                    const Target& target, const ColourOffsets* offsets) {
+    const int lag = border(settings);
+    if (lag == 0 || width <= 2 * lag) return;
     resize(width);
     const auto w = std::size_t(width);
     const auto ring = [&](std::vector<float>& v, int rows = kKeptRows) {
@@ -68,29 +69,27 @@ void Finishing::run(float* const (&planes)[3], std::ptrdiff_t stride, int width,
     const auto level0 = [&](int c) { return ring(colour_[c].levels[0], kLevelRows[0]); };
     const RowRing y = ring(luminance_), sharpened = ring(sharpened_);
     const bool reduces = settings.reducesColourNoise, sharpens = settings.sharpening > 0;
-    const int lag = border(settings);
-    for (int t = 0; t < height + lag; ++t) {
+    for (int t = 0; t < height; ++t) {
         const std::ptrdiff_t in = t * stride;
-        if (t < height) {
-            splitColours(planes[0] + in, planes[1] + in, planes[2] + in, settings.toe, y.row(t),
-                         level0(0).row(t), level0(1).row(t), w);
-            if (offsets) offsets->add(t, width, level0(0).row(t), level0(1).row(t));
-        }
+        splitColours(planes[0] + in, planes[1] + in, planes[2] + in, settings.toe, y.row(t),
+                     level0(0).row(t), level0(1).row(t), w);
+        if (offsets) offsets->add(t, width, level0(0).row(t), level0(1).row(t));
         const int sharp = t - kSharpeningBorder;
-        if (sharpens && sharp >= 0 && sharp < height) {
+        if (sharpens && sharp >= 0) {
             smoothedRow(y, sharp, 1, scratch_.data(), sharpened.row(sharp));
             sharpenLuminance(y.row(sharp), noise.luminance, kDefaultAmount * settings.sharpening,
                              sharpened.row(sharp), w);
         }
         if (reduces) reduceColourNoise(t, y, noise);
         const int done = t - lag;
-        if (done < 0) continue;
+        if (done < lag) continue;
         const float* parts[2];
         for (int c = 0; c < 2; ++c)
-            parts[c] = reduces ? ring(colour_[c].sum).row(done) : level0(c).row(done);
-        const std::ptrdiff_t out = done * stride;
-        joinColours((sharpens ? sharpened : y).row(done), parts[0], parts[1], settings.toe,
-                    planes[0] + out, planes[1] + out, planes[2] + out, w);
+            parts[c] = (reduces ? ring(colour_[c].sum) : level0(c)).row(done) + lag;
+        const std::ptrdiff_t out = (done - lag) * target.stride;
+        joinColours((sharpens ? sharpened : y).row(done) + lag, parts[0], parts[1], settings.toe,
+                    target.planes[0] + out, target.planes[1] + out, target.planes[2] + out,
+                    w - 2 * std::size_t(lag));
     }
 }
 

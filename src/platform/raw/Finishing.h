@@ -40,10 +40,15 @@ public:
     // How far a result reaches for its input.
     static int border(const FinishingSettings& settings);
 
-    // In place on three planes of linear values, width × height with `stride`; valid border()
-    // inside. Values must be finite. `offsets` may be null.
-    void run(float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
-             const NoiseModel& noise, const FinishingSettings& settings,
+    // Three planes of linear values, width × height with `stride`, of which the part border()
+    // inside is finished and written to `target`, which may be that very part. Values must be
+    // finite. `offsets` may be null. Nothing is written where border() is 0.
+    struct Target {
+        float* planes[3];
+        std::ptrdiff_t stride;
+    };
+    void run(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
+             const NoiseModel& noise, const FinishingSettings& settings, const Target& target,
              const ColourOffsets* offsets = nullptr);
     // What a tile contributes to the measurement: its interior's encoded luminance and details, one
     // pixel in about four. Leaves the planes as they are.

@@ -6,8 +6,8 @@ namespace kelvaro {
 
 namespace {
 
-// Rows of tiles that are kept: the ones being read, and the ones that their neighbours will need.
-constexpr std::size_t kRowsKept = 3;
+// Rows of tiles that are kept: those being read, and the ones above that their neighbours need.
+constexpr std::size_t kRowsKept = 2;
 
 std::size_t bytesOf(const SensorImage& sensor) {
     return std::size_t(sensor.stride) * std::size_t(sensor.height) *

@@ -36,6 +36,11 @@ UprightWriter::UprightWriter(const TileView& target, PixelSize whole, int orient
       mirrorsRows_(mirrorsRows(orientation)),
       mirrorsColumns_(mirrorsColumns(orientation)) {}
 
+float* UprightWriter::place(const SensorRect& tile, int plane) const {
+    if (isTransposed_ || mirrorsRows_ || mirrorsColumns_) return nullptr;
+    return target_.row(plane, tile.top - top_) + (tile.left - left_);
+}
+
 void UprightWriter::write(const SensorRect& tile, const float* const (&planes)[3],
                           std::ptrdiff_t stride) const {
     const int width = whole_.width, height = whole_.height;

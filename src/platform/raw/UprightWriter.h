@@ -14,6 +14,10 @@ class UprightWriter {
 public:
     // The target is a part of the upright picture of the size `whole`.
     UprightWriter(const TileView& target, PixelSize whole, int orientation);
+    // The place of a tile's upper-left pixel in a plane of the target, for pictures that are stored
+    // upright; null for others.
+    float* place(const SensorRect& tile, int plane) const;
+    std::ptrdiff_t stride() const { return target_.stride; }
     // Three planes whose first value is the tile's upper-left pixel. Tiles may be written at the
     // same time when they do not overlap.
     void write(const SensorRect& tile, const float* const (&planes)[3],

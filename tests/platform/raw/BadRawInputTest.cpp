@@ -1,4 +1,8 @@
+#include "platform/raw/Measured.h"
 #include "platform/raw/SceneFile.h"
+
+#include "platform/codecs/CodecImageFiles.h"
+#include "platform/codecs/SampleFiles.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,6 +65,7 @@ TEST(BadRawInput, NonsenseInTagsIsRefusedOrSurvived) {
          }},
     };
     for (const auto& [name, spoil] : cases) {
+        const Measured measured;
         SyntheticDng dng;
         dng.scene = ramp;
         spoil(dng);
@@ -92,6 +97,48 @@ TEST(BadRawInput, NonsenseInTagsIsRefusedOrSurvived) {
                 }
             }
         }
+        std::filesystem::remove(path);
+        // What a thread needs for its tiles, and the picture where it is as long as claimed.
+        measured.expectModest(name, 64);
+    }
+}
+
+// Whatever the preview is, the RAW data are a picture, even where the preview was to tell its
+// brightness.
+TEST(BadRawInput, BadPreviewsHurtNothing) {
+    using Bytes = std::vector<std::byte>;
+    const Bytes good = makeJpeg({320, 200}, {});
+    const Bytes noJpeg(5000, std::byte{0x55}), cutHead(good.begin(), good.begin() + 20);
+    const Bytes cutBody(good.begin(), good.begin() + std::ptrdiff_t(good.size() / 2));
+    // Claims 65535 × 65535 pixels.
+    constexpr std::byte kFrame[] = {std::byte{0xff}, std::byte{0xc0}, std::byte{0}, std::byte{17}};
+    Bytes huge = good;
+    const auto frame = std::search(huge.begin(), huge.end(), std::begin(kFrame), std::end(kFrame));
+    ASSERT_NE(frame, huge.end());
+    std::fill_n(frame + 5, 4, std::byte{0xff});
+    struct Row {
+        const char* what;
+        Bytes preview;
+        bool isSomething;
+    };
+    for (const Row& row : {Row{"missing", {}, false}, Row{"no JPEG", noJpeg, false},
+                           Row{"cut in its head", cutHead, false}, Row{"cut", cutBody, true},
+                           Row{"huge", huge, true}}) {
+        SyntheticDng dng;
+        dng.scene = [](int, int, int) { return 0.5; };
+        dng.statesExposure = false;
+        dng.secondJpeg = row.preview;
+        const auto path = dng.write("bad_preview.dng");
+        const Measured measured;
+        CameraRawEngine engine(makeImageReader());
+        auto file = engine.open(path);
+        ASSERT_TRUE(file) << file.error().message;
+        const auto preview = (*file)->preview();
+        ASSERT_TRUE(preview);
+        EXPECT_EQ(preview->has_value(), row.isSomething) << row.what;
+        const auto source = (*file)->develop({}, nullptr);
+        EXPECT_TRUE(source) << row.what;
+        measured.expectModest(row.what, 64);
         std::filesystem::remove(path);
     }
 }

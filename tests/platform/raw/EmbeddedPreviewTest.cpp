@@ -18,7 +18,6 @@ namespace {
 
 using test::makeJpeg;
 using Bytes = std::vector<std::byte>;
-constexpr std::byte kFrame[] = {std::byte{0xff}, std::byte{0xc0}, std::byte{0}, std::byte{17}};
 
 ReadAt from(const Bytes& data) {
     return [&data](std::uint64_t offset, std::span<std::byte> out) -> std::size_t {
@@ -148,32 +147,6 @@ TEST(EmbeddedPreview, UncompressedOnesAreReadToo) {
     EXPECT_NEAR(picture->pixels.row<float>(1)[5], std::pow((140 / 255.0 + 0.055) / 1.055, 2.4),
                 1e-6);
     EXPECT_FALSE(embeddedBitmap(file, from(data), data.size() - 1)); // breaks off
-}
-
-// Whatever the preview is, the RAW data are a picture.
-TEST(EmbeddedPreview, BadOnesHurtNothing) {
-    test::SyntheticDng dng;
-    dng.scene = [](int, int, int) { return 0.5; };
-    const Bytes good = makeJpeg({320, 200}, {});
-    const Bytes noJpeg(5000, std::byte{0x55}), cutHead(good.begin(), good.begin() + 20);
-    // Claims 65535 × 65535 pixels.
-    Bytes huge = good;
-    const auto frame = std::search(huge.begin(), huge.end(), std::begin(kFrame), std::end(kFrame));
-    ASSERT_NE(frame, huge.end());
-    std::fill_n(frame + 5, 4, std::byte{0xff});
-    for (const auto& [bad, isSomething] :
-         {std::pair{Bytes{}, false}, {noJpeg, false}, {cutHead, false}, {huge, true}}) {
-        dng.secondJpeg = bad;
-        const auto path = dng.write("bad_preview.dng");
-        CameraRawEngine engine(makeImageReader());
-        auto file = engine.open(path);
-        ASSERT_TRUE(file) << file.error().message;
-        const auto preview = (*file)->preview();
-        ASSERT_TRUE(preview);
-        EXPECT_EQ(preview->has_value(), isSomething);
-        EXPECT_TRUE((*file)->develop({}, nullptr));
-        std::filesystem::remove(path);
-    }
 }
 
 } // namespace

@@ -32,8 +32,12 @@ struct Planes {
     }
     void finish(const FinishingSettings& settings, const NoiseModel& model) {
         Finishing finishing;
-        finishing.run({values[0].data(), values[1].data(), values[2].data()}, kWidth, kWidth,
-                      kHeight, model, settings);
+        const int border = Finishing::border(settings), inner = border * kWidth + border;
+        finishing.run(
+            {values[0].data(), values[1].data(), values[2].data()}, kWidth, kWidth, kHeight, model,
+            settings,
+            {{values[0].data() + inner, values[1].data() + inner, values[2].data() + inner},
+             kWidth});
     }
     struct Statistics {
         double mean[3] = {}, colourDeviation = 0, lightDeviation = 0;

@@ -1,5 +1,6 @@
 // Real and synthetic photos from the folder KELVARO_PHOTOS; skipped where there is none.
 #include "platform/raw/DevelopedPhoto.h"
+#include "platform/raw/Measured.h"
 
 #include <nlohmann/json.hpp>
 #include <png.h>
@@ -259,6 +260,7 @@ TEST_F(Photos, BrokenFilesFailClearlyOrGiveAPicture) {
         if (!holds) complaints.push_back(what);
     };
     for (const Row& row : rows) {
+        const test::Measured measured;
         auto file = engine.open(photos() / "broken" / row.name);
         expect(bool(file) == row.opens, std::string("opening ") + row.name);
         const auto clear = [&](const Failure& failure) {
@@ -275,6 +277,8 @@ TEST_F(Photos, BrokenFilesFailClearlyOrGiveAPicture) {
         const auto source = (*file)->develop({}, nullptr);
         expect(bool(source) == row.develops, std::string("developing ") + row.name);
         if (!source) clear(source.error());
+        // Samples and pixels of the largest of them, which are real.
+        measured.expectModest(row.name, 300);
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
