@@ -10,6 +10,8 @@ namespace kelvaro {
 namespace {
 
 constexpr int kBlock = 32;
+constexpr std::size_t kTogether = 32;      // dabs that are placed at once
+constexpr std::size_t kMostWaiting = 4096; // dabs that a stroke collects before they are placed
 
 // Recipes are brought into these limits when they are read; what is built in memory may not be.
 double limited(double value, double low, double high, double otherwise) {
@@ -45,6 +47,7 @@ BrushCanvas::BrushCanvas(PixelSize size) : size_(size) {
     const int blocksUp = (size.height + kBlock - 1) / kBlock;
     lowest_.resize(std::size_t(blocksAcross_) * std::size_t(blocksUp));
     highest_.resize(lowest_.size());
+    settled_.resize(lowest_.size());
 }
 
 std::uint8_t BrushCanvas::Dab::valueAt(double distance) const {
@@ -54,58 +57,168 @@ std::uint8_t BrushCanvas::Dab::valueAt(double distance) const {
     return std::uint8_t((1 - t * t * (3 - 2 * t)) * peak + 0.5);
 }
 
-PixelRect BrushCanvas::place(const Dab& dab) {
-    const int left = int(std::max(std::floor(dab.x - dab.radius), 0.0));
-    const int bottom = int(std::max(std::floor(dab.y - dab.radius), 0.0));
-    const int right = int(std::min(std::ceil(dab.x + dab.radius), double(size_.width)));
-    const int top = int(std::min(std::ceil(dab.y + dab.radius), double(size_.height)));
-    if (right <= left || top <= bottom) return {};
-    const PixelRect touched{left, bottom, right - left, top - bottom};
-    for (int by = bottom / kBlock; by * kBlock < top; ++by)
-        for (int bx = left / kBlock; bx * kBlock < right; ++bx) {
-            const PixelRect block = intersection({bx * kBlock, by * kBlock, kBlock, kBlock},
-                                                 {0, 0, size_.width, size_.height});
-            placeInBlock(dab, block, intersection(block, touched),
-                         std::size_t(by) * std::size_t(blocksAcross_) + std::size_t(bx));
+// The values of a dab by the square of the distance. Between most neighbouring squares of a table
+// the value is the same; where it is not, it is worked out.
+class BrushCanvas::DabValues {
+public:
+    explicit DabValues(const Dab& dab) : dab_(dab), reach_(dab.radius * dab.radius) {
+        if (dab.radius < kTabulatedRadius) return;
+        table_.resize(kEntries);
+        std::uint8_t here = dab.valueAt(0);
+        for (std::size_t i = 0; i < kEntries; ++i) {
+            const std::uint8_t next = dab.valueAt(std::sqrt(double(i + 1) * reach_ / kEntries));
+            table_[i] = std::uint16_t(here == next ? here : kVaries);
+            here = next;
         }
-    return touched;
+    }
+    bool erase() const { return dab_.erase; }
+    double reach() const { return reach_; } // squared
+    std::uint8_t atSquare(double square) const {
+        if (square >= reach_) return 0;
+        if (!table_.empty()) {
+            const auto entry = std::min(std::size_t(square * (kEntries / reach_)), kEntries - 1);
+            if (table_[entry] != kVaries) return std::uint8_t(table_[entry]);
+        }
+        return dab_.valueAt(std::sqrt(square));
+    }
+
+private:
+    static constexpr double kTabulatedRadius = 48; // a table pays where it is asked more often
+    static constexpr std::size_t kEntries = 2048;
+    static constexpr std::uint16_t kVaries = 256;
+
+    const Dab& dab_;
+    double reach_;
+    std::vector<std::uint16_t> table_;
+};
+
+PixelRect BrushCanvas::place(const Dab& dab, std::span<const Point> centres) {
+    const DabValues values(dab);
+    PixelRect all;
+    for (; !centres.empty(); centres = centres.subspan(std::min(kTogether, centres.size()))) {
+        const auto together = centres.first(std::min(kTogether, centres.size()));
+        PixelRect touched;
+        for (const Point& centre : together) {
+            const int left = int(std::max(std::floor(centre.x - dab.radius), 0.0));
+            const int bottom = int(std::max(std::floor(centre.y - dab.radius), 0.0));
+            const int right = int(std::min(std::ceil(centre.x + dab.radius), double(size_.width)));
+            const int top = int(std::min(std::ceil(centre.y + dab.radius), double(size_.height)));
+            if (right > left && top > bottom)
+                touched = bounding(touched, {left, bottom, right - left, top - bottom});
+        }
+        for (int by = touched.y / kBlock; by * kBlock < touched.top(); ++by)
+            for (int bx = touched.x / kBlock; bx * kBlock < touched.right(); ++bx)
+                placeInBlock(values, together,
+                             intersection({bx * kBlock, by * kBlock, kBlock, kBlock},
+                                          {0, 0, size_.width, size_.height}),
+                             std::size_t(by) * std::size_t(blocksAcross_) + std::size_t(bx));
+        all = bounding(all, touched);
+    }
+    return all;
 }
 
-void BrushCanvas::placeInBlock(const Dab& dab, const PixelRect& block, const PixelRect& area,
-                               std::size_t blockIndex) {
-    // A dab that is no stronger than what the whole block has already changes nothing.
-    const auto changesNothing = [&](int strongest) {
-        return dab.erase ? highest_[blockIndex] <= 255 - strongest
-                         : lowest_[blockIndex] >= strongest;
-    };
-    if (changesNothing(dab.valueAt(0))) return;
-    // The strongest value that it can have at any pixel centre of the block.
-    const double nearX = std::clamp(dab.x, area.x + 0.5, area.right() - 0.5) - dab.x;
-    const double nearY = std::clamp(dab.y, area.y + 0.5, area.top() - 0.5) - dab.y;
-    const int strongest = dab.valueAt(std::hypot(nearX, nearY));
-    if (strongest == 0 || changesNothing(strongest)) return;
-    const double reach = dab.radius * dab.radius;
-    for (int y = area.y; y < area.top(); ++y) {
-        std::uint8_t* row = values_.data() + std::size_t(y) * width();
-        const double dy = y + 0.5 - dab.y;
-        for (int x = area.x; x < area.right(); ++x) {
-            const double dx = x + 0.5 - dab.x, square = dx * dx + dy * dy;
-            if (square >= reach) continue;
-            const std::uint8_t value = dab.valueAt(std::sqrt(square));
-            row[x] =
-                dab.erase ? std::min(row[x], std::uint8_t(255 - value)) : std::max(row[x], value);
-        }
+// A pixel gets what the nearest of the dabs gives it. Dabs that are farther from the whole block
+// than another one is from its farthest pixel play no part.
+void BrushCanvas::placeInBlock(const DabValues& dab, std::span<const Point> centres,
+                               const PixelRect& block, std::size_t index) {
+    if (settled_[index]) return;
+    double nearest[kTogether], within = dab.reach();
+    const double left = block.x + 0.5, right = block.right() - 0.5;
+    const double bottom = block.y + 0.5, top = block.top() - 0.5;
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+        const Point& c = centres[i];
+        const double nearX = std::clamp(c.x, left, right) - c.x;
+        const double nearY = std::clamp(c.y, bottom, top) - c.y;
+        const double farX = std::max(c.x - left, right - c.x);
+        const double farY = std::max(c.y - bottom, top - c.y);
+        nearest[i] = nearX * nearX + nearY * nearY;
+        within = std::min(within, farX * farX + farY * farY);
     }
-    std::uint8_t low = 255, high = 0;
+    Point kept[kTogether];
+    std::size_t count = 0;
+    double closest = dab.reach();
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+        if (nearest[i] >= dab.reach() || nearest[i] > within) continue;
+        closest = std::min(closest, nearest[i]);
+        kept[count++] = centres[i];
+    }
+    if (count == 0) return;
+    const int strongest = dab.atSquare(closest);
+    if (dab.erase() ? highest_[index] <= 255 - strongest : lowest_[index] >= strongest) return;
+
+    const auto width = std::size_t(block.width);
+    std::uint8_t dabs[kBlock];
+    const bool even = dab.atSquare(within) == strongest; // the same value everywhere
+    if (even) std::fill_n(dabs, width, std::uint8_t(strongest));
     for (int y = block.y; y < block.top(); ++y) {
-        const std::uint8_t* row = values_.data() + std::size_t(y) * width();
-        for (int x = block.x; x < block.right(); ++x) {
-            low = std::min(low, row[x]);
-            high = std::max(high, row[x]);
+        double squares[kBlock];
+        if (!even) {
+            std::fill_n(squares, width, dab.reach());
+            for (std::size_t k = 0; k < count; ++k) {
+                const double dy = y + 0.5 - kept[k].y;
+                for (std::size_t x = 0; x < width; ++x) {
+                    const double dx = block.x + int(x) + 0.5 - kept[k].x;
+                    const double square = dx * dx + dy * dy;
+                    squares[x] = square < squares[x] ? square : squares[x];
+                }
+            }
+            for (std::size_t x = 0; x < width; ++x)
+                dabs[x] = dab.atSquare(squares[x]);
         }
+        applyRow(dabs, dab.erase(), std::size_t(y) * this->width() + std::size_t(block.x), width);
     }
-    lowest_[blockIndex] = low;
-    highest_[blockIndex] = high;
+    measureBlock(block, index);
+}
+
+void BrushCanvas::applyRow(const std::uint8_t* dabs, bool erase, std::size_t first,
+                           std::size_t count) {
+    std::uint8_t* values = values_.data() + first;
+    if (!isBehind()) {
+        for (std::size_t x = 0; x < count; ++x)
+            values[x] = erase ? std::min(values[x], std::uint8_t(255 - dabs[x]))
+                              : std::max(values[x], dabs[x]);
+        return;
+    }
+    std::uint8_t* ceiling = ceiling_.data() + first;
+    for (std::size_t x = 0; x < count; ++x)
+        if (erase)
+            ceiling[x] = std::max(values[x], std::min(ceiling[x], std::uint8_t(255 - dabs[x])));
+        else
+            values[x] = std::min(ceiling[x], std::max(values[x], dabs[x]));
+}
+
+void BrushCanvas::measureBlock(const PixelRect& block, std::size_t index) {
+    const std::vector<std::uint8_t>& tops = isBehind() ? ceiling_ : values_;
+    std::uint8_t low = 255, high = 0;
+    bool settled = isBehind();
+    for (int y = block.y; y < block.top(); ++y) {
+        const std::size_t first = std::size_t(y) * width() + std::size_t(block.x);
+        const auto count = std::size_t(block.width);
+        for (std::size_t x = 0; x < count; ++x) {
+            low = std::min(low, values_[first + x]);
+            high = std::max(high, tops[first + x]);
+        }
+        settled = settled && std::equal(values_.begin() + std::ptrdiff_t(first),
+                                        values_.begin() + std::ptrdiff_t(first + count),
+                                        tops.begin() + std::ptrdiff_t(first));
+    }
+    lowest_[index] = low;
+    highest_[index] = high;
+    settled_[index] = settled ? 1 : 0;
+}
+
+void BrushCanvas::beginBehind() {
+    ceiling_.assign(values_.size(), 255);
+    std::fill(highest_.begin(), highest_.end(), std::uint8_t(255));
+}
+
+void BrushCanvas::endBehind() {
+    ceiling_ = {};
+    for (int y = 0; y < size_.height; y += kBlock)
+        for (int x = 0; x < size_.width; x += kBlock)
+            measureBlock(intersection({x, y, kBlock, kBlock}, {0, 0, size_.width, size_.height}),
+                         std::size_t(y / kBlock) * std::size_t(blocksAcross_) +
+                             std::size_t(x / kBlock));
 }
 
 bool BrushPainter::canGoOnTo(const std::vector<BrushStroke>& strokes) const {
@@ -124,8 +237,9 @@ bool BrushPainter::canGoOnTo(const std::vector<BrushStroke>& strokes) const {
 
 PixelRect BrushPainter::goOnTo(const std::vector<BrushStroke>& strokes) {
     KELVARO_REQUIRE(canGoOnTo(strokes));
+    if (strokes_.empty()) return paintAll(strokes);
     PixelRect touched;
-    for (std::size_t i = strokes_.empty() ? 0 : strokes_.size() - 1; i < strokes.size(); ++i) {
+    for (std::size_t i = strokes_.size() - 1; i < strokes.size(); ++i) {
         const BrushStroke& stroke = strokes[i];
         if (i == strokes_.size()) {
             strokes_.push_back(stroke);
@@ -137,6 +251,20 @@ PixelRect BrushPainter::goOnTo(const std::vector<BrushStroke>& strokes) {
         done.insert(done.end(), stroke.points.begin() + std::ptrdiff_t(done.size()),
                     stroke.points.end());
     }
+    return touched;
+}
+
+// The last stroke first, each other one underneath.
+PixelRect BrushPainter::paintAll(const std::vector<BrushStroke>& strokes) {
+    if (strokes.empty()) return {};
+    canvas_.beginBehind();
+    PixelRect touched = extend(strokes.back(), 0);
+    const double untilNextDab = untilNextDab_;
+    for (std::size_t i = strokes.size() - 1; i-- > 0;)
+        touched = bounding(touched, extend(strokes[i], 0));
+    canvas_.endBehind();
+    untilNextDab_ = untilNextDab;
+    strokes_ = strokes;
     return touched;
 }
 
@@ -159,29 +287,32 @@ BrushCanvas::Dab BrushPainter::dabOf(const BrushStroke& stroke) const {
 // Continues a stroke of which `pointsDone` points have been walked.
 PixelRect BrushPainter::extend(const BrushStroke& stroke, std::size_t pointsDone) {
     if (stroke.points.empty()) return {};
-    BrushCanvas::Dab dab = dabOf(stroke);
+    const BrushCanvas::Dab dab = dabOf(stroke);
     const double spacing = std::max(dab.radius * 0.25, 0.5);
-    PixelRect touched;
+    std::vector<Point> centres;
     if (pointsDone == 0) {
-        const Point first = onCanvas(stroke.points.front());
-        dab.x = first.x;
-        dab.y = first.y;
-        touched = canvas_.place(dab);
+        centres.push_back(onCanvas(stroke.points.front()));
         untilNextDab_ = spacing;
         pointsDone = 1;
     }
-    for (std::size_t i = pointsDone; i < stroke.points.size(); ++i)
-        touched = bounding(touched, dabsAlong(dab, spacing, onCanvas(stroke.points[i - 1]),
-                                              onCanvas(stroke.points[i])));
-    return touched;
+    PixelRect touched;
+    for (std::size_t i = pointsDone; i < stroke.points.size(); ++i) {
+        findDabsAlong(dab.radius, spacing, onCanvas(stroke.points[i - 1]),
+                      onCanvas(stroke.points[i]), centres);
+        if (centres.size() < kMostWaiting) continue;
+        touched = bounding(touched, canvas_.place(dab, centres));
+        centres.clear();
+    }
+    return bounding(touched, canvas_.place(dab, centres));
 }
 
-// Places the dabs of one segment; what is left of the spacing at its end carries into the next.
-PixelRect BrushPainter::dabsAlong(BrushCanvas::Dab dab, double spacing, Point from, Point to) {
+// Adds the dabs of one segment; what is left of the spacing at its end carries into the next.
+void BrushPainter::findDabsAlong(double radius, double spacing, Point from, Point to,
+                                 std::vector<Point>& centres) {
     const double length = std::hypot(to.x - from.x, to.y - from.y);
     if (length < untilNextDab_ || length == 0) {
         untilNextDab_ -= length;
-        return {};
+        return;
     }
     const double start = untilNextDab_;
     const double dabs = std::floor((length - start) / spacing) + 1;
@@ -190,19 +321,15 @@ PixelRect BrushPainter::dabsAlong(BrushCanvas::Dab dab, double spacing, Point fr
     // Only dabs that can reach the canvas are placed: a segment may run far outside.
     const double directionX = (to.x - from.x) / length, directionY = (to.y - from.y) / length;
     double first = 0, last = length;
-    clipAxis(from.x, directionX, -dab.radius, canvas_.size().width + dab.radius, first, last);
-    clipAxis(from.y, directionY, -dab.radius, canvas_.size().height + dab.radius, first, last);
-    PixelRect touched;
-    if (last < first) return touched;
+    clipAxis(from.x, directionX, -radius, canvas_.size().width + radius, first, last);
+    clipAxis(from.y, directionY, -radius, canvas_.size().height + radius, first, last);
+    if (last < first) return;
     double k = std::max(std::ceil((first - start) / spacing) - 1, 0.0);
     for (; k < dabs; ++k) {
         const double along = start + k * spacing;
         if (along > last + spacing) break;
-        dab.x = from.x + directionX * along;
-        dab.y = from.y + directionY * along;
-        touched = bounding(touched, canvas_.place(dab));
+        centres.push_back({from.x + directionX * along, from.y + directionY * along});
     }
-    return touched;
 }
 
 } // namespace kelvaro

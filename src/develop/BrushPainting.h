@@ -7,6 +7,7 @@
 #include "recipe/LocalMask.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace kelvaro {
@@ -29,26 +30,41 @@ public:
     // over the band to 0 at `radius`. All in canvas pixels; a band wider than the radius is cut at
     // the centre, which itself gets the peak.
     struct Dab {
-        double x = 0, y = 0, radius = 0, band = 1;
+        double radius = 0, band = 1;
         double peak = 255; // 255 × flow
         bool erase = false;
 
         std::uint8_t valueAt(double distance) const;
     };
-    // Returns the rectangle of pixels that the dab may have changed, y counted from the bottom.
-    PixelRect place(const Dab& dab);
+    // Places dabs of one kind. Returns the rectangle of pixels that they may have changed, y
+    // counted from the bottom.
+    PixelRect place(const Dab& dab, std::span<const Point> centres);
+
+    // From here on dabs go underneath those that are placed already, on an empty canvas. A stroke
+    // that later ones hide costs next to nothing then.
+    void beginBehind();
+    void endBehind();
 
 private:
+    class DabValues;
+
     std::size_t width() const { return std::size_t(size_.width); }
-    // `area` is the part of the block that the dab's square covers.
-    void placeInBlock(const Dab& dab, const PixelRect& block, const PixelRect& area,
-                      std::size_t blockIndex);
+    bool isBehind() const { return !ceiling_.empty(); }
+    void placeInBlock(const DabValues& dab, std::span<const Point> centres, const PixelRect& block,
+                      std::size_t index);
+    void applyRow(const std::uint8_t* dabs, bool erase, std::size_t first, std::size_t count);
+    void measureBlock(const PixelRect& block, std::size_t index);
 
     PixelSize size_;
     std::vector<std::uint8_t> values_;
-    // The least and largest value of each square block, so that dabs skip what they cannot change.
+    // While dabs go underneath: what is there already lets a pixel become values_ at least and
+    // ceiling_ at most.
+    std::vector<std::uint8_t> ceiling_;
+    // The least and largest value that each square block can have, so that dabs skip what they
+    // cannot change.
     int blocksAcross_ = 0;
     std::vector<std::uint8_t> lowest_, highest_;
+    std::vector<std::uint8_t> settled_; // 1 where nothing underneath can show any more
 };
 
 // Paints the strokes of one component, and can go on where it stopped when the last stroke grew or
@@ -66,8 +82,10 @@ public:
     PixelRect goOnTo(const std::vector<BrushStroke>& strokes);
 
 private:
+    PixelRect paintAll(const std::vector<BrushStroke>& strokes);
     PixelRect extend(const BrushStroke& stroke, std::size_t pointsDone);
-    PixelRect dabsAlong(BrushCanvas::Dab dab, double spacing, Point from, Point to);
+    void findDabsAlong(double radius, double spacing, Point from, Point to,
+                       std::vector<Point>& centres);
     Point onCanvas(MaskPoint point) const;
     BrushCanvas::Dab dabOf(const BrushStroke& stroke) const;
 

@@ -18,9 +18,9 @@ double smoothstep(double from, double to, double x) {
 } // namespace
 
 ToneLevels measuredLevels(const ConstTileView& sceneLinear) {
-    std::vector<double> stops;
+    std::vector<double> values; // luminances
     if (!sceneLinear.rect.isEmpty())
-        stops.reserve(std::size_t(sceneLinear.rect.width) * std::size_t(sceneLinear.rect.height));
+        values.reserve(std::size_t(sceneLinear.rect.width) * std::size_t(sceneLinear.rect.height));
     for (int y = 0; y < sceneLinear.rect.height; ++y) {
         const float* r = sceneLinear.row(0, y);
         const float* g = sceneLinear.row(1, y);
@@ -28,20 +28,18 @@ ToneLevels measuredLevels(const ConstTileView& sceneLinear) {
         for (int x = 0; x < sceneLinear.rect.width; ++x) {
             const double luminance =
                 0.2126 * double(r[x]) + 0.7152 * double(g[x]) + 0.0722 * double(b[x]);
-            if (std::isfinite(luminance) && luminance > 0)
-                stops.push_back(std::log2(luminance / kMiddleGrey));
+            if (std::isfinite(luminance) && luminance > 0) values.push_back(luminance);
         }
     }
-    if (stops.size() <= kFewestPixels) return {};
-    // Both are order statistics, so that a partial order is enough.
-    const auto percentile = [&](std::size_t index) {
-        const auto nth = stops.begin() + std::ptrdiff_t(index);
-        std::nth_element(stops.begin(), nth, stops.end());
-        return *nth;
-    };
-    const std::size_t n = stops.size();
-    return {std::clamp(percentile(n / 100), -10.0, -2.5),
-            std::clamp(percentile(n * 99 / 100), 0.5, 5.0)};
+    if (values.size() <= kFewestPixels) return {};
+    // The logarithm keeps the order, and a partial order is enough for two of them.
+    const std::size_t n = values.size();
+    const auto low = values.begin() + std::ptrdiff_t(n / 100);
+    const auto high = values.begin() + std::ptrdiff_t(n * 99 / 100);
+    std::nth_element(values.begin(), high, values.end());
+    std::nth_element(values.begin(), low, high);
+    const auto stops = [](double luminance) { return std::log2(luminance / kMiddleGrey); };
+    return {std::clamp(stops(*low), -10.0, -2.5), std::clamp(stops(*high), 0.5, 5.0)};
 }
 
 double regionalGainStops(double d, double shadows, double highlights) {

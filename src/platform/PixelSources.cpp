@@ -18,16 +18,33 @@ struct RowTask {
     float* planes[4];
 };
 
+using Four [[gnu::vector_size(16)]] = float;
+
+// Four pixels at a time: the samples of a plane are stored together, because single stores to three
+// planes are what a row waits for.
+template<int channels, class T>
+void tabulatePixels(const T* from, const ColourDecoding& colour, const RowTask& row) {
+    const float* const tables[3] = {colour.tone[0]->data(), colour.tone[1]->data(),
+                                    colour.tone[2]->data()};
+    int i = 0;
+    for (; i + 4 <= row.count; i += 4, from += 4 * channels)
+        for (int c = 0; c < 3; ++c) {
+            const float* table = tables[c];
+            const Four four = {table[from[c]], table[from[channels + c]],
+                               table[from[2 * channels + c]], table[from[3 * channels + c]]};
+            std::memcpy(row.planes[c] + i, &four, sizeof four);
+        }
+    for (; i < row.count; ++i, from += channels)
+        for (int c = 0; c < 3; ++c)
+            row.planes[c][i] = tables[c][from[c]];
+}
+
 template<class T>
 void tabulateRow(const T* from, const ColourDecoding& colour, const RowTask& row) {
-    const float* r = colour.tone[0]->data();
-    const float* g = colour.tone[1]->data();
-    const float* b = colour.tone[2]->data();
-    for (int i = 0; i < row.count; ++i, from += row.channels) {
-        row.planes[0][i] = r[from[0]];
-        row.planes[1][i] = g[from[1]];
-        row.planes[2][i] = b[from[2]];
-    }
+    if (row.channels == 4)
+        tabulatePixels<4>(from, colour, row);
+    else
+        tabulatePixels<3>(from, colour, row);
 }
 
 void copyRow(const float* from, const RowTask& row) {

@@ -31,17 +31,18 @@ DIALECT_INLINE Float exp2(Float x) {
 }
 
 // Cube root of any sign: 2 units in the last place for normal values, 0 at 0, NaN stays NaN,
-// infinity stays infinity. A seed for the inverse root from the exponent, within 0.034; a step of
-// third order, which leaves at most 1.4e-4 of the cube; and one of second order on the root itself.
-// None of them needs a division.
+// infinity stays infinity. A seed for the inverse root r from the exponent, within 0.034; then x r²
+// is the root but for (1 - e)^(-2/3), e = 1 - x r³, for which a polynomial does without a division.
 DIALECT_INLINE Float cbrt(Float x) {
     const Float size = abs(x);
-    Float r = inverseCubeRootSeed(size);
-    Float e = fma(-(size * r * r), r, 1.0); // 1 - x r³
-    r = fma(r * e, fma(e, 0.22346, 0.334682), r); // (1 - e)^(-1/3) for |e| < 0.102
+    const Float r = inverseCubeRootSeed(size);
     const Float root = size * r * r;
-    e = fma(-root, r, 1.0);
-    return copySign(root * fma(e, 2.0 / 3.0, 1.0), x);
+    const Float e = fma(-root, r, 1.0); // within 0.102
+    const Float e2 = e * e;
+    const Float low = fma(e, 0.5555351308925027, 0.6666667371128567);
+    const Float high =
+        fma(fma(e, 0.43053030704793027, 0.45875326516062076), e, 0.4937786555227459);
+    return copySign(fma(root * e, fma(high, e2, low), root), x);
 }
 
 // The angle of (x, y) in -π … π: 7e-7 absolute. (0, 0) gives 0 or ±π by the sign of x; NaN stays

@@ -11,7 +11,7 @@ namespace kelvaro {
 namespace {
 
 // Added to all lines at a time: long enough that rows stream in, few enough that they stay cached.
-constexpr int kColumns = 512;
+constexpr int kColumns = 256;
 
 struct Axis {
     const std::int32_t* first; // of the tile's outputs
@@ -68,11 +68,22 @@ void LanczosSums::add(const ConstTileView& block) {
     }
     for (int plane = 0; plane < (block.hasAlpha() ? 4 : 3); ++plane)
         for (int column = 0; column < block.rect.width; column += kColumns)
-            for (const Share& share : shares)
-                rows::addRows(
-                    sums_.view().row(plane, share.line) + (block.rect.x - input_.x) + column,
-                    block.row(plane, share.row) + column, -block.stride, share.weights, share.rows,
-                    std::size_t(std::min(kColumns, block.rect.width - column)));
+            for (std::size_t i = 0; i < shares.size();) {
+                const Share& share = shares[i];
+                float* to[2];
+                const float* weights[2];
+                int together = 0; // neighbouring lines that read the same rows
+                for (; together < 2 && i < shares.size() && shares[i].row == share.row &&
+                       shares[i].rows == share.rows;
+                     ++together, ++i) {
+                    to[together] = sums_.view().row(plane, shares[i].line) +
+                                   (block.rect.x - input_.x) + column;
+                    weights[together] = shares[i].weights;
+                }
+                rows::addRows(to, together, block.row(plane, share.row) + column, -block.stride,
+                              weights, share.rows,
+                              std::size_t(std::min(kColumns, block.rect.width - column)));
+            }
 }
 
 void LanczosSums::writeTo(const TileView& out) const {

@@ -228,7 +228,18 @@ PixelSize RenderPlan::tileSize(int height) const {
                std::holds_alternative<BoxBlurOperation>(operation) ||
                std::holds_alternative<AffineOperation>(operation);
     });
-    return {512, halo ? std::clamp(height / 8, 16, 128) : steps_.size() > kLongChain ? 8 : 16};
+    return {512, halo                         ? std::clamp((height + 7) / 8, 16, 128)
+                 : steps_.size() > kLongChain ? 8
+                                              : 16};
+}
+
+// Finished pictures are read where they stand, in whole rows: the memory delivers those fastest.
+PixelSize RenderPlan::blockSize(const PixelRect& area) const {
+    const bool stands = std::all_of(steps_.begin(), steps_.end(), [](const PlanStep& step) {
+        const auto* op = std::get_if<SourceOperation>(&step.node->operation);
+        return op && op->source->standing().planes[0];
+    });
+    return stands ? PixelSize{area.width, 8} : tileSize(area.height);
 }
 
 } // namespace kelvaro

@@ -54,6 +54,8 @@ public:
     std::vector<PixelRect> requirements(const PixelRect& output) const;
     // The tiles in which a rectangle of that height is best drawn.
     PixelSize tileSize(int height) const;
+    // The blocks in which a Lanczos step best draws such an area of its inputs.
+    PixelSize blockSize(const PixelRect& area) const;
 
 private:
     void collectSteps();

@@ -1,5 +1,7 @@
 #include "platform/imaging/RowOperations.h"
 
+#include "base/Require.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -23,47 +25,66 @@ void fillRow(float* out, float value, std::size_t count) {
         hn::StoreU(v, d, out + i);
 }
 
-// The weights of a row stay in registers over eight vectors of sums.
-void addRowsRow(float* out, const float* lowest, std::ptrdiff_t stride, const float* weights,
-                int rows, std::size_t count) {
-    constexpr std::size_t kVectors = 8;
+// `kLines` times `kVectors` sums stay in registers, so that each vector of a row is read once for
+// all lines.
+template<int kLines, int kVectors>
+std::size_t addRowBlocks(float* const* out, const float* lowest, std::ptrdiff_t stride,
+                         const float* const* weights, int rows, std::size_t count) {
     const D d;
     const std::size_t lanes = hn::Lanes(d), block = kVectors * lanes;
     std::size_t i = 0;
     for (; i + block <= count; i += block) {
-        auto s0 = hn::LoadU(d, out + i), s1 = hn::LoadU(d, out + i + lanes);
-        auto s2 = hn::LoadU(d, out + i + 2 * lanes), s3 = hn::LoadU(d, out + i + 3 * lanes);
-        auto s4 = hn::LoadU(d, out + i + 4 * lanes), s5 = hn::LoadU(d, out + i + 5 * lanes);
-        auto s6 = hn::LoadU(d, out + i + 6 * lanes), s7 = hn::LoadU(d, out + i + 7 * lanes);
+        hn::Vec<D> sums[kLines][kVectors];
+        for (int line = 0; line < kLines; ++line)
+            for (int v = 0; v < kVectors; ++v)
+                sums[line][v] = hn::LoadU(d, out[line] + i + std::size_t(v) * lanes);
         const float* from = lowest + i;
         for (int k = 0; k < rows; ++k, from += stride) {
-            const auto w = hn::Set(d, weights[k]);
-            s0 = hn::MulAdd(hn::LoadU(d, from), w, s0);
-            s1 = hn::MulAdd(hn::LoadU(d, from + lanes), w, s1);
-            s2 = hn::MulAdd(hn::LoadU(d, from + 2 * lanes), w, s2);
-            s3 = hn::MulAdd(hn::LoadU(d, from + 3 * lanes), w, s3);
-            s4 = hn::MulAdd(hn::LoadU(d, from + 4 * lanes), w, s4);
-            s5 = hn::MulAdd(hn::LoadU(d, from + 5 * lanes), w, s5);
-            s6 = hn::MulAdd(hn::LoadU(d, from + 6 * lanes), w, s6);
-            s7 = hn::MulAdd(hn::LoadU(d, from + 7 * lanes), w, s7);
+            hn::Vec<D> w[kLines];
+            for (int line = 0; line < kLines; ++line)
+                w[line] = hn::Set(d, weights[line][k]);
+            for (int v = 0; v < kVectors; ++v) {
+                const auto value = hn::LoadU(d, from + std::size_t(v) * lanes);
+                for (int line = 0; line < kLines; ++line)
+                    sums[line][v] = hn::MulAdd(value, w[line], sums[line][v]);
+            }
         }
-        hn::StoreU(s0, d, out + i), hn::StoreU(s1, d, out + i + lanes);
-        hn::StoreU(s2, d, out + i + 2 * lanes), hn::StoreU(s3, d, out + i + 3 * lanes);
-        hn::StoreU(s4, d, out + i + 4 * lanes), hn::StoreU(s5, d, out + i + 5 * lanes);
-        hn::StoreU(s6, d, out + i + 6 * lanes), hn::StoreU(s7, d, out + i + 7 * lanes);
+        for (int line = 0; line < kLines; ++line)
+            for (int v = 0; v < kVectors; ++v)
+                hn::StoreU(sums[line][v], d, out[line] + i + std::size_t(v) * lanes);
     }
+    return i;
+}
+
+template<int kLines>
+void addRowsTo(float* const* out, const float* lowest, std::ptrdiff_t stride,
+               const float* const* weights, int rows, std::size_t count) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t i = addRowBlocks<kLines, 8 / kLines>(out, lowest, stride, weights, rows, count);
     // Not a lane further: the next columns belong to another block.
-    const auto one = [&](auto tag, std::size_t at) HWY_ATTR {
-        auto sum = hn::LoadU(tag, out + at);
+    const auto one = [&](auto tag, int line, std::size_t at) HWY_ATTR {
+        auto sum = hn::LoadU(tag, out[line] + at);
         const float* from = lowest + at;
         for (int k = 0; k < rows; ++k, from += stride)
-            sum = hn::MulAdd(hn::LoadU(tag, from), hn::Set(tag, weights[k]), sum);
-        hn::StoreU(sum, tag, out + at);
+            sum = hn::MulAdd(hn::LoadU(tag, from), hn::Set(tag, weights[line][k]), sum);
+        hn::StoreU(sum, tag, out[line] + at);
     };
-    for (; i + lanes <= count; i += lanes)
-        one(d, i);
-    for (; i < count; ++i)
-        one(hn::CappedTag<float, 1>(), i);
+    for (int line = 0; line < kLines; ++line) {
+        std::size_t at = i;
+        for (; at + lanes <= count; at += lanes)
+            one(d, line, at);
+        for (; at < count; ++at)
+            one(hn::CappedTag<float, 1>(), line, at);
+    }
+}
+
+void addRowsRow(float* const* out, int lines, const float* lowest, std::ptrdiff_t stride,
+                const float* const* weights, int rows, std::size_t count) {
+    if (lines == 2)
+        addRowsTo<2>(out, lowest, stride, weights, rows, count);
+    else
+        addRowsTo<1>(out, lowest, stride, weights, rows, count);
 }
 
 void mixRow(float* out, const float* a, const float* b, float t, std::size_t count) {
@@ -382,13 +403,64 @@ void encodeRow(const EncodeRow& row, const float* const planes[4], std::size_t c
     }
 }
 
+#if HWY_TARGET != HWY_SCALAR
+HWY_INLINE hn::Vec<hn::RebindToSigned<D>> byteOf(V v) {
+    const D d;
+    return hn::ConvertTo(hn::RebindToSigned<D>(),
+                         hn::MulAdd(v, hn::Set(d, 255.0f), hn::Set(d, 0.5f)));
+}
+
+// Bytes: the channels of a pixel are joined in its own lane, which needs no interleaving. Three
+// channels are then drawn together, and what a vector writes too much the next one writes over; the
+// last ones go through a buffer, for what follows belongs to another tile.
+template<bool withAlpha>
+void encodeBytes(const EncodeRow& row, const float* const planes[4], std::size_t count,
+                 std::uint8_t* out) {
+    const D d;
+    const hn::RebindToSigned<D> di;
+    const hn::Repartition<std::uint8_t, D> bytes;
+    constexpr std::size_t channels = withAlpha ? 4 : 3;
+    const std::size_t lanes = hn::Lanes(d);
+    alignas(16) static constexpr std::uint8_t three[16] = {0,  1,  2,  4,  5, 6, 8, 9,
+                                                           10, 12, 13, 14, 3, 3, 3, 3};
+    HWY_ALIGN std::int32_t triples[hn::MaxLanes(d)];
+    for (std::size_t i = 0; i < lanes; ++i) // three of the four lanes of every block of 16 bytes
+        triples[i] = std::int32_t(i < lanes / 4 * 3 ? i / 3 * 4 + i % 3 : 3);
+    const auto gather = hn::SetTableIndices(di, triples);
+    const auto order = hn::LoadDup128(bytes, three);
+    HWY_ALIGN std::uint8_t rest[4 * hn::MaxLanes(d)];
+    for (std::size_t i = 0; i < count; i += lanes) {
+        V r = hn::LoadU(d, planes[0] + i), g = hn::LoadU(d, planes[1] + i);
+        V b = hn::LoadU(d, planes[2] + i), a = hn::Set(d, 1.0f);
+        if (planes[3]) a = hn::LoadU(d, planes[3] + i);
+        finish(row, r, g, b, a);
+        auto pixels =
+            hn::Or(hn::Or(byteOf(r), hn::ShiftLeft<8>(byteOf(g))), hn::ShiftLeft<16>(byteOf(b)));
+        if constexpr (withAlpha)
+            pixels = hn::Or(pixels, hn::ShiftLeft<24>(byteOf(a)));
+        else
+            pixels = hn::TableLookupLanes(
+                hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(bytes, pixels), order)), gather);
+        const bool fits = channels * i + 4 * lanes <= channels * count;
+        hn::StoreU(hn::BitCast(bytes, pixels), bytes, fits ? out + channels * i : rest);
+        if (!fits) std::memcpy(out + channels * i, rest, channels * std::min(lanes, count - i));
+    }
+}
+#endif
+
 void encodeAnyRow(const float* const planes[4], std::size_t count, const BitmapFormat& format,
                   bool withAlpha, std::byte* out) {
     static constexpr decltype(format.toTarget) identity{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     const EncodeRow row{format, withAlpha, format.toTarget != identity};
-    if (format.type == SampleType::u8)
-        encodeRow(row, planes, count, reinterpret_cast<std::uint8_t*>(out));
-    else if (format.type == SampleType::u16)
+    if (format.type == SampleType::u8) {
+        const auto to = reinterpret_cast<std::uint8_t*>(out);
+#if HWY_TARGET == HWY_SCALAR
+        encodeRow(row, planes, count, to);
+#else
+        withAlpha ? encodeBytes<true>(row, planes, count, to)
+                  : encodeBytes<false>(row, planes, count, to);
+#endif
+    } else if (format.type == SampleType::u16)
         encodeRow(row, planes, count, reinterpret_cast<std::uint16_t*>(out));
     else
         encodeRow(row, planes, count, reinterpret_cast<float*>(out));
@@ -413,9 +485,10 @@ HWY_EXPORT(encodeAnyRow);
 void fill(float* out, float value, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(fillRow)(out, value, count);
 }
-void addRows(float* out, const float* lowest, std::ptrdiff_t stride, const float* weights, int rows,
-             std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(addRowsRow)(out, lowest, stride, weights, rows, count);
+void addRows(float* const* out, int lines, const float* lowest, std::ptrdiff_t stride,
+             const float* const* weights, int rows, std::size_t count) {
+    KELVARO_REQUIRE(lines == 1 || lines == 2);
+    HWY_DYNAMIC_DISPATCH(addRowsRow)(out, lines, lowest, stride, weights, rows, count);
 }
 void mix(float* out, const float* a, const float* b, float t, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(mixRow)(out, a, b, t, count);

@@ -13,10 +13,10 @@
 namespace kelvaro::rows {
 
 void fill(float* out, float value, std::size_t count);
-// out[i] += sum over k < rows of lowest[k × stride + i] × weights[k], k rising (fused). Touches
-// exactly `count` samples of each row.
-void addRows(float* out, const float* lowest, std::ptrdiff_t stride, const float* weights, int rows,
-             std::size_t count);
+// For one line or two: out[line][i] += sum over k < rows of lowest[k × stride + i] ×
+// weights[line][k], k rising (fused). Touches exactly `count` samples of each row.
+void addRows(float* const* out, int lines, const float* lowest, std::ptrdiff_t stride,
+             const float* const* weights, int rows, std::size_t count);
 // out = a + t (b − a)
 void mix(float* out, const float* a, const float* b, float t, std::size_t count);
 // One filter for kFilterLines lines at once: out[line][i] = sum over k < taps of in[line][first[i]

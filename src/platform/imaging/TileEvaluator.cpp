@@ -196,7 +196,7 @@ private:
         for (const std::size_t member : group.members)
             sums.emplace_back(group.tables, rect, plan_.steps()[member].node->hasAlpha, pool_);
         const PixelRect& area = sums.front().input();
-        const PixelSize size = group.input->tileSize(area.height);
+        const PixelSize size = group.input->blockSize(area);
         for (int x = area.x; x < area.right(); x += size.width)
             for (int y = area.y; y < area.top(); y += size.height) {
                 const PixelRect block = intersection({x, y, size.width, size.height}, area);

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <tuple>
+#include <type_traits>
 
 namespace kelvaro {
 
@@ -187,34 +188,56 @@ void affineTile(const AffineOperation& op, const PixelRect& extent, const ConstT
     }
 }
 
+namespace {
+
+// One row of window sums, two planes at a time so that neither waits for its own last sum.
+void blurRows(const double* const columns[2], float* const to[2], int planes, int window,
+              double scale, int width) {
+    double sums[2] = {};
+    for (int p = 0; p < planes; ++p)
+        for (int i = 0; i < window - 1; ++i)
+            sums[p] += columns[p][i];
+    const auto along = [&](auto count) {
+        for (int i = 0; i < width; ++i)
+            for (int p = 0; p < count(); ++p) {
+                sums[p] += columns[p][i + window - 1];
+                to[p][i] = static_cast<float>(sums[p] * scale);
+                sums[p] -= columns[p][i];
+            }
+    };
+    planes == 2 ? along(std::integral_constant<int, 2>()) : along(std::integral_constant<int, 1>());
+}
+
+} // namespace
+
 // Running sums in double: down the columns, then along each row.
 void boxBlurTile(int radius, int planes, const ConstTileView& in, const TileView& out) {
     const int window = 2 * radius + 1;
     const std::size_t width = std::size_t(in.rect.width);
     const double scale = 1.0 / (double(window) * window);
-    std::vector<double> columns(width);
-    for (int plane = 0; plane < planeCount(out); ++plane) {
-        if (plane >= planes && plane < 3) continue;
-        std::fill(columns.begin(), columns.end(), 0.0);
+    int used[kPlanes], count = 0;
+    for (int plane = 0; plane < planeCount(out); ++plane)
+        if (plane < planes || plane == 3) used[count++] = plane;
+    std::vector<double> sums(2 * width);
+    double* const columns[2] = {sums.data(), sums.data() + width};
+    for (int first = 0; first < count; first += 2) {
+        const int pair = std::min(2, count - first);
+        std::fill(sums.begin(), sums.end(), 0.0);
         for (int row = 0; row < in.rect.height; ++row) {
-            const float* entering = in.row(plane, row);
-            for (std::size_t i = 0; i < width; ++i)
-                columns[i] += double(entering[i]);
-            if (row >= window) {
-                const float* leaving = in.row(plane, row - window);
+            float* to[2] = {};
+            for (int p = 0; p < pair; ++p) {
+                const int plane = used[first + p];
+                const float* entering = in.row(plane, row);
                 for (std::size_t i = 0; i < width; ++i)
-                    columns[i] -= double(leaving[i]);
+                    columns[p][i] += double(entering[i]);
+                if (row >= window) {
+                    const float* leaving = in.row(plane, row - window);
+                    for (std::size_t i = 0; i < width; ++i)
+                        columns[p][i] -= double(leaving[i]);
+                }
+                if (row >= window - 1) to[p] = out.row(plane, row - window + 1);
             }
-            if (row < window - 1) continue;
-            double sum = 0;
-            for (int i = 0; i < window - 1; ++i)
-                sum += columns[std::size_t(i)];
-            float* to = out.row(plane, row - window + 1);
-            for (int i = 0; i < out.rect.width; ++i) {
-                sum += columns[std::size_t(i + window - 1)];
-                to[i] = static_cast<float>(sum * scale);
-                sum -= columns[std::size_t(i)];
-            }
+            if (row >= window - 1) blurRows(columns, to, pair, window, scale, out.rect.width);
         }
     }
 }
