@@ -237,13 +237,15 @@ bool SliderRow::eventFilter(QObject* watched, QEvent* event) {
             if (onReset) onReset();
             return true;
         }
-        const auto* key = static_cast<QKeyEvent*>(event);
+        const bool isOverride = event->type() == QEvent::ShortcutOverride;
+        const bool isEscape = (isOverride || event->type() == QEvent::KeyPress) &&
+                              static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
         // Esc is the field's before it is the window's.
-        if (event->type() == QEvent::ShortcutOverride && key->key() == Qt::Key_Escape) {
+        if (isEscape && isOverride) {
             event->accept();
             return true;
         }
-        if (event->type() == QEvent::KeyPress && key->key() == Qt::Key_Escape) {
+        if (isEscape) {
             QLineEdit* field = field_;
             field_ = nullptr;
             field->deleteLater();
