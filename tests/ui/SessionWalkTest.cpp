@@ -111,13 +111,13 @@ TEST_F(Session, FromTheFirstFolderToQuittingWithAPendingEdit) {
     for (int step = 0; step < 3; ++step)
         press(Qt::Key_Right);
     EXPECT_GT(window->editor().model().edit().exposure, 0);
-    press(Qt::Key_Escape);
-    until([&] { return !library->isEditing() && library->unsavedEdits().get().size() == 1; });
     until([&] {
         const auto* told = window->findChild<QWidget*>("errorQuestion");
         return told && told->isVisible();
     });
     answer("errorQuestion", "answer0");
+    press(Qt::Key_Escape);
+    until([&] { return !library->isEditing() && library->unsavedEdits().get().size() == 1; });
 
     press(Qt::Key_Q, Qt::ControlModifier);
     answer("quitQuestion", "answer1");
