@@ -77,7 +77,12 @@ std::byte* allocatePixels(std::size_t bytes) {
             return spare;
         if (size >= kLargeBytes) releaseSparePixels(); // never on top of what is kept
     }
-    void* memory = std::aligned_alloc(alignment, size == 0 ? alignment : size);
+    const std::size_t asked = size == 0 ? alignment : size;
+    void* memory = std::aligned_alloc(alignment, asked);
+    if (!memory) { // where address space is limited, what waits may be all that is in the way
+        releaseSparePixels();
+        memory = std::aligned_alloc(alignment, asked);
+    }
     if (!memory) throw std::bad_alloc();
     // Only a hint: a system without large pages answers with an error, and small ones do as well.
     if (alignment == kLargePage) madvise(memory, size, MADV_HUGEPAGE);

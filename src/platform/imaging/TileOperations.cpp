@@ -10,6 +10,7 @@
 #include <cstring>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 namespace kelvaro {
 
@@ -46,22 +47,34 @@ void stretchTile(const StretchTables& tables, int planes, const ConstTileView& i
     for (int plane = 0; plane < planes; ++plane)
         used[count++] = plane;
     if (out.hasAlpha()) used[count++] = 3;
-    const Tile mixed(pool, {0, 0, in.rect.width + 1, kPlanes}, false);
-    float *from[kPlanes], *to[kPlanes];
-    for (int line = 0; line < out.rect.height; ++line) {
-        const auto at = std::size_t(out.rect.y + line - tables.output.y);
-        const int lower = tables.lines.index[at];
-        const int upper = std::min(lower + 1, in.rect.top() - 1);
-        const int target = rowOfLine(out.rect, out.rect.y + line);
+    // Each line of the input is stretched once; the lines of the output lie between two of them.
+    const Tile line(pool, {0, 0, in.rect.width + 1, 1}, false);
+    const Tile stretched(pool, {0, 0, out.rect.width, 2 * kPlanes}, false);
+    const auto stretchedRow = [&](int inputLine, int i) {
+        return stretched.view().row(0, inputLine % 2 * kPlanes + i);
+    };
+    int held[2] = {-1, -1};
+    const auto hold = [&](int inputLine) {
+        if (std::exchange(held[inputLine % 2], inputLine) == inputLine) return;
         for (int i = 0; i < count; ++i) {
-            from[i] = mixed.view().row(0, i);
-            to[i] = out.row(used[i], target);
-            rows::mix(from[i], in.row(used[i], rowOfLine(in.rect, lower)),
-                      in.row(used[i], rowOfLine(in.rect, upper)), tables.lines.fraction[at],
-                      inWidth);
-            from[i][inWidth] = from[i][inWidth - 1]; // right neighbour of a one-pixel input
+            float* from = line.view().row(0, 0);
+            float* to = stretchedRow(inputLine, i);
+            std::memcpy(from, in.row(used[i], rowOfLine(in.rect, in.rect.y + inputLine)),
+                        inWidth * sizeof(float));
+            from[inWidth] = from[inWidth - 1]; // right neighbour of a one-pixel input
+            rows::interpolate(&to, &from, 1, columns.index.data(), columns.fraction.data(), width);
         }
-        rows::interpolate(to, from, count, columns.index.data(), columns.fraction.data(), width);
+    };
+    for (int outLine = 0; outLine < out.rect.height; ++outLine) {
+        const auto at = std::size_t(out.rect.y + outLine - tables.output.y);
+        const int lower = tables.lines.index[at] - in.rect.y;
+        const int upper = std::min(lower + 1, in.rect.height - 1);
+        hold(lower);
+        hold(upper);
+        const int target = rowOfLine(out.rect, out.rect.y + outLine);
+        for (int i = 0; i < count; ++i)
+            rows::mix(out.row(used[i], target), stretchedRow(lower, i), stretchedRow(upper, i),
+                      tables.lines.fraction[at], width);
     }
 }
 

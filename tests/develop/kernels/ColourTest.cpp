@@ -18,10 +18,12 @@ const std::vector<double> kRowsOfSrgb = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 const std::vector<double> kRowsOfP3 = {0.8224621, 0.1775380, 0,         0.0331941, 0.9668058,
                                        0,         0.0170827, 0.0723974, 0.9105199};
 
+// What a row does not read does not count, not even when it is infinite.
 Rgb product(const double (&m)[3][3], const Rgb& c) {
-    Rgb out;
+    Rgb out{};
     for (int i = 0; i < 3; i++)
-        out[i] = m[i][0] * c[0] + m[i][1] * c[1] + m[i][2] * c[2];
+        for (int k = 0; k < 3; k++)
+            if (m[i][k] != 0) out[i] += m[i][k] * c[k];
     return out;
 }
 
@@ -177,9 +179,8 @@ TEST(ColourKernels, followTheirSteps) {
                      {0, -0.5, 0.8}},
                     with(0, 0), how);
     how.neighbours = {};
-    how.specials = true;
-    how.infinities = false; // differences of infinities have no lightness
     compareAllForms(kernel::twGamut(), {{}}, compressed, how);
+    how.infinities = false; // differences of infinities have no lightness: see below
     how.exceptions = 0;
     how.tolerance = 2e-4; // the last of 14 bisections is worth 6e-5 of the chroma
     how.low = -0.3;       // display-linear
@@ -196,6 +197,26 @@ TEST(ColourKernels, whatIsNotANumberStaysSo) {
         std::isnan(vectorPixel(kernel::twColour(), pixel(NAN, NAN, NAN), {0.1, 0.2, 0.3})[1]));
     EXPECT_TRUE(
         std::isnan(vectorPixel(kernel::twOutputGamut(), pixel(NAN, NAN, NAN), kRowsOfP3)[1]));
+}
+
+// Without a lightness there is nothing to reduce the chroma at: such a pixel is returned as it is,
+// and shown as bright as the target goes in the channels that are infinite.
+TEST(ColourKernels, outputGamutKeepsInfinity) {
+    for (const auto& rows : {kRowsOfSrgb, kRowsOfP3})
+        for (int bright = 1; bright < 8; bright++) {
+            Rgb c{0.25, 0.5, 0.125};
+            for (int k = 0; k < 3; k++)
+                if (bright >> k & 1) c[k] = INFINITY;
+            const Sample s = pixel(c[0], c[1], c[2]);
+            EXPECT_EQ(vectorPixel(kernel::twOutputGamut(), s, rows), c) << bright;
+            const Rgb seen = vectorPixel(kernel::displayGamut(), s, rows);
+            for (int k = 0; k < 3; k++) {
+                EXPECT_FALSE(std::isnan(seen[k])) << bright;
+                if (std::isinf(c[k])) {
+                    EXPECT_GE(seen[k], 1) << bright;
+                }
+            }
+        }
 }
 
 TEST(ColourKernels, greysKeepTheirColour) {

@@ -118,7 +118,7 @@ TEST(FinishKernels, followTheirSteps) {
                      {40000.3, 7000.7, 310, -120, 20000, 3500, std::cos(0.1), std::sin(0.1), 1},
                      {80500, 6000, 0, 0, 700, 500, std::cos(-0.5), std::sin(-0.5), 0.4}},
                     vignetted, how);
-    how.infinities = false; // the lift is a difference of infinities
+    how.infinities = false; // minus infinity times no light is none or infinite: see below
     const double r = 1 / std::sqrt(2 * 0.35 * 0.35 + 1.35 * 1.35);
     compareAllForms(kernel::kelvaroGrain(),
                     {{0.5, 1.2, 1, 0.35 * r, 1.35 * r, 0.35 * r},
@@ -168,6 +168,17 @@ TEST(FinishKernels, grainKnownValues) {
             std::pow(l + n * 0.14 * (0.3 + 2.4 * l * (1 - l)), 2.2) / 0.18 * 0.18;
         EXPECT_NEAR(vectorPixel(kernel::kelvaroGrain(), greyAt(0.18, x, 777.5), grain)[0], expected,
                     2e-6);
+    }
+    for (int bright = 1; bright < 8;
+         bright++) { // infinite channels stay so, the others get 64 times
+        Sample s = greyAt(0.25, 12.5, 777.5);
+        for (int k = 0; k < 3; k++)
+            if (bright >> k & 1) s.inputs[0][k] = INFINITY;
+        const Rgb expected = grained(s, grain), c = vectorPixel(kernel::kelvaroGrain(), s, grain);
+        for (int k = 0; k < 3; k++) {
+            EXPECT_EQ(c[k], expected[k]) << bright;
+            EXPECT_EQ(c[k], std::isinf(s.inputs[0][k]) ? INFINITY : 16) << bright;
+        }
     }
     double most = 0;
     for (double x = 0.5; x < 40; x++)

@@ -1,6 +1,7 @@
 // Finished pixels: transfer curve, rounding, alpha, primaries, cancellation, sources.
 #include "platform/imaging/Pictures.h"
 #include "platform/imaging/ReferenceRenderer.h"
+#include "platform/imaging/RowOperations.h"
 #include "platform/imaging/TiledRenderer.h"
 
 namespace kelvaro {
@@ -81,40 +82,76 @@ TEST(Renderer, StopsWhenCancelled) {
     }
 }
 
-// 8- and 16-bit samples pass their tables, then the matrix, then the alpha is multiplied in.
+// Every length up to several vectors: a pixel's bytes do not depend on its place in the row, and
+// what stands behind the row is left alone.
+TEST(Renderer, BytesOfARowStayInTheirPlace) {
+    constexpr std::size_t most = 70, slack = 80;
+    const Raster noise = noiseRaster({0, 0, int(most), 1}, true, 8);
+    const float* const planes[4] = {noise.row(0, 0), noise.row(1, 0), noise.row(2, 0),
+                                    noise.row(3, 0)};
+    for (const bool withAlpha : {false, true}) {
+        const std::size_t channels = withAlpha ? 4 : 3;
+        BitmapFormat format{SampleType::u8, TransferCurve::sRGB};
+        format.alpha = withAlpha ? BitmapFormat::Alpha::straight : BitmapFormat::Alpha::drop;
+        std::vector<std::byte> whole(most * channels + slack);
+        rows::encode(planes, most, format, withAlpha, whole.data());
+        for (std::size_t count = 0; count <= most; ++count) {
+            std::vector<std::byte> row(count * channels + slack, std::byte{0xa5});
+            rows::encode(planes, count, format, withAlpha, row.data());
+            const auto end = row.begin() + std::ptrdiff_t(count * channels);
+            EXPECT_TRUE(std::equal(row.begin(), end, whole.begin())) << count;
+            EXPECT_EQ(std::count(end, row.end(), std::byte{0xa5}), std::ptrdiff_t(slack)) << count;
+        }
+    }
+}
+
+// 8- and 16-bit samples pass the table of their channel, then the matrix, then the alpha is
+// multiplied in. Widths that are no multiple of what is read together.
 TEST(Renderer, BitmapSourcesBecomeLinearLight) {
     const auto renderer = makeTiledRenderer(1);
-    for (const auto type : {SampleType::u8, SampleType::u16}) {
-        const std::size_t entries = type == SampleType::u8 ? 256 : 65536;
-        auto table = std::make_shared<std::vector<float>>(entries);
-        for (std::size_t i = 0; i < entries; ++i)
-            (*table)[i] = float(std::pow(double(i) / double(entries - 1), 2.0));
-        Bitmap bitmap({600, 20}, 4, type);
-        const auto sample = [&](int x, int y, int c) {
-            return (std::size_t(x) * 31 + std::size_t(y) * 7 + std::size_t(c) * 101) % entries;
-        };
-        for (int y = 0; y < 20; ++y)
-            for (int x = 0; x < 600; ++x)
-                for (int c = 0; c < 4; ++c)
-                    if (type == SampleType::u8)
-                        bitmap.row<std::uint8_t>(y)[4 * x + c] = std::uint8_t(sample(x, y, c));
-                    else
-                        bitmap.row<std::uint16_t>(y)[4 * x + c] = std::uint16_t(sample(x, y, c));
-        ColourDecoding colour{
-            {table, table, table}, {{{1.5f, -0.5f, 0}, {0, 1, 0}, {0, 0.25f, 0.75f}}}, false};
-        const Image image = imageFrom(sourceFrom(std::move(bitmap), std::move(colour)));
-        const Raster raster = rendered(*renderer, image, image.extent());
-        for (int y = 0; y < 20; ++y)
-            for (int x = 0; x < 600; x += 7) {
-                const auto value = [&](int c) {
-                    return double(sample(x, 19 - y, c)) / double(entries - 1);
-                };
-                const double alpha = value(3);
-                const double r = value(0) * value(0), g = value(1) * value(1);
-                ASSERT_NEAR(at(raster, x, y, 0), (1.5 * r - 0.5 * g) * alpha, 1e-6);
-                ASSERT_NEAR(at(raster, x, y, 3), alpha, 1e-6);
-            }
-    }
+    constexpr int width = 603, height = 20;
+    for (const auto type : {SampleType::u8, SampleType::u16})
+        for (const int channels : {3, 4}) {
+            const std::size_t entries = type == SampleType::u8 ? 256 : 65536;
+            const auto tableOf = [&](double exponent) {
+                auto table = std::make_shared<std::vector<float>>(entries);
+                for (std::size_t i = 0; i < entries; ++i)
+                    (*table)[i] = float(std::pow(double(i) / double(entries - 1), exponent));
+                return table;
+            };
+            Bitmap bitmap({width, height}, channels, type);
+            const auto sample = [&](int x, int y, int c) {
+                return (std::size_t(x) * 31 + std::size_t(y) * 7 + std::size_t(c) * 101) % entries;
+            };
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width; ++x)
+                    for (int c = 0; c < channels; ++c)
+                        if (type == SampleType::u8)
+                            bitmap.row<std::uint8_t>(y)[channels * x + c] =
+                                std::uint8_t(sample(x, y, c));
+                        else
+                            bitmap.row<std::uint16_t>(y)[channels * x + c] =
+                                std::uint16_t(sample(x, y, c));
+            ColourDecoding colour{{tableOf(1), tableOf(2), tableOf(3)},
+                                  {{{1.5f, -0.5f, 0}, {0, 1, 0}, {0, 0.25f, 0.75f}}},
+                                  false};
+            const Image image = imageFrom(sourceFrom(std::move(bitmap), std::move(colour)));
+            const Raster raster = rendered(*renderer, image, image.extent());
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width; ++x) {
+                    const auto value = [&](int c) {
+                        return double(sample(x, height - 1 - y, c)) / double(entries - 1);
+                    };
+                    const double alpha = channels == 4 ? value(3) : 1;
+                    const double r = value(0), g = std::pow(value(1), 2), b = std::pow(value(2), 3);
+                    ASSERT_NEAR(at(raster, x, y, 0), (1.5 * r - 0.5 * g) * alpha, 1e-6);
+                    ASSERT_NEAR(at(raster, x, y, 1), g * alpha, 1e-6);
+                    ASSERT_NEAR(at(raster, x, y, 2), (0.25 * g + 0.75 * b) * alpha, 1e-6);
+                    if (channels == 4) {
+                        ASSERT_NEAR(at(raster, x, y, 3), alpha, 1e-6);
+                    }
+                }
+        }
 }
 
 } // namespace
