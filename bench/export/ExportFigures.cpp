@@ -1,7 +1,7 @@
 // What exports cost: single photos of every format and recipe, what reading files back adds, and a
 // batch. Prints a table with the aims of a quiet machine with two cores beside the figures;
 // processor time is for busy ones.
-//     export_figures OUT PHOTO... [--batch N]
+//     export_figures OUT PHOTO... [--batch N] [--only single|batch]
 // 24-megapixel photos are meant, a RAW file and a JPEG file; the batch is of the first one.
 #include "app/ExportServices.h"
 #include "base/MainLoop.h"
@@ -118,22 +118,25 @@ int main(int count, char** arguments) {
     std::filesystem::path out;
     std::vector<std::filesystem::path> photos;
     int batch = 50;
+    std::string_view only;
     for (int i = 1; i < count; ++i) {
         if (std::string_view(arguments[i]) == "--batch" && i + 1 < count)
             batch = std::atoi(arguments[++i]);
+        else if (std::string_view(arguments[i]) == "--only" && i + 1 < count)
+            only = arguments[++i];
         else if (out.empty())
             out = std::filesystem::path(arguments[i]) / "export-figures";
         else
             photos.emplace_back(arguments[i]);
     }
     if (photos.empty()) {
-        fmt::print(stderr, "export_figures OUT PHOTO... [--batch N]\n");
+        fmt::print(stderr, "export_figures OUT PHOTO... [--batch N] [--only single|batch]\n");
         return 2;
     }
     fmt::print("{:<44}{:>8}{:>8}{:>8}   {}\n", "whole process, verified unless told", "s", "cpu s",
                "MiB", "aim");
     for (const auto& photo : photos)
-        for (const Row& row : rowsOf(photo))
+        for (const Row& row : only == "batch" ? std::vector<Row>() : rowsOf(photo))
             print(row, measured(row, out, false));
     for (const bool verifies : {true, false}) {
         const Row row{fmt::format("batch of {}{}", batch, verifies ? "" : ", not read back"),
@@ -143,7 +146,7 @@ int main(int count, char** arguments) {
                       verifies,
                       batch,
                       "180 photos a minute"};
-        if (batch > 0) print(row, measured(row, out, true));
+        if (batch > 0 && only != "single") print(row, measured(row, out, true));
     }
     std::filesystem::remove_all(out);
     return 0;

@@ -1,5 +1,5 @@
-// Writes what a canvas shows of photos while they open, as PNG files to look at side by side, with
-// the times they took:
+// Writes what a canvas shows of photos while they open, and their developed thumbnails, as PNG
+// files to look at side by side, with the times they took:
 //     stage_sheet OUT [--exposure STOPS] [--side PIXELS] PHOTO...
 #include "app/RenderServices.h"
 #include "base/MainLoop.h"
@@ -75,6 +75,21 @@ void show(const Sheet& sheet, Services& services, RenderServices& render, MainLo
     }
 }
 
+void showThumbnail(const Sheet& sheet, Services& services, RenderServices& render,
+                   const std::filesystem::path& photo) {
+    render.sessions().forgetAll();
+    const ThumbnailMaker maker(
+        render.engine(),
+        {*services.files, *services.reader, *services.raw, *services.brushes, render.analyses()},
+        render.sessions());
+    const auto made = maker.developed(photo, sheet.edit, kThumbnailSizes[1], nullptr);
+    const std::string name = photo.filename().string();
+    if (made)
+        write(services, sheet.out / (name + ".thumbnail.png"), *made);
+    else
+        fmt::print("{:<44} {}\n", name, made.error().message);
+}
+
 } // namespace
 
 int main(int count, char** arguments) {
@@ -103,7 +118,9 @@ int main(int count, char** arguments) {
     UserFolders folders;
     folders.caches = sheet.out / "caches";
     RenderServices render(services, clock, loop, folders, {true, true});
-    for (const std::filesystem::path& photo : photos)
+    for (const std::filesystem::path& photo : photos) {
+        showThumbnail(sheet, services, render, photo);
         show(sheet, services, render, loop, clock, photo);
+    }
     return 0;
 }
