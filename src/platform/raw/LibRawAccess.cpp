@@ -1,9 +1,14 @@
 #include "platform/raw/LibRawAccess.h"
 
+#include "platform/raw/SlicedJpeg.h"
+
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <memory>
 #include <numeric>
 #include <string_view>
+#include <utility>
 
 namespace kelvaro {
 
@@ -31,6 +36,7 @@ LibRawAccess::LibRawAccess()
 }
 
 void LibRawAccess::watch(const Cancellation* cancellation) {
+    cancellation_ = cancellation;
     set_progress_handler(cancellation ? stopWhenCancelled : nullptr,
                          const_cast<Cancellation*>(cancellation));
 }
@@ -246,6 +252,48 @@ void LibRawAccess::attachProcessed(SensorImage& image) {
     for (std::size_t c = 0; c < kMaximumChannels; ++c)
         image.white[c] = float(65535 / largest);
     image.colour.balance.fill(1);
+}
+
+int LibRawAccess::get_decoder_info(libraw_decoder_info_t* info) {
+    if (replaced_) load_raw = std::exchange(replaced_, nullptr); // it is known by its own address
+    const int code = LibRaw::get_decoder_info(info);
+    const bool isLossless = code == LIBRAW_SUCCESS && info->decoder_name &&
+                            std::string_view(info->decoder_name) == "lossless_jpeg_load_raw()";
+    if (isLossless)
+        replaced_ = std::exchange(load_raw, static_cast<Decoder>(&LibRawAccess::loadLosslessJpeg));
+    return code;
+}
+
+void LibRawAccess::loadLosslessJpeg() {
+    auto& input = *get_internal_data_pointer()->internal_data.input;
+    const INT64 begin = input.tell();
+    if (decodeLossless()) return;
+    if (cancellation_ && cancellation_->isCancelled()) throw LIBRAW_EXCEPTION_CANCELLED_BY_CALLBACK;
+    input.seek(begin, SEEK_SET);
+    (this->*replaced_)();
+}
+
+// From where the file stands.
+bool LibRawAccess::decodeLossless() {
+    constexpr int kShiftedWidth = 3984; // one camera's rows begin two photosites early
+    const auto& unpacker = get_internal_data_pointer()->unpacker_data;
+    auto& input = *get_internal_data_pointer()->internal_data.input;
+    const auto& curve = imgdata.color.curve;
+    const auto& sizes = imgdata.sizes;
+    SlicedPicture picture{sizes.raw_width, sizes.raw_height, {}, imgdata.rawdata.raw_image};
+    for (std::size_t i = 0; i < 3; ++i)
+        picture.slices[i] = unpacker.cr2_slice[i];
+    bool isPlain = picture.samples && unpacker.load_flags == 0 && picture.width != kShiftedWidth &&
+                   sizes.raw_pitch == 2u * sizes.raw_width;
+    for (std::size_t i = 0; isPlain && i < std::size(curve); ++i)
+        isPlain = curve[i] == i;
+    if (!isPlain) return false;
+    // More than incompressible samples with the longest codes take.
+    const INT64 most = 4096 + INT64(5) * picture.width * picture.height;
+    const auto bytes = std::size_t(std::clamp<INT64>(input.size() - input.tell(), 0, most));
+    const auto data = std::make_unique_for_overwrite<std::byte[]>(bytes);
+    if (bytes == 0 || input.read(data.get(), bytes, 1) != 1) return false;
+    return decodeSlicedJpeg({data.get(), bytes}, picture, cancellation_);
 }
 
 } // namespace kelvaro

@@ -39,6 +39,17 @@ public:
     // The library's own black level, balance and demosaic; returns its error code.
     int process(const ChannelValues& balance, bool half);
     void attachProcessed(SensorImage& image);
+
+    // Called by unpack() before it calls the decoder that is named; the one for lossless JPEG
+    // gives way to ours, which is faster and hands back what it does not know.
+    int get_decoder_info(libraw_decoder_info_t* info) override;
+
+private:
+    using Decoder = void (LibRaw::*)();
+    void loadLosslessJpeg();
+    bool decodeLossless();
+    Decoder replaced_ = nullptr;
+    const Cancellation* cancellation_ = nullptr;
 };
 
 } // namespace kelvaro

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace kelvaro {
@@ -275,25 +276,62 @@ bool decodeRow(BitReader& bits, const Frame& frame, const std::uint16_t* above,
 
 } // namespace
 
+struct LosslessRows::State {
+    explicit State(std::span<const std::byte> data)
+        : headers(data), coded(headers.read(frame)), bits(coded) {}
+    Frame frame;
+    Headers headers; // which own the frame's tables
+    std::span<const std::byte> coded;
+    BitReader bits;
+    std::vector<std::uint16_t> rows[2];
+    int done = 0;
+};
+
+LosslessRows::LosslessRows(std::span<const std::byte> data)
+    : state_(std::make_unique<State>(data)) {
+    for (auto& row : state_->rows)
+        row.resize(std::size_t(samples()));
+}
+
+LosslessRows::~LosslessRows() = default;
+
+bool LosslessRows::isSound() const {
+    return !state_->coded.empty();
+}
+
+int LosslessRows::samples() const {
+    return state_->frame.width * state_->frame.components;
+}
+
+int LosslessRows::count() const {
+    return state_->frame.height;
+}
+
+const std::uint16_t* LosslessRows::next() {
+    State& s = *state_;
+    if (s.done == count()) return nullptr;
+    std::uint16_t* row = s.rows[s.done & 1].data();
+    const std::uint16_t* above = s.done > 0 ? s.rows[1 - (s.done & 1)].data() : nullptr;
+    if (!decodeRow(s.bits, s.frame, above, row) || s.bits.isOver()) return nullptr;
+    ++s.done;
+    if (s.frame.shift == 0) return row;
+    // The next row is predicted from what is not shifted yet.
+    shifted_.resize(std::size_t(samples()));
+    std::transform(row, row + samples(), shifted_.begin(),
+                   [&](std::uint16_t v) { return std::uint16_t(v << s.frame.shift); });
+    return shifted_.data();
+}
+
 bool decodeLosslessJpeg(std::span<const std::byte> data, int rowSamples,
                         const TileSamples& target) {
-    Frame frame;
-    Headers headers(data);
-    const auto coded = headers.read(frame);
-    if (coded.empty() || frame.width * frame.components != rowSamples ||
-        rowSamples < target.width || frame.height < target.height)
+    LosslessRows rows(data);
+    if (!rows.isSound() || rows.samples() != rowSamples || rowSamples < target.width ||
+        rows.count() < target.height)
         return false;
-    BitReader bits(coded);
-    std::vector<std::uint16_t> rows[2];
-    for (auto& row : rows)
-        row.resize(std::size_t(rowSamples));
     for (int y = 0; y < target.height; ++y) {
-        std::uint16_t* row = rows[y & 1].data();
-        const std::uint16_t* above = y > 0 ? rows[1 - (y & 1)].data() : nullptr;
-        if (!decodeRow(bits, frame, above, row) || bits.isOver()) return false;
-        std::uint16_t* out = target.first + y * target.stride;
-        for (int x = 0; x < target.width; ++x)
-            out[x] = std::uint16_t(row[x] << frame.shift);
+        const std::uint16_t* row = rows.next();
+        if (!row) return false;
+        std::copy_n(row, target.width, target.first + y * target.stride);
     }
     return true;
 }

@@ -10,6 +10,16 @@
 
 namespace kelvaro::test {
 
+// The shadow memory of sanitisers would be counted too.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kCountsMemory = false;
+#elif defined(__has_feature)
+inline constexpr bool kCountsMemory =
+    !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer);
+#else
+inline constexpr bool kCountsMemory = true;
+#endif
+
 class Measured {
 public:
     Measured() {
@@ -23,15 +33,11 @@ public:
     void expectModest(const std::string& what, std::int64_t megabytes) const {
         const double seconds = double(std::clock() - start_) / CLOCKS_PER_SEC;
         EXPECT_LT(seconds, 10) << what;
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-        EXPECT_LT(peakMegabytes(), megabytes) << what;
-#else
-        (void)megabytes; // shadows of memory would be counted
-#endif
+        if (kCountsMemory) {
+            EXPECT_LT(peakMegabytes(), megabytes) << what;
+        }
     }
-    std::int64_t peakMegabytes() const {
-        return (kilobytes("VmHWM:") - resident_) / 1024;
-    }
+    std::int64_t peakMegabytes() const { return (kilobytes("VmHWM:") - resident_) / 1024; }
 
 private:
     static std::int64_t kilobytes(const std::string& name) {

@@ -1,19 +1,25 @@
 // What is unpacked without the library must be what the library would have unpacked.
 #include "platform/raw/DevelopedPhoto.h"
+#include "platform/raw/LibRawAccess.h"
+#include "platform/raw/LosslessEncoder.h"
 #include "platform/raw/PackedSamples.h"
 #include "platform/raw/RawStream.h"
 #include "platform/raw/SampleTiles.h"
+#include "platform/raw/SlicedJpeg.h"
+#include "platform/raw/SyntheticDng.h"
 
 #include <libraw/libraw.h>
 
 #include <algorithm>
+#include <array>
+#include <fstream>
 #include <random>
 #include <vector>
 
 namespace kelvaro {
 namespace {
 
-using Bytes = std::vector<std::byte>;
+using test::Bytes;
 
 // TIFF 6.0: from the highest bit of the first byte on, rows begin at whole bytes.
 Bytes packed(const std::vector<std::uint16_t>& samples, int bits, int rowSamples,
@@ -92,6 +98,76 @@ TEST(Unpacking, UncompressedStripsFillThePicture) {
                 EXPECT_FALSE(decodeTiles(tags, readerOf(file), nullptr));
             }
         }
+    }
+}
+
+struct Slices {
+    std::array<int, 3> slices;
+    int components;
+};
+constexpr Slices kSlices[] = {
+    {{}, 2}, {{1, 200, 400}, 2}, {{2, 208, 184}, 4}, {{3, 150, 150}, 2}, {{1, 300, 300}, 4}};
+
+// Sample by sample from the definition: slices from left to right, each row by row.
+TEST(Unpacking, SlicesFillThePicture) {
+    constexpr int kWidth = 600, kHeight = 40;
+    for (const auto& [slices, components] : kSlices) {
+        const auto stream = test::noise(std::size_t(kWidth * kHeight), 14, 6);
+        const Bytes data =
+            test::LosslessEncoder(kWidth / components, kHeight, components, 1, 14).encode(stream);
+        std::vector<std::uint16_t> want(stream.size()), got(stream.size());
+        std::size_t at = 0;
+        for (int left = 0, slice = 0; left < kWidth; ++slice) {
+            const int width = slices[0] == 0 ? kWidth : slice < slices[0] ? slices[1] : slices[2];
+            for (int y = 0; y < kHeight; ++y) {
+                for (int x = left; x < left + width; ++x)
+                    want[std::size_t(y * kWidth + x)] = stream[at++];
+            }
+            left += width;
+        }
+        const SlicedPicture picture{kWidth, kHeight, slices, got.data()};
+        EXPECT_TRUE(decodeSlicedJpeg(data, picture, nullptr));
+        EXPECT_EQ(got, want) << slices[0] << ' ' << components;
+        EXPECT_FALSE(decodeSlicedJpeg(std::span(data).first(data.size() / 2), picture, nullptr));
+        SlicedPicture other = picture;
+        other.slices = {1, 200, 300};
+        EXPECT_FALSE(decodeSlicedJpeg(data, other, nullptr));
+    }
+}
+
+// A file as one maker writes it, through the library with its own decoder and with ours.
+TEST(Unpacking, SlicedFilesEqualTheLibrarys) {
+    constexpr int kWidth = 600, kHeight = 400;
+    for (const auto& [slices, components] : kSlices) {
+        const auto stream = test::noise(std::size_t(kWidth * kHeight), 12, 8);
+        std::vector<std::uint8_t> jpeg;
+        for (const std::byte b :
+             test::LosslessEncoder(kWidth / components, kHeight, components, 1, 14).encode(stream))
+            jpeg.push_back(std::uint8_t(b));
+        test::TiffWriter writer;
+        writer.shorts(259, {6});
+        writer.text(271, "Canon");
+        writer.text(272, "Canon EOS Test");
+        if (slices[0] > 0) writer.shorts(50752, {slices[0], slices[1], slices[2]});
+        const auto file = writer.file(jpeg);
+        const auto path = std::filesystem::temp_directory_path() / "kelvaro_raw_sliced.cr2";
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
+        LibRaw theirs;
+        LibRawAccess ours;
+        for (LibRaw* library : {&theirs, static_cast<LibRaw*>(&ours)}) {
+            ASSERT_EQ(library->open_file(path.c_str()), LIBRAW_SUCCESS);
+            ASSERT_STREQ(library->unpack_function_name(), "lossless_jpeg_load_raw()");
+            ASSERT_EQ(library->unpack(), LIBRAW_SUCCESS);
+            ASSERT_EQ(library->imgdata.sizes.raw_width, kWidth);
+            ASSERT_EQ(library->imgdata.sizes.raw_height, kHeight);
+        }
+        const std::uint16_t *a = theirs.imgdata.rawdata.raw_image,
+                            *b = ours.imgdata.rawdata.raw_image;
+        EXPECT_TRUE(std::equal(a, a + kWidth * kHeight, b)) << slices[0] << ' ' << components;
+        EXPECT_EQ(theirs.imgdata.color.black, ours.imgdata.color.black);
+        EXPECT_EQ(theirs.imgdata.color.maximum, ours.imgdata.color.maximum);
+        std::filesystem::remove(path);
     }
 }
 
