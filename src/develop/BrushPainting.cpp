@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace kelvaro {
 
@@ -40,11 +41,21 @@ PixelSize brushRasterSize(PixelSize photo) {
 
 BrushCanvas::BrushCanvas(PixelSize size) : size_(size) {
     KELVARO_REQUIRE(size.width > 0 && size.height > 0);
-    values_.resize(width() * std::size_t(size.height));
+    values_.reset(allocatePixels(valueBytes()));
+    std::memset(values_.get(), 0, valueBytes());
     blocksAcross_ = (size.width + kBlock - 1) / kBlock;
     const int blocksUp = (size.height + kBlock - 1) / kBlock;
     lowest_.resize(std::size_t(blocksAcross_) * std::size_t(blocksUp));
     highest_.resize(lowest_.size());
+}
+
+BrushCanvas::BrushCanvas(const BrushCanvas& other)
+    : size_(other.size_),
+      values_(allocatePixels(other.valueBytes())),
+      blocksAcross_(other.blocksAcross_),
+      lowest_(other.lowest_),
+      highest_(other.highest_) {
+    std::memcpy(values_.get(), other.values_.get(), valueBytes());
 }
 
 std::uint8_t BrushCanvas::Dab::valueAt(double distance) const {
@@ -86,40 +97,40 @@ void BrushCanvas::placeInBlock(const Dab& dab, const PixelRect& block, const Pix
     if (strongest == 0 || changesNothing(strongest)) return;
     const double reach = dab.radius * dab.radius;
     for (int y = area.y; y < area.top(); ++y) {
-        std::uint8_t* row = values_.data() + std::size_t(y) * width();
+        std::uint8_t* const values = changingRow(y);
         const double dy = y + 0.5 - dab.y;
         for (int x = area.x; x < area.right(); ++x) {
             const double dx = x + 0.5 - dab.x, square = dx * dx + dy * dy;
             if (square >= reach) continue;
             const std::uint8_t value = dab.valueAt(std::sqrt(square));
-            row[x] =
-                dab.erase ? std::min(row[x], std::uint8_t(255 - value)) : std::max(row[x], value);
+            values[x] = dab.erase ? std::min(values[x], std::uint8_t(255 - value))
+                                  : std::max(values[x], value);
         }
     }
     std::uint8_t low = 255, high = 0;
     for (int y = block.y; y < block.top(); ++y) {
-        const std::uint8_t* row = values_.data() + std::size_t(y) * width();
+        const std::uint8_t* values = row(y);
         for (int x = block.x; x < block.right(); ++x) {
-            low = std::min(low, row[x]);
-            high = std::max(high, row[x]);
+            low = std::min(low, values[x]);
+            high = std::max(high, values[x]);
         }
     }
     lowest_[blockIndex] = low;
     highest_[blockIndex] = high;
 }
 
-bool BrushPainter::canGoOnTo(const std::vector<BrushStroke>& strokes) const {
-    if (strokes_.empty()) return true;
-    if (strokes.size() < strokes_.size()) return false;
-    const std::size_t last = strokes_.size() - 1;
-    if (!std::equal(strokes_.begin(), strokes_.begin() + std::ptrdiff_t(last), strokes.begin()))
+bool goesOn(const std::vector<BrushStroke>& painted, const std::vector<BrushStroke>& strokes) {
+    if (painted.empty()) return true;
+    if (strokes.size() < painted.size()) return false;
+    const std::size_t last = painted.size() - 1;
+    if (!std::equal(painted.begin(), painted.begin() + std::ptrdiff_t(last), strokes.begin()))
         return false;
-    const BrushStroke& painted = strokes_[last];
+    const BrushStroke& done = painted[last];
     const BrushStroke& grown = strokes[last];
-    return painted.radius == grown.radius && painted.feather == grown.feather &&
-           painted.flow == grown.flow && painted.erase == grown.erase &&
-           painted.points.size() <= grown.points.size() &&
-           std::equal(painted.points.begin(), painted.points.end(), grown.points.begin());
+    return done.radius == grown.radius && done.feather == grown.feather &&
+           done.flow == grown.flow && done.erase == grown.erase &&
+           done.points.size() <= grown.points.size() &&
+           std::equal(done.points.begin(), done.points.end(), grown.points.begin());
 }
 
 PixelRect BrushPainter::goOnTo(const std::vector<BrushStroke>& strokes) {

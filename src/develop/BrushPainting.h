@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/Geometry.h"
+#include "platform/PixelMemory.h"
 #include "recipe/LocalMask.h"
 
 #include <cstdint>
@@ -19,11 +20,16 @@ PixelSize brushRasterSize(PixelSize photo);
 class BrushCanvas {
 public:
     explicit BrushCanvas(PixelSize size);
+    BrushCanvas(const BrushCanvas& other); // made for every frame of a stroke
+    BrushCanvas(BrushCanvas&&) = default;
+    BrushCanvas& operator=(BrushCanvas&&) = default;
 
     PixelSize size() const { return size_; }
     // Row `y` counted from the bottom.
-    const std::uint8_t* row(int y) const { return values_.data() + std::size_t(y) * width(); }
-    std::size_t bytes() const { return values_.size() + 2 * lowest_.size(); }
+    const std::uint8_t* row(int y) const {
+        return reinterpret_cast<const std::uint8_t*>(values_.get()) + std::size_t(y) * width();
+    }
+    std::size_t bytes() const { return valueBytes() + 2 * lowest_.size(); }
 
     // The dab's value at distance d is `peak` up to `radius` − `band`, then falls as 1 − smoothstep
     // over the band to 0 at `radius`. All in canvas pixels; a band wider than the radius is cut at
@@ -40,16 +46,23 @@ public:
 
 private:
     std::size_t width() const { return std::size_t(size_.width); }
+    std::size_t valueBytes() const { return width() * std::size_t(size_.height); }
+    std::uint8_t* changingRow(int y) {
+        return reinterpret_cast<std::uint8_t*>(values_.get()) + std::size_t(y) * width();
+    }
     // `area` is the part of the block that the dab's square covers.
     void placeInBlock(const Dab& dab, const PixelRect& block, const PixelRect& area,
                       std::size_t blockIndex);
 
     PixelSize size_;
-    std::vector<std::uint8_t> values_;
+    PixelMemory values_;
     // The least and largest value of each square block, so that dabs skip what they cannot change.
     int blocksAcross_ = 0;
     std::vector<std::uint8_t> lowest_, highest_;
 };
+
+// Whether `strokes` begin with all of `painted`, the last of which may have grown by points.
+bool goesOn(const std::vector<BrushStroke>& painted, const std::vector<BrushStroke>& strokes);
 
 // Paints the strokes of one component, and can go on where it stopped when the last stroke grew or
 // strokes were added.
@@ -60,7 +73,9 @@ public:
     const BrushCanvas& canvas() const { return canvas_; }
     const std::vector<BrushStroke>& strokes() const { return strokes_; }
     // Whether `strokes` begin with everything that is painted already.
-    bool canGoOnTo(const std::vector<BrushStroke>& strokes) const;
+    bool canGoOnTo(const std::vector<BrushStroke>& strokes) const {
+        return goesOn(strokes_, strokes);
+    }
     // Paints what is new; canGoOnTo(strokes) must hold. Returns the rectangle that may have
     // changed.
     PixelRect goOnTo(const std::vector<BrushStroke>& strokes);
