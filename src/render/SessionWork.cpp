@@ -15,7 +15,6 @@ namespace {
 // What rendering a frame of a gesture may take, so that it is on the screen after 20 ms: enlarging
 // a coarse one and copying it there takes 5 to 8.
 constexpr double kFrameSeconds = 0.0115;
-constexpr double kFirstSeconds = 0.045;             // the same after a single change
 constexpr double kClearlyFaster = 0.7;              // of that, before frames become finer again
 constexpr std::chrono::milliseconds kHandRests(30); // without a newer request of the gesture
 constexpr int kCoarsest = 4;
@@ -194,12 +193,11 @@ void RenderSession::Work::step(const AskedPointer& asked, PhotoSession& session)
     } else {
         // The hand has let go of what is on the canvas: only what settles it is missing.
         const auto shown = drawnAs(asked->request.over);
-        if (shown && shown->asked->open == asked->open &&
+        if (shown && shown->asked->open == asked->open && shown->pass.coarseness == 1 &&
             shown->asked->request.showsSameAs(asked->request)) {
             if (shown->pass.isSettled && drawPart(asked, session)) return; // not even that
             return refinement_.post(refine);
         }
-        pass.coarseness = firstCoarseness(*asked, session);
     }
     auto view = timedRender(asked, session, pass, asked->cancellation);
     // In the middle of a gesture nobody looks for what settling changes.
@@ -294,18 +292,6 @@ Result<RenderedView> RenderSession::Work::timedRender(const AskedPointer& asked,
     const double before = known;
     known = before > 0 ? (before + seconds / pixels) / 2 : seconds / pixels;
     return view;
-}
-
-// Where one frame takes long the settled one follows a coarse one: sooner than after a sharp one.
-int RenderSession::Work::firstCoarseness(const Asked& asked, PhotoSession& session) const {
-    const auto facts = session.facts(nullptr);
-    if (!facts) return 1;
-    const PixelRect rect = ViewGeometry::of(asked.request, facts->size).rect;
-    const double seconds = secondsPerPixel_ * double(rect.width) * rect.height;
-    int coarseness = 1;
-    while (coarseness < kCoarsest && seconds > kFirstSeconds * coarseness * coarseness)
-        ++coarseness;
-    return coarseness;
 }
 
 // As coarse as it must be for the frame to be in time, judged by the frames before; without going

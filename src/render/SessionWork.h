@@ -84,7 +84,6 @@ private:
                       Result<RenderedView> view);
     static void arrive(Front& front, const AskedPointer& asked, const Result<RenderedView>& view);
     void countView(const AskedPointer& asked, const RenderedView& view);
-    int firstCoarseness(const Asked& asked, PhotoSession& session) const;
     int coarsenessFor(const Asked& asked, PhotoSession& session);
     bool isNewest(const AskedPointer& asked) const { return newest_.copy() == asked; }
 
