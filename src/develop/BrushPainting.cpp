@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace kelvaro {
 
@@ -41,21 +40,11 @@ PixelSize brushRasterSize(PixelSize photo) {
 
 BrushCanvas::BrushCanvas(PixelSize size) : size_(size) {
     KELVARO_REQUIRE(size.width > 0 && size.height > 0);
-    values_.reset(allocatePixels(valueBytes()));
-    std::memset(values_.get(), 0, valueBytes());
+    values_.resize(width() * std::size_t(size.height));
     blocksAcross_ = (size.width + kBlock - 1) / kBlock;
     const int blocksUp = (size.height + kBlock - 1) / kBlock;
     lowest_.resize(std::size_t(blocksAcross_) * std::size_t(blocksUp));
     highest_.resize(lowest_.size());
-}
-
-BrushCanvas::BrushCanvas(const BrushCanvas& other)
-    : size_(other.size_),
-      values_(allocatePixels(other.valueBytes())),
-      blocksAcross_(other.blocksAcross_),
-      lowest_(other.lowest_),
-      highest_(other.highest_) {
-    std::memcpy(values_.get(), other.values_.get(), valueBytes());
 }
 
 std::uint8_t BrushCanvas::Dab::valueAt(double distance) const {
@@ -97,22 +86,22 @@ void BrushCanvas::placeInBlock(const Dab& dab, const PixelRect& block, const Pix
     if (strongest == 0 || changesNothing(strongest)) return;
     const double reach = dab.radius * dab.radius;
     for (int y = area.y; y < area.top(); ++y) {
-        std::uint8_t* const values = changingRow(y);
+        std::uint8_t* row = values_.data() + std::size_t(y) * width();
         const double dy = y + 0.5 - dab.y;
         for (int x = area.x; x < area.right(); ++x) {
             const double dx = x + 0.5 - dab.x, square = dx * dx + dy * dy;
             if (square >= reach) continue;
             const std::uint8_t value = dab.valueAt(std::sqrt(square));
-            values[x] = dab.erase ? std::min(values[x], std::uint8_t(255 - value))
-                                  : std::max(values[x], value);
+            row[x] =
+                dab.erase ? std::min(row[x], std::uint8_t(255 - value)) : std::max(row[x], value);
         }
     }
     std::uint8_t low = 255, high = 0;
     for (int y = block.y; y < block.top(); ++y) {
-        const std::uint8_t* values = row(y);
+        const std::uint8_t* row = values_.data() + std::size_t(y) * width();
         for (int x = block.x; x < block.right(); ++x) {
-            low = std::min(low, values[x]);
-            high = std::max(high, values[x]);
+            low = std::min(low, row[x]);
+            high = std::max(high, row[x]);
         }
     }
     lowest_[blockIndex] = low;

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "base/Geometry.h"
-#include "platform/PixelMemory.h"
 #include "recipe/LocalMask.h"
 
 #include <cstdint>
@@ -20,16 +19,11 @@ PixelSize brushRasterSize(PixelSize photo);
 class BrushCanvas {
 public:
     explicit BrushCanvas(PixelSize size);
-    BrushCanvas(const BrushCanvas& other); // made for every frame of a stroke
-    BrushCanvas(BrushCanvas&&) = default;
-    BrushCanvas& operator=(BrushCanvas&&) = default;
 
     PixelSize size() const { return size_; }
     // Row `y` counted from the bottom.
-    const std::uint8_t* row(int y) const {
-        return reinterpret_cast<const std::uint8_t*>(values_.get()) + std::size_t(y) * width();
-    }
-    std::size_t bytes() const { return valueBytes() + 2 * lowest_.size(); }
+    const std::uint8_t* row(int y) const { return values_.data() + std::size_t(y) * width(); }
+    std::size_t bytes() const { return values_.size() + 2 * lowest_.size(); }
 
     // The dab's value at distance d is `peak` up to `radius` − `band`, then falls as 1 − smoothstep
     // over the band to 0 at `radius`. All in canvas pixels; a band wider than the radius is cut at
@@ -46,16 +40,12 @@ public:
 
 private:
     std::size_t width() const { return std::size_t(size_.width); }
-    std::size_t valueBytes() const { return width() * std::size_t(size_.height); }
-    std::uint8_t* changingRow(int y) {
-        return reinterpret_cast<std::uint8_t*>(values_.get()) + std::size_t(y) * width();
-    }
     // `area` is the part of the block that the dab's square covers.
     void placeInBlock(const Dab& dab, const PixelRect& block, const PixelRect& area,
                       std::size_t blockIndex);
 
     PixelSize size_;
-    PixelMemory values_;
+    std::vector<std::uint8_t> values_;
     // The least and largest value of each square block, so that dabs skip what they cannot change.
     int blocksAcross_ = 0;
     std::vector<std::uint8_t> lowest_, highest_;
