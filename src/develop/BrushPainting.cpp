@@ -221,18 +221,18 @@ void BrushCanvas::endBehind() {
                              std::size_t(x / kBlock));
 }
 
-bool BrushPainter::canGoOnTo(const std::vector<BrushStroke>& strokes) const {
-    if (strokes_.empty()) return true;
-    if (strokes.size() < strokes_.size()) return false;
-    const std::size_t last = strokes_.size() - 1;
-    if (!std::equal(strokes_.begin(), strokes_.begin() + std::ptrdiff_t(last), strokes.begin()))
+bool goesOn(const std::vector<BrushStroke>& painted, const std::vector<BrushStroke>& strokes) {
+    if (painted.empty()) return true;
+    if (strokes.size() < painted.size()) return false;
+    const std::size_t last = painted.size() - 1;
+    if (!std::equal(painted.begin(), painted.begin() + std::ptrdiff_t(last), strokes.begin()))
         return false;
-    const BrushStroke& painted = strokes_[last];
+    const BrushStroke& done = painted[last];
     const BrushStroke& grown = strokes[last];
-    return painted.radius == grown.radius && painted.feather == grown.feather &&
-           painted.flow == grown.flow && painted.erase == grown.erase &&
-           painted.points.size() <= grown.points.size() &&
-           std::equal(painted.points.begin(), painted.points.end(), grown.points.begin());
+    return done.radius == grown.radius && done.feather == grown.feather &&
+           done.flow == grown.flow && done.erase == grown.erase &&
+           done.points.size() <= grown.points.size() &&
+           std::equal(done.points.begin(), done.points.end(), grown.points.begin());
 }
 
 PixelRect BrushPainter::goOnTo(const std::vector<BrushStroke>& strokes) {

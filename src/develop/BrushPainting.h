@@ -67,6 +67,9 @@ private:
     std::vector<std::uint8_t> settled_; // 1 where nothing underneath can show any more
 };
 
+// Whether `strokes` begin with all of `painted`, the last of which may have grown by points.
+bool goesOn(const std::vector<BrushStroke>& painted, const std::vector<BrushStroke>& strokes);
+
 // Paints the strokes of one component, and can go on where it stopped when the last stroke grew or
 // strokes were added.
 class BrushPainter {
@@ -76,7 +79,9 @@ public:
     const BrushCanvas& canvas() const { return canvas_; }
     const std::vector<BrushStroke>& strokes() const { return strokes_; }
     // Whether `strokes` begin with everything that is painted already.
-    bool canGoOnTo(const std::vector<BrushStroke>& strokes) const;
+    bool canGoOnTo(const std::vector<BrushStroke>& strokes) const {
+        return goesOn(strokes_, strokes);
+    }
     // Paints what is new; canGoOnTo(strokes) must hold. Returns the rectangle that may have
     // changed.
     PixelRect goOnTo(const std::vector<BrushStroke>& strokes);

@@ -1,6 +1,7 @@
 #include "recipe/RecipeActions.h"
 
 #include "recipe/AdjustmentCatalogue.h"
+#include "recipe/MaskControls.h"
 #include "recipe/NumberText.h"
 #include "recipe/RecipeTexts.h"
 
@@ -28,6 +29,36 @@ Adjustments revertedToOriginal(Adjustments adjustments) {
 Adjustments withoutMasks(Adjustments adjustments) {
     adjustments.masks.clear();
     return adjustments;
+}
+
+MaskComponent withoutStrokes(const MaskComponent& component) {
+    return {component.id,     component.kind,    component.mode,
+            component.invert, component.start,   component.end,
+            component.angle,  component.feather, {}};
+}
+
+LocalMask withoutStrokes(const LocalMask& mask) {
+    LocalMask bare;
+    bare.id = mask.id;
+    bare.name = mask.name;
+    bare.enabled = mask.enabled;
+    bare.invert = mask.invert;
+    bare.amount = mask.amount;
+    for (const MaskControl& control : maskControlCatalogue())
+        bare.*control.field = mask.*control.field;
+    for (const MaskComponent& component : mask.components)
+        bare.components.push_back(withoutStrokes(component));
+    return bare;
+}
+
+Adjustments withoutStrokes(const Adjustments& adjustments) {
+    Adjustments bare;
+    bare.processVersion = adjustments.processVersion;
+    for (const AdjustmentSpec& spec : storedKeyCatalogue())
+        spec.setValue(bare, spec.value(adjustments));
+    for (const LocalMask& mask : adjustments.masks)
+        bare.masks.push_back(withoutStrokes(mask));
+    return bare;
 }
 
 Adjustments withPanelReset(Adjustments adjustments, AdjustmentSpec::Group group) {

@@ -26,6 +26,12 @@ Adjustments revertedToOriginal(Adjustments adjustments);
 
 Adjustments withoutMasks(Adjustments adjustments);
 
+// The same recipe, its brush shapes without strokes: small, whatever was painted. The strokes are
+// never copied on the way.
+MaskComponent withoutStrokes(const MaskComponent& component);
+LocalMask withoutStrokes(const LocalMask& mask);
+Adjustments withoutStrokes(const Adjustments& adjustments);
+
 // Every stored entry of the group 0; for `basic` this clears the retired `brightness` too.
 Adjustments withPanelReset(Adjustments adjustments, AdjustmentSpec::Group group);
 

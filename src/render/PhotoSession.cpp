@@ -106,7 +106,8 @@ Result<RenderedView> PhotoSession::render(const ViewRequest& request, Pass pass,
     auto decode = decodeFor(request, pass, cancellation);
     if (!decode) return fail(std::move(decode).error());
     const ImageSource& source = (*decode)->source;
-    const auto geometry = ViewGeometry::of(request, source.extent.size());
+    auto geometry = ViewGeometry::of(request, source.extent.size());
+    if (pass.part) geometry.rect = intersection(geometry.rect, *pass.part);
     const double scale = std::min(geometry.neededScale() / pass.coarseness, source.pixelScale);
     const bool isReduced = scale < source.pixelScale - kRounding;
     auto image = pass.isSettled && isReduced

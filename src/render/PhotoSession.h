@@ -61,6 +61,8 @@ public:
         // Develops the pixels before they are reduced to the view, as an export does, instead of
         // after: what is brighter than its surroundings looks the same then, but it takes longer.
         bool isSettled = false;
+        // All that is drawn of the view's rectangle; none: the whole of it.
+        std::optional<PixelRect> part = std::nullopt;
     };
 
     // The resolution of the decode that is there: 1 the photo's own, 0 none.

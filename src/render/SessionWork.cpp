@@ -1,6 +1,7 @@
 #include "render/SessionWork.h"
 
 #include "base/Require.h"
+#include "develop/PaintedArea.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,11 +12,17 @@ namespace kelvaro {
 
 namespace {
 
-// What rendering a frame of a gesture may take, so that it is on the screen after 20 ms.
-constexpr double kFrameSeconds = 0.013;
+// What rendering a frame of a gesture may take, so that it is on the screen after 20 ms: enlarging
+// a coarse one and copying it there takes 5 to 8.
+constexpr double kFrameSeconds = 0.0115;
 constexpr double kClearlyFaster = 0.7;              // of that, before frames become finer again
 constexpr std::chrono::milliseconds kHandRests(30); // without a newer request of the gesture
 constexpr int kCoarsest = 4;
+constexpr std::size_t kMostDrawn = 4; // views that a part may be laid over
+// Device pixels beside what was painted that resampling may carry it to: three lobes of the
+// reduction and two pixels of turning.
+constexpr int kPartMargin = 6;
+constexpr double kHistogramSeconds = 0.08; // between histograms of a gesture
 constexpr int kHistogramSide = 768; // of the picture that is counted where the view is a part
 
 bool hasOverlay(const ViewRequest& request) {
@@ -58,6 +65,7 @@ void RenderSession::Work::close() {
     front_->opened = nullptr;
     front_->newest = nullptr;
     front_->callbacks.clear();
+    drawn_.with([](std::vector<Drawn>& drawn) { drawn.clear(); });
     newest_.with([](AskedPointer& newest) { newest = nullptr; });
     waiting_.with([](AskedPointer& waiting) { waiting = nullptr; });
 }
@@ -180,21 +188,84 @@ void RenderSession::Work::step(const AskedPointer& asked, PhotoSession& session)
         ready->frame = engine_.perf().encoded(0, asked->when);
         ready->isFinal = ready->isFinal && ready->isSettled;
         const bool isFinal = ready->isFinal;
-        deliver(asked, std::move(*ready));
+        deliverDrawn(asked, pass, std::move(*ready));
         if (!isFinal && isNewest(asked)) refinement_.post(refine);
         return;
     }
-    if (asked->request.interactive) pass.coarseness = coarsenessFor(*asked, session);
+    if (asked->request.interactive) {
+        if (drawPart(asked, session)) return;
+        pass.coarseness = coarsenessFor(*asked, session);
+    } else {
+        // The hand has let go of what is on the canvas: only what settles it is missing.
+        const auto shown = drawnAs(asked->request.over);
+        if (shown && shown->asked->open == asked->open && shown->pass.coarseness == 1 &&
+            shown->asked->request.showsSameAs(asked->request)) {
+            if (shown->pass.isSettled && drawPart(asked, session)) return; // not even that
+            return refinement_.post(refine);
+        }
+    }
     auto view = timedRender(asked, session, pass, asked->cancellation);
     // In the middle of a gesture nobody looks for what settling changes.
     if (view && !asked->request.interactive) view->isFinal = view->isFinal && view->isSettled;
     const bool isFinal = !view || view->isFinal;
-    deliver(asked, std::move(view));
+    deliverDrawn(asked, pass, std::move(view));
     if (isFinal || !isNewest(asked)) return;
-    if (pass.coarseness > 1)
+    if (pass.coarseness > 1 && asked->request.interactive)
         refinement_.postLater(kHandRests, refine);
     else
         refinement_.post(refine);
+}
+
+std::optional<RenderSession::Work::Drawn> RenderSession::Work::drawnAs(std::uint64_t number) {
+    return drawn_.with([&](const std::vector<Drawn>& drawn) -> std::optional<Drawn> {
+        const auto found = std::find_if(drawn.begin(), drawn.end(),
+                                        [&](const Drawn& d) { return d.number == number; });
+        if (found == drawn.end()) return std::nullopt;
+        return *found;
+    });
+}
+
+// While somebody paints: how to draw what has changed of the view on the canvas, as that was drawn.
+// None where that is not all that changed, or where the part would take too long.
+std::optional<PhotoSession::Pass> RenderSession::Work::passForPart(const Asked& asked,
+                                                                   PhotoSession& session) {
+    const ViewRequest& request = asked.request;
+    const auto base = drawnAs(request.over);
+    if (!base || base->asked->open != asked.open || base->decodedScale != session.decodedScale() ||
+        !base->asked->request.looksFromWhere(request))
+        return std::nullopt;
+    const auto facts = session.facts(nullptr);
+    if (!facts) return std::nullopt;
+    const auto area = paintedArea(base->asked->request.edit, request.edit, facts->size);
+    if (!area) return std::nullopt;
+    PhotoSession::Pass pass = base->pass;
+    const ViewGeometry geometry = ViewGeometry::of(request, facts->size);
+    PixelRect part = shownPart(geometry, *area, kPartMargin * pass.coarseness);
+    if (part.isEmpty()) part = {geometry.rect.x, geometry.rect.y, 1, 1}; // an answer all the same
+    const double perPixel = pass.isSettled ? settledSecondsPerPixel_ : secondsPerPixel_;
+    const double pixels = double(part.width) * part.height / (pass.coarseness * pass.coarseness);
+    if (pixels * perPixel > kFrameSeconds) return std::nullopt;
+    pass.part = part;
+    return pass;
+}
+
+bool RenderSession::Work::drawPart(const AskedPointer& asked, PhotoSession& session) {
+    auto pass = passForPart(*asked, session);
+    if (!pass) return false;
+    auto view = session.render(asked->request, *pass, asked->cancellation.get());
+    if (!view) {
+        deliver(asked, std::move(view));
+        return true;
+    }
+    view->frame = engine_.perf().encoded(0, asked->when);
+    view->over = asked->request.over;
+    pass->part.reset(); // with what is there already it is a whole view
+    refinement_.postLater(kHandRests, [this, asked, part = *view] {
+        if (!isNewest(asked)) return;
+        part.isFinal ? countView(asked, part) : runRefine(asked);
+    });
+    deliverDrawn(asked, *pass, std::move(view));
+    return true;
 }
 
 void RenderSession::Work::runRefine(const AskedPointer& asked) {
@@ -207,7 +278,8 @@ void RenderSession::Work::runRefine(const AskedPointer& asked) {
     auto loaded = session->load(asked->request, pass, asked->open->cancellation.get());
     if (isShown) return sessions_.trim(); // the rest is for when the view moves
     if (!loaded) return deliver(asked, fail(std::move(loaded).error()));
-    if (isNewest(asked)) deliver(asked, timedRender(asked, *session, pass, asked->refinement));
+    if (isNewest(asked))
+        deliverDrawn(asked, pass, timedRender(asked, *session, pass, asked->refinement));
     sessions_.trim();
 }
 
@@ -232,11 +304,12 @@ Result<RenderedView> RenderSession::Work::timedRender(const AskedPointer& asked,
     if (!view) return view;
     const double seconds = engine_.clock().monotonicSeconds() - begin;
     view->frame = engine_.perf().encoded(seconds * 1000, asked->when);
-    if (pass.isSettled) return view; // tells nothing of a frame of a gesture
     const PixelSize size = view->pixels->size;
     const double pixels = std::max(1.0, double(size.width) * size.height);
-    const double before = secondsPerPixel_;
-    secondsPerPixel_ = before > 0 ? (before + seconds / pixels) / 2 : seconds / pixels;
+    // A settled view tells nothing of a frame of a gesture.
+    std::atomic<double>& known = pass.isSettled ? settledSecondsPerPixel_ : secondsPerPixel_;
+    const double before = known;
+    known = before > 0 ? (before + seconds / pixels) / 2 : seconds / pixels;
     return view;
 }
 
@@ -270,10 +343,27 @@ void RenderSession::Work::runPreview(const OpenPointer& open) {
 
 void RenderSession::Work::deliver(const AskedPointer& asked, Result<RenderedView> view) {
     if (!view && view.error().kind == FailureKind::cancelled) return;
-    if (view && wantsHistogram_ && view->stage != ViewStage::preview) countView(asked, *view);
+    if (view && wantsHistogram_ && view->stage != ViewStage::preview && view->over == 0)
+        countView(asked, *view);
     engine_.mainThread().post([front = std::weak_ptr(front_), asked, view = std::move(view)] {
         if (const auto alive = front.lock()) arrive(*alive, asked, view);
     });
+}
+
+// Notes how it was drawn, and gives it its number.
+void RenderSession::Work::deliverDrawn(const AskedPointer& asked, PhotoSession::Pass pass,
+                                       Result<RenderedView> view) {
+    if (view) {
+        view->number = ++lastView_;
+        const double decodedScale = asked->open->session.copy()->decodedScale();
+        drawn_.with([&](std::vector<Drawn>& drawn) {
+            // What is closed meanwhile is not kept in memory by this.
+            if (asked->open->cancellation->isCancelled()) return;
+            if (drawn.size() >= kMostDrawn) drawn.erase(drawn.begin());
+            drawn.push_back({view->number, asked, pass, decodedScale});
+        });
+    }
+    deliver(asked, std::move(view));
 }
 
 void RenderSession::Work::arrive(Front& front, const AskedPointer& asked,
@@ -289,6 +379,11 @@ void RenderSession::Work::arrive(Front& front, const AskedPointer& asked,
 }
 
 void RenderSession::Work::countView(const AskedPointer& asked, const RenderedView& view) {
+    if (!wantsHistogram_) return;
+    // While the hand moves a few a second do: counting and drawing them takes time from frames.
+    const double now = engine_.clock().monotonicSeconds();
+    if (!view.isFinal && now - countedAt_ < kHistogramSeconds) return;
+    countedAt_ = now;
     const bool isWhole = coversPicture(view) && !hasOverlay(asked->request);
     if (view.stage == ViewStage::coarse && !isWhole) return; // the refinement will be counted
     counting_.with([&](std::optional<Counting>& next) { next = Counting{asked, view}; });

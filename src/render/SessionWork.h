@@ -56,6 +56,14 @@ private:
         HistogramCallback histogram;
     };
 
+    // How the last views were drawn, so that one can go on from them.
+    struct Drawn {
+        std::uint64_t number = 0;
+        AskedPointer asked;
+        PhotoSession::Pass pass;
+        double decodedScale = 0; // of the pixels that it was made from
+    };
+
     void runOpen(const OpenPointer& open);
     void runRender();
     void runRefine(const AskedPointer& asked);
@@ -68,9 +76,14 @@ private:
     void tellOpened(const OpenPointer& open, Result<PhotoFacts> facts);
     void step(const AskedPointer& asked, PhotoSession& session);
     bool glimpse(const AskedPointer& asked, PhotoSession& session);
+    std::optional<Drawn> drawnAs(std::uint64_t number);
+    std::optional<PhotoSession::Pass> passForPart(const Asked& asked, PhotoSession& session);
+    bool drawPart(const AskedPointer& asked, PhotoSession& session);
     Result<RenderedView> timedRender(const AskedPointer& asked, PhotoSession& session,
                                      PhotoSession::Pass pass, const Token& cancellation);
     void deliver(const AskedPointer& asked, Result<RenderedView> view);
+    void deliverDrawn(const AskedPointer& asked, PhotoSession::Pass pass,
+                      Result<RenderedView> view);
     static void arrive(Front& front, const AskedPointer& asked, const Result<RenderedView>& view);
     void countView(const AskedPointer& asked, const RenderedView& view);
     int coarsenessFor(const Asked& asked, PhotoSession& session);
@@ -87,9 +100,13 @@ private:
         RenderedView view;
     };
     Locked<std::optional<Counting>> counting_; // the next histogram
+    Locked<std::vector<Drawn>> drawn_;
+    std::atomic<std::uint64_t> lastView_ = 0;
     std::atomic<bool> wantsHistogram_ = false;
-    std::atomic<double> secondsPerPixel_ = 0; // of the last frames; 0: not known yet
-    std::atomic<int> coarseness_ = 1;         // of the last frame of a gesture
+    std::atomic<double> countedAt_ = -1; // monotonic seconds
+    // Of the last frames, and of settled ones; 0: not known yet.
+    std::atomic<double> secondsPerPixel_ = 0, settledSecondsPerPixel_ = 0;
+    std::atomic<int> coarseness_ = 1; // of the last frame of a gesture
     // A queue's jobs post to the ones above it only, which end after it.
     SerialQueue previews_{"kelvaro.camera-preview", SerialQueue::AtEnd::drop};
     SerialQueue histograms_{"kelvaro.histogram", SerialQueue::AtEnd::drop};

@@ -71,15 +71,29 @@ Image shapedForView(const Image& developed, const ViewGeometry& geometry, int co
                            dividedUp(geometry.pictureSize.height, coarseness)};
     const PixelSize size = developed.extent().size();
     const AffineTransform map = viewTransform(geometry, size, coarseness);
-    if (!isPlainMove(map, size)) {
-        const auto sampling = coarseness > 1 ? Sampling::bilinear : Sampling::catmullRom;
-        return affine(developed, map, result, sampling);
-    }
+    // The same filter for coarse views: it runs as vectors.
+    if (!isPlainMove(map, size)) return affine(developed, map, result, Sampling::catmullRom);
     const int x = -int(std::lround(map.tx)), y = -int(std::lround(map.ty));
     const PixelRect part{x, y, result.width, result.height};
     if (!developed.extent().contains(part))
         return translated(cropped(clampedToExtent(developed), part), -x, -y);
     return translated(cropped(developed, part), -x, -y);
+}
+
+PixelRect shownPart(const ViewGeometry& geometry, const PixelRect& photoPart, int marginPx) {
+    if (photoPart.isEmpty()) return {};
+    const AffineTransform map = viewTransform(geometry, geometry.photo, 1);
+    double left = 1e9, bottom = 1e9, right = -1e9, top = -1e9;
+    for (const int x : {photoPart.x, photoPart.right()})
+        for (const int y : {photoPart.y, photoPart.top()}) {
+            const double viewX = map.a * x + map.c * y + map.tx;
+            const double viewY = map.b * x + map.d * y + map.ty;
+            left = std::min(left, viewX), right = std::max(right, viewX);
+            bottom = std::min(bottom, viewY), top = std::max(top, viewY);
+        }
+    const int x = int(std::floor(left)), y = int(std::floor(bottom));
+    const PixelRect part{x, y, int(std::ceil(right)) - x, int(std::ceil(top)) - y};
+    return intersection(outset(part, marginPx), geometry.rect);
 }
 
 CoarseRect coarseRect(const ViewGeometry& geometry, int coarseness) {

@@ -26,6 +26,10 @@ struct ViewGeometry {
 // pixels that are `coarseness` times as large. The pixels themselves where they fall together.
 Image shapedForView(const Image& developed, const ViewGeometry& geometry, int coarseness);
 
+// The device pixels in which a view shows this part of the photo, with `marginPx` of them around it
+// for what the resampling reaches; cut to the view's rectangle.
+PixelRect shownPart(const ViewGeometry& geometry, const PixelRect& photoPart, int marginPx);
+
 // The coarse pixels that cover the view's rectangle, and what they cover in device pixels, which
 // may be a little more than the picture.
 struct CoarseRect {

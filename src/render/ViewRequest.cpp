@@ -17,12 +17,16 @@ Adjustments ViewRequest::shownEdit() const {
     return shown;
 }
 
-bool ViewRequest::showsSameAs(const ViewRequest& other) const {
+bool ViewRequest::looksFromWhere(const ViewRequest& other) const {
     const auto rest = [](const ViewRequest& r) {
         return std::tie(r.fit, r.rect, r.space, r.whole, r.before, r.keepAlpha, r.clipping,
-                        r.maskOverlay.mask, r.maskOverlay.all, r.edit);
+                        r.maskOverlay.mask, r.maskOverlay.all);
     };
     return rest(*this) == rest(other) && (fit || scale == other.scale);
+}
+
+bool ViewRequest::showsSameAs(const ViewRequest& other) const {
+    return looksFromWhere(other) && edit == other.edit;
 }
 
 } // namespace kelvaro

@@ -35,11 +35,16 @@ struct ViewRequest {
     // request of a gesture once more without it; a coarse frame is refined by itself as well, as
     // soon as no newer request waits.
     bool interactive = false;
+    // The number of the view that is on the canvas. While somebody paints, the part that changed
+    // may come alone, to be laid over that one; 0: only whole views.
+    std::uint64_t over = 0;
 
     // What is really developed: `edit`, or for `before` only its crop.
     Adjustments shownEdit() const;
     // Whether both ask for the same pixels; only one of them may be of a gesture.
     bool showsSameAs(const ViewRequest& other) const;
+    // The same whatever the edit.
+    bool looksFromWhere(const ViewRequest& other) const;
 };
 
 // How near to its end a view is; each replaces the one before, over the same rectangle.
@@ -62,6 +67,11 @@ struct RenderedView {
     bool isSettled = false;  // developed before it was reduced to the view, as an export is
     bool isFinal = false;    // nothing better will follow for this request
     std::uint64_t frame = 0; // tell RenderSession::displayed when it is on the screen
+    // Counted from 1 within a session.
+    std::uint64_t number = 0;
+    // Not 0: only a part, of the same kind of pixels as the view of this number, and to be laid
+    // over it; outside of the part they are equal.
+    std::uint64_t over = 0;
 };
 
 // A small area of the photo as it was recorded: scene light at the as-shot white, before any edit.

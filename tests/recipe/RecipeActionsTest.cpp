@@ -1,6 +1,7 @@
 #include "recipe/RecipeActions.h"
 
 #include "recipe/AdjustmentCatalogue.h"
+#include "recipe/MaskControls.h"
 
 #include <gtest/gtest.h>
 
@@ -42,6 +43,30 @@ TEST(RevertTest, ClearsEveryValueAndKeepsMasks) {
     EXPECT_EQ(revertedToOriginal(reverted), expected);
     EXPECT_FALSE(isEdited(withoutMasks(reverted)));
     EXPECT_EQ(withoutMasks(filled(1, 2)), filled(1, 0));
+}
+
+TEST(StrokesTest, EverythingElseStaysWithoutThem) {
+    Adjustments painted = filled(1, 2);
+    painted.processVersion = 3;
+    LocalMask& mask = painted.masks[1];
+    mask.id.bytes[3] = 7;
+    mask.name = "Sky";
+    mask.enabled = false;
+    mask.invert = true;
+    mask.amount = 60;
+    double value = 5;
+    for (const MaskControl& control : maskControlCatalogue())
+        mask.*control.field = ++value;
+    MaskComponent shape{
+        {}, MaskComponent::Kind::radial, MaskComponent::Mode::subtract, true, {1, 2}, {3, 4}, 5, 6,
+        {}};
+    shape.id.bytes[2] = 9;
+    mask.components = {shape, MaskComponent{}};
+    const Adjustments bare = painted;
+    for (MaskComponent& component : mask.components)
+        component.strokes = {{{{0.1, 0.2}}, 0.05, 50, 100, false}};
+    EXPECT_NE(painted, bare);
+    EXPECT_EQ(withoutStrokes(painted), bare);
 }
 
 TEST(PanelResetTest, ClearsItsGroupOnly) {

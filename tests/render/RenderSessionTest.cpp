@@ -2,18 +2,22 @@
 
 #include "render/RenderStage.h"
 
+#include <cstring>
+
 namespace kelvaro::test {
 namespace {
 
 constexpr double kPatience = 20; // seconds
 
-// A second passes with every look at the clock, so that every frame is too slow.
+// A second, or another time, passes with every look at the clock, so that every frame is too slow.
 class SlowClock final : public Clock {
 public:
-    double monotonicSeconds() const override { return seconds_ += 1; }
+    explicit SlowClock(double step = 1) : step_(step) {}
+    double monotonicSeconds() const override { return seconds_ += step_; }
     double wallSeconds() const override { return seconds_; }
 
 private:
+    double step_;
     mutable std::atomic<double> seconds_{1000};
 };
 
@@ -111,6 +115,93 @@ TEST(RenderSession, GesturesAreCoarseInTimeAndSharpInTheEnd) {
     EXPECT_EQ(canvas.views[0].stage, ViewStage::coarse);
     EXPECT_EQ(canvas.views[0].pixels->size, (PixelSize{30, 23})); // a quarter, rounded up
     EXPECT_EQ(canvas.views[1].pixels->size, (PixelSize{120, 90}));
+}
+
+// What a canvas makes of a part: the view it had, with the part in its place.
+Bitmap laidOver(const RenderedView& base, const RenderedView& part) {
+    Bitmap all(base.pixels->size, base.pixels->channels, SampleType::u8);
+    std::memcpy(all.samples.get(), base.pixels->samples.get(), all.bytes());
+    const int pitch = base.rect.width / base.pixels->size.width;
+    const int left = (part.rect.x - base.rect.x) / pitch;
+    const int down = (base.rect.top() - part.rect.top()) / pitch;
+    for (int y = 0; y < part.pixels->size.height; ++y)
+        std::memcpy(all.row<std::uint8_t>(down + y) + left * all.channels,
+                    part.pixels->row<std::uint8_t>(y), part.pixels->rowBytes());
+    return all;
+}
+
+// A brush on its way over the photo, zoomed and turned; what comes is what a whole view would be.
+TEST(RenderSession, WhatIsPaintedComesAlone) {
+    struct Case {
+        const char* name;
+        bool isRaw, isSlow;
+        double scale, straighten;
+        std::optional<PixelRect> rect;
+        bool overlay;
+    };
+    const Case cases[] = {
+        {"fitted", false, false, 0.4, 0, {}, false},
+        {"a RAW photo with its overlay", true, false, 0.4, 0, {}, true},
+        {"turned", true, false, 0.55, 7, {}, false},
+        {"a part at full size", false, false, 1, -3, PixelRect{40, 30, 90, 80}, true},
+        {"a coarse view", false, true, 0.7, 0, {}, false},
+    };
+    const SlowClock slow(0.05);
+    const ManualClock quick;
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        RenderStage stage(test.isSlow ? static_cast<const Clock&>(slow) : quick);
+        const auto photo = test.isRaw ? stage.dng("photo.dng", {256, 192})
+                                      : stage.jpeg("photo.jpg", picture({256, 192}, landscape));
+        ViewRequest request;
+        request.scale = test.scale;
+        request.rect = test.rect;
+        request.edit.straighten = test.straighten;
+        request.edit.vignette = -40;
+        request.edit.masks.resize(1);
+        request.edit.masks[0].exposure = 1;
+        request.edit.masks[0].components.resize(1);
+        auto& strokes = request.edit.masks[0].components[0].strokes;
+        strokes.push_back({{{0.3, 0.3}}, 0.04, 60, 80, false});
+        request.maskOverlay.all = test.overlay;
+        Canvas canvas(stage);
+        canvas.session.open(photo);
+        canvas.render(request);
+        canvas.settle();
+        request.interactive = true;
+        RenderedView base = canvas.views.back(); // a settled one
+        canvas.views.clear();
+        if (test.isSlow) {
+            request.edit.exposure = 0.3;
+            canvas.render(request);
+            canvas.settle();
+            base = canvas.views.front();
+            ASSERT_EQ(base.stage, ViewStage::coarse);
+            canvas.views.clear();
+        }
+        ASSERT_EQ(base.over, 0u);
+        request.over = base.number;
+        strokes[0].points.push_back({0.5, 0.4});
+        canvas.render(request);
+        canvas.settle();
+        ASSERT_FALSE(canvas.views.empty());
+        const RenderedView part = canvas.views.front();
+        ASSERT_EQ(part.over, base.number);
+        EXPECT_LT(part.rect.width * part.rect.height, base.rect.width * base.rect.height);
+        const PhotoSession::Pass pass{base.rect.width / base.pixels->size.width, 1, !test.isSlow};
+        const auto whole = stage.session(photo)->render(request, pass, nullptr);
+        ASSERT_TRUE(whole);
+        EXPECT_EQ(worstDifference(laidOver(base, part), *whole->pixels), 0);
+        // With a control moved as well it is another picture.
+        canvas.views.clear();
+        request.over = part.number;
+        request.edit.contrast = 20;
+        strokes[0].points.push_back({0.6, 0.4});
+        canvas.render(request);
+        canvas.settle();
+        ASSERT_FALSE(canvas.views.empty());
+        EXPECT_EQ(canvas.views.front().over, 0u);
+    }
 }
 
 TEST(RenderSession, FailuresAreToldOnceAndAnotherPhotoEndsThem) {

@@ -54,7 +54,26 @@ CanvasFrame frameOf(const RenderedView& view, bool whole, const QColorSpace& pro
     frame.whole = whole;
     frame.isFinal = view.isFinal;
     frame.number = view.frame;
+    frame.view = view.number;
     return frame;
+}
+
+PixelRect lay(const CanvasFrame& part, CanvasFrame& over) {
+    // Both have pixels of one size, and the part begins on one of the frame's.
+    const int coarseness = std::max(1, over.rect.width / std::max(1, over.image.width()));
+    const QPoint at((part.rect.x - over.rect.x) / coarseness,
+                    (over.rect.top() - part.rect.top()) / coarseness);
+    QPainter painter(&over.image);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(at, part.image);
+    painter.end();
+    over.stage = part.stage;
+    over.isFinal = part.isFinal;
+    over.isPart = true;
+    over.number = part.number;
+    over.view = part.view;
+    over.asked = part.asked;
+    return part.rect;
 }
 
 CanvasFrame standInFrame(const QImage& image, bool whole) {

@@ -18,7 +18,9 @@ struct CanvasFrame {
     ViewStage stage = ViewStage::preview;
     bool whole = false; // of the uncropped photo
     bool isFinal = false;
-    std::uint64_t number = 0; // of the render session
+    bool isPart = false;      // its newest pixels are a part laid over the others
+    std::uint64_t number = 0; // of the timing log
+    std::uint64_t view = 0;   // of the render session
     std::uint64_t asked = 0;  // which of the canvas's requests it answers
 
     bool coversPicture() const;
@@ -26,6 +28,9 @@ struct CanvasFrame {
 
 // In the screen's colours; an invalid profile stands for sRGB.
 CanvasFrame frameOf(const RenderedView& view, bool whole, const QColorSpace& profile);
+// What changed of the frame (RenderedView::over), laid over it. Returns where, in device pixels of
+// the scaled picture.
+PixelRect lay(const CanvasFrame& part, CanvasFrame& over);
 // A small picture of the whole that stands in until something is rendered.
 CanvasFrame standInFrame(const QImage& image, bool whole);
 

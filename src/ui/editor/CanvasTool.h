@@ -24,6 +24,8 @@ class CanvasTool {
 public:
     virtual ~CanvasTool() = default;
     virtual void paint(QPainter& painter, const CanvasView& view) = 0;
+    // All of what it draws that moves with the pointer; none: anything may.
+    virtual std::optional<QRectF> spot(const CanvasView&) const { return std::nullopt; }
     // Whether the tool takes the drag; else the hand moves the photo.
     virtual bool press(const CanvasPointer& pointer, const CanvasView& view) = 0;
     virtual void drag(const CanvasPointer& pointer, const CanvasView& view) = 0;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr int zoomShownMs = 1200;
 constexpr qint64 patienceMs = 200; // that a gesture waits for a frame before it asks again
+constexpr int restMs = 250;        // without a request of the gesture, until the view is settled
 
 bool isSame(const MaskOverlay& a, const MaskOverlay& b) {
     return a.mask == b.mask && a.all == b.all;
@@ -31,6 +32,7 @@ EditorCanvas::EditorCanvas(const Appearance& appearance, RenderEngine& engine,
                            PhotoSessionCache& sessions, QWidget* parent)
     : QWidget(parent),
       appearance_(appearance),
+      engine_(engine),
       session_(engine, sessions),
       before_(engine, sessions) {
     setObjectName("canvas");
@@ -45,6 +47,9 @@ EditorCanvas::EditorCanvas(const Appearance& appearance, RenderEngine& engine,
     asking_.setSingleShot(true);
     asking_.setInterval(0);
     QObject::connect(&asking_, &QTimer::timeout, this, [this] { send(); });
+    resting_.setSingleShot(true);
+    resting_.setInterval(restMs);
+    QObject::connect(&resting_, &QTimer::timeout, this, [this] { ask(false); });
     zoomShown_.setSingleShot(true);
     zoomShown_.setInterval(zoomShownMs);
     labelsShown_.setSingleShot(true);
@@ -97,6 +102,7 @@ void EditorCanvas::showPhoto(const std::filesystem::path& photo, const Adjustmen
 void EditorCanvas::close() {
     open_ = false;
     asking_.stop();
+    resting_.stop();
     session_.close();
     before_.close();
     frame_ = backdrop_ = fading_ = beforeFrame_ = {};
@@ -146,7 +152,11 @@ CanvasView EditorCanvas::view() const {
 }
 
 void EditorCanvas::setEdit(const Adjustments& edit, bool interactive) {
-    if (!open_ || edit == edit_) return;
+    if (!open_) return;
+    if (edit == edit_) {
+        if (!interactive && interactive_) ask(false); // the hand has let go
+        return;
+    }
     // The whole photo is only turned and framed anew, which is painted.
     const bool isFrameOnly = display_.whole && withoutCrop(edit) == withoutCrop(edit_);
     edit_ = edit;
@@ -180,6 +190,7 @@ void EditorCanvas::setDisplay(const CanvasDisplay& display) {
 
 void EditorCanvas::setScreenProfile(const QColorSpace& profile) {
     profile_ = profile;
+    frame_.view = 0; // in other colours: nothing can be laid over it
     if (open_) ask(false);
 }
 
@@ -223,6 +234,8 @@ void EditorCanvas::send() {
     ViewRequest request = requestNow();
     if (request.rect && request.rect->isEmpty()) return;
     request.interactive = interactive_;
+    request.over = frame_.view;
+    interactive_ ? resting_.start() : resting_.stop();
     askedByFit_ = request.fit.has_value();
     inFlight_ = true;
     sinceSent_.start();
@@ -262,6 +275,11 @@ void EditorCanvas::take(const Result<RenderedView>& view, bool whole, std::uint6
     failure_.clear();
     CanvasFrame next = frameOf(*view, whole, profile_);
     next.asked = asked;
+    if (view->over != 0) {
+        takePart(next, view->over);
+        if (again_) send();
+        return;
+    }
     // A better stage takes the place of a worse one softly; a hand on a control sees it at once.
     const bool improves = frame_.stage == ViewStage::preview && next.stage != ViewStage::preview;
     if (improves && !frame_.image.isNull() && appearance_.motionMs() > 0 &&
@@ -279,6 +297,21 @@ void EditorCanvas::take(const Result<RenderedView>& view, bool whole, std::uint6
                        frame_.pictureSize != this->view().scaledPicture();
     if (again_) send();
     if (isOff) ask(false);
+}
+
+// Only what changed is drawn and painted.
+void EditorCanvas::takePart(const CanvasFrame& part, std::uint64_t over) {
+    if (frame_.view != over || frame_.image.isNull()) return ask(interactive_);
+    // The picture beneath shares the pixels, which would be copied to write into them.
+    const bool isBackdrop = frame_.coversPicture();
+    if (isBackdrop) backdrop_ = {};
+    const PixelRect changed = lay(part, frame_);
+    if (isBackdrop) backdrop_ = frame_;
+    undisplayed_ = frame_.number;
+    CanvasFrame place = part;
+    place.rect = changed;
+    place.pictureSize = frame_.pictureSize;
+    update(frameInView(place, view()).toAlignedRect().adjusted(-1, -1, 1, 1));
 }
 
 } // namespace kelvaro

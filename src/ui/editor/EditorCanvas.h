@@ -56,7 +56,9 @@ public:
     bool isFactual() const { return factual_; } // the photo's real size is known
     // How many requests were sent; what changes now is in the next one.
     std::uint64_t askedCount() const { return askedCount_; }
-    bool isSettled() const { return open_ && frame_.isFinal && !asking_.isActive() && !inFlight_; }
+    bool isSettled() const {
+        return open_ && frame_.isFinal && !asking_.isActive() && !resting_.isActive() && !inFlight_;
+    }
     void zoomTo(CanvasView::Zoom zoom);
     void zoomBy(double factor);
     // The photo grows out of this rectangle of the canvas.
@@ -93,12 +95,14 @@ private:
     void askBefore();
     ViewRequest requestNow() const;
     void take(const Result<RenderedView>& view, bool whole, std::uint64_t asked);
+    void takePart(const CanvasFrame& part, std::uint64_t over);
     void opened(const Result<PhotoFacts>& facts);
     PixelSize pictureSize() const;
     void viewChanged();
     bool showsBefore() const { return display_.split.originalHeld || display_.split.isSplit; }
 
     // --- Painting ---
+    QRect coveredArea(const CanvasView& view) const;
     void paintPhoto(QPainter& painter, const CanvasView& view);
     void paintFrame(QPainter& painter, const CanvasFrame& frame, const CanvasView& view);
     void paintSplit(QPainter& painter, const CanvasView& view);
@@ -112,8 +116,10 @@ private:
     void release(const CanvasPointer& pointer);
     void applyView(const CanvasView& view, bool interactive);
     void showCursor(Point at);
+    void updateTool();
 
     const Appearance& appearance_;
+    RenderEngine& engine_;
     RenderSession session_, before_;
     QColorSpace profile_;
     Adjustments edit_;
@@ -129,7 +135,8 @@ private:
     QVariantAnimation fade_, growth_;
     QRect growsFrom_;
 
-    QTimer asking_; // gathers what changes in one turn into one request
+    QTimer asking_;  // gathers what changes in one turn into one request
+    QTimer resting_; // runs while a gesture moves: when it ends the view is settled
     bool interactive_ = false;
     bool inFlight_ = false; // a frame of a gesture is on its way
     bool again_ = false;    // and another is wanted after it
@@ -141,6 +148,7 @@ private:
     Gesture gesture_ = Gesture::none;
     Point pressedAt_, lastAt_;
     bool spaceHeld_ = false;
+    std::optional<QRectF> toolSpot_; // where the tool was drawn at the pointer
     QTimer zoomShown_, labelsShown_;
 };
 

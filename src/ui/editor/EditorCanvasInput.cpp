@@ -31,6 +31,7 @@ void EditorCanvas::setTool(CanvasTool* tool) {
     if (tool_ && gesture_ == Gesture::tool) tool_->cancel();
     gesture_ = Gesture::none;
     tool_ = tool;
+    toolSpot_.reset();
     showCursor(pointAt(mapFromGlobal(QCursor::pos())));
     update();
 }
@@ -86,6 +87,7 @@ void EditorCanvas::press(const CanvasPointer& pointer, Qt::MouseButton button) {
 }
 
 void EditorCanvas::move(const CanvasPointer& pointer, bool pressed) {
+    engine_.work().noteInput(); // work in the background waits for a hand at rest
     const CanvasView now = view();
     switch (gesture_) {
     case Gesture::none:
@@ -105,7 +107,16 @@ void EditorCanvas::move(const CanvasPointer& pointer, bool pressed) {
     }
     lastAt_ = pointer.at;
     showCursor(pointer.at);
-    if (tool_ || gesture_ == Gesture::split) update();
+    if (gesture_ == Gesture::split) update();
+    if (tool_) updateTool();
+}
+
+// A tool that draws only at the pointer needs no more than that painted again.
+void EditorCanvas::updateTool() {
+    const auto before = std::exchange(toolSpot_, tool_->spot(view()));
+    if (!toolSpot_) return update();
+    update(toolSpot_->toAlignedRect());
+    before ? update(before->toAlignedRect()) : update();
 }
 
 void EditorCanvas::release(const CanvasPointer& pointer) {
@@ -157,6 +168,7 @@ void EditorCanvas::tabletEvent(QTabletEvent* event) {
 
 void EditorCanvas::wheelEvent(QWheelEvent* event) {
     if (!open_) return;
+    engine_.work().noteInput();
     const double units = event->angleDelta().y() + event->angleDelta().x();
     applyView(zoomedBy(view_, wheelZoomFactor(units), pointAt(event->position())), true);
     event->accept();

@@ -3,6 +3,8 @@
 #include "ui/Texts.h"
 #include "ui/editor/EditorCanvas.h"
 
+#include <QPaintEvent>
+
 #include <cmath>
 
 namespace kelvaro {
@@ -22,12 +24,24 @@ Box EditorCanvas::visiblePicture(const CanvasView& view) const {
                         std::min(shown.maxY(), double(height())));
 }
 
-void EditorCanvas::paintEvent(QPaintEvent*) {
+// What the photo covers without showing anything of what lies beneath.
+QRect EditorCanvas::coveredArea(const CanvasView& view) const {
+    const bool isPlain = open_ && !frame_.image.isNull() && !frame_.image.hasAlphaChannel() &&
+                         !frame_.whole && !display_.whole && fading_.image.isNull() &&
+                         !display_.split.originalHeld &&
+                         growth_.state() != QAbstractAnimation::Running;
+    if (!isPlain) return {};
+    return frameInView(frame_, view).toAlignedRect().adjusted(2, 2, -2, -2);
+}
+
+void EditorCanvas::paintEvent(QPaintEvent* event) {
     const Theme& theme = appearance_.theme();
     QPainter painter(this);
-    painter.fillRect(rect(), display_.assessment ? assessmentGrey : theme.canvas);
-    if (!open_) return;
     const CanvasView now = view();
+    // Filling a large canvas twice takes as long as drawing the photo.
+    for (const QRect& around : event->region() - coveredArea(now))
+        painter.fillRect(around, display_.assessment ? assessmentGrey : theme.canvas);
+    if (!open_) return;
     if (growth_.state() == QAbstractAnimation::Running) return paintGrowing(painter, now);
     if (frame_.image.isNull() && backdrop_.image.isNull()) {
         painter.setFont(interfaceFont());

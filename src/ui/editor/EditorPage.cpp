@@ -172,13 +172,10 @@ unsigned EditorPage::circumstances() const {
 void EditorPage::refresh() {
     if (isOpening_ || !model_.isOpen()) return;
     const bool isMoving = model_.isChanging() || &model_.shown() != &model_.edit();
+    if (isMoving) parts_.engine.work().noteInput();
     canvas_->setEdit(model_.shown(), isMoving);
-    inspector_->show(
-        inspectorPanels(model_.edit(), {model_.photo().isRaw, model_.photo().asShotKelvin}),
-        words(model_.readOnlyReason()));
-    mask_.follow();
-    showTools();
-    canvas_->update();
+    // A point more of a stroke changes nothing but the photo, and there may be a thousand a second.
+    if (!mask_.state().isPainting) showEdit();
     if (!model_.isChanging()) showBar();
     const unsigned now = circumstances();
     if (std::exchange(told_, now) != now && onCircumstances) onCircumstances();
@@ -187,6 +184,14 @@ void EditorPage::refresh() {
     };
     parts_.commands.action(CommandId::undo)->setText(title("Undo", model_.undoName()));
     parts_.commands.action(CommandId::redo)->setText(title("Redo", model_.redoName()));
+}
+
+void EditorPage::showEdit() {
+    inspector_->show(
+        inspectorPanels(model_.edit(), {model_.photo().isRaw, model_.photo().asShotKelvin}),
+        words(model_.readOnlyReason()));
+    mask_.follow();
+    showTools();
 }
 
 void EditorPage::showBar() {
@@ -233,7 +238,8 @@ void EditorPage::copy() {
 void EditorPage::paste() {
     inspector_->finish();
     const auto& clipboard = parts_.library.clipboard().get();
-    if (clipboard) model_.paste(*clipboard);
+    if (!clipboard || model_.isReadOnly()) return;
+    model_.paste(*clipboard);
 }
 
 void EditorPage::escape() {

@@ -82,6 +82,7 @@ private:
     void bindCommands();
     void bindCanvas();
     void refresh();
+    void showEdit();
     void showBar();
     void showDisplay();
     void notice(std::string_view text) { parts_.library.showNotice(std::string(text)); }

@@ -22,11 +22,41 @@ QString resetTip(AdjustmentSpec::Group group) {
     return words("Set everything in %1 to 0").arg(words(title(group)));
 }
 
+// Its bar lies in the margin of the rows, so that they keep their width whether it is there or not.
+class MarginScroll final : public QScrollArea {
+public:
+    explicit MarginScroll(QWidget* parent)
+        : QScrollArea(parent), bar_(new QScrollBar(Qt::Vertical, this)) {
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        bar_->setFocusPolicy(Qt::NoFocus);
+        QScrollBar* own = verticalScrollBar();
+        QObject::connect(own, &QScrollBar::rangeChanged, this, [this, own](int low, int high) {
+            bar_->setRange(low, high);
+            bar_->setPageStep(own->pageStep());
+            bar_->setVisible(high > low);
+        });
+        QObject::connect(own, &QScrollBar::valueChanged, bar_, &QScrollBar::setValue);
+        QObject::connect(bar_, &QScrollBar::valueChanged, own, &QScrollBar::setValue);
+        bar_->hide();
+    }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QScrollArea::resizeEvent(event);
+        bar_->setGeometry(width() - bar_->sizeHint().width(), 0, bar_->sizeHint().width(),
+                          height());
+        bar_->raise();
+    }
+
+private:
+    QScrollBar* bar_;
+};
+
 } // namespace
 
 QScrollArea* inspectorScroll(QWidget* content, const char* name, const QString& title,
                              QWidget* parent) {
-    auto* scroll = new QScrollArea(parent);
+    auto* scroll = new MarginScroll(parent);
     scroll->setWidgetResizable(true);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setFocusPolicy(Qt::NoFocus);
@@ -197,7 +227,7 @@ void InspectorView::show(const std::vector<InspectorPanel>& panels, const QStrin
         for (const InspectorRow& row : panel.rows) {
             if (const auto toggle = switches_.find(row.spec->id); toggle != switches_.end()) {
                 toggle->second->setChecked(row.value != 0);
-                toggle->second->setEnabled(canChange);
+                toggle->second->parentWidget()->setEnabled(canChange); // and its name
                 continue;
             }
             rows_.at(row.spec->id)->show(row);

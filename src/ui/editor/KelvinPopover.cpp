@@ -11,7 +11,7 @@
 namespace kelvaro {
 namespace {
 
-constexpr int widthPx = 264;
+constexpr int widthPx = measure::inspectorWidth - 32; // as wide as the row
 
 } // namespace
 

@@ -11,6 +11,7 @@ namespace kelvaro {
 namespace {
 
 constexpr double pinReach = 12;
+constexpr double signPx = 4; // half of the plus or minus of the brush
 
 QPainterPath pathOf(const std::vector<Point>& points) {
     QPainterPath path;
@@ -151,20 +152,23 @@ void MaskCanvas::moveShape(const CanvasPointer& pointer, const CanvasView& view)
 
 void MaskCanvas::release(const CanvasPointer& pointer, const CanvasView&) {
     pointer_ = pointer.at;
-    if (stroke_ || handle_ || drawing_) editor_.endChange();
     drawsShape_ = false;
-    stroke_.reset();
-    handle_.reset();
-    drawing_ = state_.isPainting = false;
+    if (letGo()) editor_.endChange();
     changed();
 }
 
 void MaskCanvas::cancel() {
-    if (stroke_ || handle_ || drawing_) editor_.cancelChange();
+    if (letGo()) editor_.cancelChange();
+    changed();
+}
+
+// Whether anything was held.
+bool MaskCanvas::letGo() {
+    const bool held = stroke_ || handle_ || drawing_;
     stroke_.reset();
     handle_.reset();
     drawing_ = state_.isPainting = false;
-    changed();
+    return held;
 }
 
 void MaskCanvas::hover(const std::optional<CanvasPointer>& pointer, const CanvasView& view) {
@@ -270,6 +274,15 @@ std::optional<std::pair<Uuid, Uuid>> MaskCanvas::pinAt(Point at, const CanvasVie
     return std::nullopt;
 }
 
+// With a brush only its cursor follows the pointer.
+std::optional<QRectF> MaskCanvas::spot(const CanvasView& view) const {
+    if (!isBrush()) return std::nullopt;
+    if (!pointer_) return QRectF();
+    const double reach =
+        std::max(brushCursor(state_.brush, place(view).pointsPerMaskUnit()).outer, signPx) + 3;
+    return QRectF(pointer_->x - reach, pointer_->y - reach, 2 * reach, 2 * reach);
+}
+
 void MaskCanvas::paintBrush(QPainter& painter, const CanvasView& view) const {
     if (!pointer_) return;
     const BrushCursor cursor = brushCursor(state_.brush, place(view).pointsPerMaskUnit());
@@ -281,11 +294,11 @@ void MaskCanvas::paintBrush(QPainter& painter, const CanvasView& view) const {
         inner.addEllipse(at, cursor.inner, cursor.inner);
         drawLegible(painter, inner, 1, Qt::DashLine);
     }
-    sign.moveTo(at - QPointF(4, 0));
-    sign.lineTo(at + QPointF(4, 0));
+    sign.moveTo(at - QPointF(signPx, 0));
+    sign.lineTo(at + QPointF(signPx, 0));
     if (!cursor.erases) {
-        sign.moveTo(at - QPointF(0, 4));
-        sign.lineTo(at + QPointF(0, 4));
+        sign.moveTo(at - QPointF(0, signPx));
+        sign.lineTo(at + QPointF(0, signPx));
     }
     drawLegible(painter, sign, 1.5);
 }

@@ -30,6 +30,7 @@ public:
     std::function<void()> onChanged; // the state
 
     void paint(QPainter& painter, const CanvasView& view) override;
+    std::optional<QRectF> spot(const CanvasView& view) const override;
     bool press(const CanvasPointer& pointer, const CanvasView& view) override;
     void drag(const CanvasPointer& pointer, const CanvasView& view) override;
     void release(const CanvasPointer& pointer, const CanvasView& view) override;
@@ -44,6 +45,7 @@ private:
     PhotoPlacement place(const CanvasView& view) const;
     bool isBrush() const;
     void beginStroke(const CanvasPointer& pointer, const CanvasView& view);
+    bool letGo();
     void moveShape(const CanvasPointer& pointer, const CanvasView& view);
     void paintShape(QPainter& painter, const MaskComponent& shape, const CanvasView& view,
                     bool selected) const;

@@ -3,6 +3,7 @@
 #include "editor/MaskList.h"
 #include "editor/ToolRows.h"
 #include "recipe/MaskControls.h"
+#include "recipe/RecipeActions.h"
 #include "ui/Texts.h"
 #include "ui/controls/Labels.h"
 #include "ui/controls/Naming.h"
@@ -275,7 +276,7 @@ void MaskControls::show(const Adjustments& edit, const MaskToolState& state, boo
     overlay_->setToolTip(words(overlayTip(state)));
     overlay_->setAccessibleDescription(overlay_->toolTip());
     if (mask) {
-        showShapes(mask);
+        showShapes(*mask);
         const auto shape =
             std::ranges::find_if(mask->components, [&](const MaskComponent& component) {
                 return state.shape && component.id == *state.shape;
@@ -293,12 +294,17 @@ void MaskControls::show(const Adjustments& edit, const MaskToolState& state, boo
         for (std::size_t at = 0; at < rows.size(); ++at)
             controls_[at]->show(rows[at]);
     }
+    showCanChange(canChange);
+    showing_ = false;
+}
+
+void MaskControls::showCanChange(bool canChange) {
+    if (std::exchange(shownCanChange_, canChange) == canChange) return;
     for (QWidget* widget : findChildren<QWidget*>()) {
         if (qobject_cast<QAbstractButton*>(widget) || dynamic_cast<SliderRow*>(widget))
             widget->setEnabled(canChange || widget->objectName() == "overlayButton" ||
                                widget->objectName() == "doneMasks");
     }
-    showing_ = false;
 }
 
 void MaskControls::showList(const Adjustments& edit) {
@@ -326,9 +332,12 @@ void MaskControls::showList(const Adjustments& edit) {
     masks_->setFixedHeight(rowPx * std::min(masks_->count(), shownRows) + 4);
 }
 
-void MaskControls::showShapes(const LocalMask* mask) {
+void MaskControls::showShapes(const LocalMask& mask) {
+    std::pair next{withoutStrokes(mask).components, state_.shape};
+    if (next == shownShapes_ && shapes_->count() == static_cast<int>(next.first.size())) return;
+    shownShapes_ = std::move(next);
     shapes_->clear();
-    for (const MaskComponent& shape : mask->components) {
+    for (const MaskComponent& shape : shownShapes_.first) {
         QString text = words(nameOf(shape.kind));
         if (shapes_->count() > 0) text = words(nameOf(shape.mode)) + " · " + text;
         if (shape.invert) text += " · " + words("inverted");

@@ -50,7 +50,8 @@ private:
     QWidget* makeBrushSection();
     void bind(SliderRow* row, Slider kind, std::size_t index, double neutral);
     void showList(const Adjustments& edit);
-    void showShapes(const LocalMask* mask);
+    void showShapes(const LocalMask& mask);
+    void showCanChange(bool canChange);
     void openMaskMenu(const QPoint& at);
     void openShapeMenu(const QPoint& at);
     void openAddShapeMenu();
@@ -67,7 +68,10 @@ private:
     QLabel* empty_;
     SliderRow *amount_, *feather_;
     std::vector<SliderRow*> controls_, brushRows_;
-    std::vector<LocalMask> shownMasks_; // without strokes
+    std::vector<LocalMask> shownMasks_; // what the list shows of them
+    // Of the selected mask, without strokes, and the selected one.
+    std::pair<std::vector<MaskComponent>, std::optional<Uuid>> shownShapes_;
+    std::optional<bool> shownCanChange_;
     MaskToolState state_;
     bool showing_ = false;
 };

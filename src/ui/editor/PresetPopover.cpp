@@ -13,6 +13,7 @@ namespace kelvaro {
 namespace {
 
 constexpr int widthPx = 280, rowPx = 28, shownRows = 9;
+constexpr int itemAir = 9; // of a name within its row: it stands under the heading's first letter
 
 } // namespace
 
@@ -21,9 +22,15 @@ PresetPopover::PresetPopover(const Appearance& appearance, QWidget* window, QWid
     setObjectName("presetPopover");
     panel()->setFixedWidth(widthPx);
     auto* column = new QVBoxLayout(panel());
-    column->setContentsMargins(16, 16, 16, 16);
+    column->setContentsMargins(measure::margin - itemAir, 16, measure::margin - itemAir, 16);
     column->setSpacing(measure::unit);
-    column->addWidget(label(words("Presets"), "heading"));
+    const auto inset = [column] {
+        auto* line = new QHBoxLayout;
+        line->setContentsMargins(itemAir, 0, itemAir, 0);
+        column->addLayout(line);
+        return line;
+    };
+    inset()->addWidget(label(words("Presets"), "heading"));
     list_ = named(new QListWidget(panel()), "presetList", words("Presets"),
                   words("Resting on a preset shows it, Return or a click applies it"));
     list_->setToolTip({});
@@ -34,8 +41,8 @@ PresetPopover::PresetPopover(const Appearance& appearance, QWidget* window, QWid
     list_->installEventFilter(this);
     column->addWidget(list_);
     note_ = wrappedLabel({}, "secondary", widthPx - 32);
-    column->addWidget(note_);
-    auto* row = new QHBoxLayout;
+    inset()->addWidget(note_);
+    auto* row = inset();
     name_ = named(new QLineEdit(panel()), "presetName", words("Name of a new preset"),
                   words("Keeps the present adjustments under this name"));
     name_->setPlaceholderText(words("New preset"));
@@ -44,7 +51,6 @@ PresetPopover::PresetPopover(const Appearance& appearance, QWidget* window, QWid
     save->setEnabled(false);
     row->addWidget(name_, 1);
     row->addWidget(save);
-    column->addLayout(row);
     const auto keep = [this] {
         if (name_->text().trimmed().isEmpty()) return;
         if (onSave) onSave(name_->text().trimmed().toStdString());

@@ -1,12 +1,15 @@
 #include "ui/editor/SliderRow.h"
 
 #include "editor/TrackTint.h"
+#include "recipe/RecipeTexts.h"
 #include "ui/Texts.h"
 #include "ui/controls/Naming.h"
 
 #include <QEnterEvent>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QPainter>
+#include <QToolTip>
 
 #include <cmath>
 
@@ -254,6 +257,18 @@ bool SliderRow::eventFilter(QObject* watched, QEvent* event) {
         }
     }
     return QAbstractSlider::eventFilter(watched, event);
+}
+
+// A click on a value in kelvins does something of its own.
+bool SliderRow::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTip && row_.opensKelvinField) {
+        const auto* help = static_cast<QHelpEvent*>(event);
+        if (valueRect().contains(help->pos())) {
+            QToolTip::showText(help->globalPos(), words(texts::kelvinEntryTip), this, valueRect());
+            return true;
+        }
+    }
+    return QAbstractSlider::event(event);
 }
 
 // --- Painting ---

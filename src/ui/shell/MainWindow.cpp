@@ -1,6 +1,7 @@
 #include "ui/shell/MainWindow.h"
 
 #include "app/SettingsKeys.h"
+#include "recipe/RecipeTexts.h"
 #include "ui/Texts.h"
 #include "ui/shell/ProgramIcon.h"
 #include "ui/shell/SheetPrompts.h"
@@ -237,6 +238,12 @@ void MainWindow::showCommands() {
     const bool isFavorite = state.isEditing ? parts_.library.editorTools().state().isFavorite
                                             : state.selectionIsAllFavorite;
     commands_->setOn(CommandId::favorite, isFavorite);
+    const bool pastesToMany = !state.isEditing && state.selectedCount > 1;
+    commands_->action(CommandId::pasteAdjustments)
+        ->setText(pastesToMany ? words(texts::pasteAdjustmentsTo) + " " +
+                                     counted(static_cast<qint64>(state.selectedCount), "1 Photo",
+                                             "%1 Photos")
+                               : words(texts::pasteAdjustments));
     commands_->setOn(CommandId::togglePhotoBar, state.showsFilmstrip);
     commands_->setOn(CommandId::toggleSidebar, library_->showsSidebar());
 }

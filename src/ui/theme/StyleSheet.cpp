@@ -16,6 +16,7 @@ QLabel[role="secondary"], QLabel[role="caption"] { color: @secondary; }
 QLabel[role="caption"] { font-size: 11px; }
 QLabel[role="heading"] { font-size: 15px; font-weight: 600; }
 QLabel[role="greeting"] { font-size: 24px; font-weight: 600; }
+QLabel:disabled { color: @disabled; }
 QLabel[role="warning"] { color: @warning; }
 
 QMenuBar { background: @window; color: @secondary; padding: 2px 8px; spacing: 0px; }

@@ -1,10 +1,12 @@
 // Pens, pinches, floods of events, and what the window keeps of how it is set up.
 #include "ui/editor/EditorScene.h"
 
+#include <QHelpEvent>
 #include <QNativeGestureEvent>
 #include <QPointingDevice>
 #include <QPushButton>
 #include <QTabletEvent>
+#include <QToolTip>
 
 namespace kelvaro {
 namespace {
@@ -127,6 +129,50 @@ TEST_F(EditorInput, ADoubleClickOnARowOrItsValueSetsItToZero) {
             EXPECT_FALSE(editor().kelvinPopover().isVisible());
         }
     }
+}
+
+TEST_F(EditorInput, SaysWhatAClickOnTheTemperatureDoes) {
+    openEditor(1);
+    SliderRow* row = this->row("temperature");
+    for (const auto& [at, text] :
+         {std::pair{row->valueRect().center(), QString("Click to enter a temperature in Kelvin")},
+          std::pair{QPoint(20, 30), row->toolTip()}}) {
+        QHelpEvent help(QEvent::ToolTip, at, row->mapToGlobal(at));
+        QApplication::sendEvent(row, &help);
+        EXPECT_EQ(QToolTip::text(), text);
+    }
+    QToolTip::hideText();
+}
+
+// Only the brush's part of the canvas is drawn anew, and in the end it is what a fresh start shows.
+TEST_F(EditorInput, ShowsWhatIsPaintedAsAFreshStartDoes) {
+    openEditor(1);
+    window->resize(800, 560); // the photo reduced
+    beginBrush();
+    model().change("Exposure", [](Adjustments& edit) {
+        edit.masks.back().exposure = -1;
+        edit.vignette = -50;
+    });
+    settleCanvas();
+    QTest::mousePress(&canvas(), Qt::LeftButton, {}, onCanvas(60, 60));
+    int parts = 0;
+    canvas().onPainted = [&](const CanvasFrame& frame) { parts += frame.isPart; };
+    for (int step = 1; step <= 40; ++step) {
+        const std::uint64_t before = canvas().askedCount();
+        sendMove(&canvas(), QPointF(onCanvas(60 + 12 * step, 60 + 8 * step)));
+        until([&] { return canvas().frame().asked > before; });
+    }
+    EXPECT_GT(parts, 20);
+    QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, onCanvas(540, 380));
+    key(Qt::Key_Escape); // no brush at the pointer
+    settleCanvas();
+    const QImage shown = canvas().grab().toImage();
+    settleSaving();
+    library->closeEditor();
+    settle();
+    render->sessions().forgetAll();
+    openPhoto(0);
+    EXPECT_EQ(largestDifference(canvas().grab().toImage(), shown), 0);
 }
 
 TEST_F(EditorInput, RemembersWhichPanelsAreFolded) {

@@ -57,6 +57,7 @@ private:
     }
     void take(const QString& name) {
         wait();
+        until([&] { return !canvas().isVisible() || canvas().isSettled(); });
         window->grab().save(output_ + "/editor-" + name + ".png");
         std::printf("%s\n", qPrintable(name));
         std::fflush(stdout);

@@ -68,6 +68,8 @@ TEST_F(EditorTrouble, SavesOnceAnUnpluggedDriveIsBack) {
 // start shows.
 TEST_F(EditorTrouble, GoesOnDrawingWhileMemoryIsShort) {
     openEditor(2);
+    window->resize(800, 560); // the photo reduced
+    settleCanvas();
     SliderRow* row = this->row("exposure");
     QTest::mousePress(row, Qt::LeftButton, {}, QPoint(150, 20));
     for (int step = 1; step <= 40; ++step) {

@@ -108,6 +108,8 @@ TEST_F(EditorWalk, EditsCopiesAndExportsWhatTheCanvasShows) {
     const auto& photos = view->photos;
     library->setSelection({photos[1]->url, photos[2]->url});
     until([&] { return window->commands().action(CommandId::pasteAdjustments)->isEnabled(); });
+    EXPECT_EQ(window->commands().action(CommandId::pasteAdjustments)->text(),
+              "Paste Adjustments to 2 Photos");
     key(Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
     settle();
     EXPECT_EQ(window->noticeText(), "Adjustments pasted to 2 photos");
