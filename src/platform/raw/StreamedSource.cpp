@@ -6,7 +6,8 @@ namespace kelvaro {
 
 namespace {
 
-// Rows of tiles that are kept: the ones being read, and the ones that their neighbours will need.
+// Rows of tiles that are kept: those that two cores read, half a strip of an export apart, and the
+// one between them. With one fewer an export makes a quarter of the tiles twice.
 constexpr std::size_t kRowsKept = 3;
 
 std::size_t bytesOf(const SensorImage& sensor) {
