@@ -6,8 +6,9 @@ namespace kelvaro {
 
 namespace {
 
-// Rows of tiles that are kept: those being read, and the ones above that their neighbours need.
-constexpr std::size_t kRowsKept = 2;
+// Rows of tiles that are kept: those that two cores read, half a strip of an export apart, and the
+// one between them. With one fewer an export makes a quarter of the tiles twice.
+constexpr std::size_t kRowsKept = 3;
 
 std::size_t bytesOf(const SensorImage& sensor) {
     return std::size_t(sensor.stride) * std::size_t(sensor.height) *
@@ -75,7 +76,9 @@ AlignedFloats StreamedSource::freshMemory() const {
     return AlignedFloats(tileFloats(largest_));
 }
 
-std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int row) const {
+// Null while another thread makes the tile, unless `waits` is set.
+std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int row,
+                                                                 bool waits) const {
     const int index = row * tiles_.width + column;
     auto tile = std::make_shared<Tile>();
     {
@@ -87,6 +90,7 @@ std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int
                 kept_.splice(kept_.begin(), kept_, place->second);
                 return known;
             }
+            if (!waits) return nullptr;
             finished_.wait(guard, [&] {
                 const auto now = places_.find(index);
                 return now == places_.end() || (*now->second)->isReady;
@@ -115,23 +119,33 @@ std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int
     return tile;
 }
 
+void StreamedSource::copyPart(const Tile& tile, const TileView& wanted) {
+    const ConstTileView from = tile.pixels;
+    const PixelRect &place = from.rect, part = intersection(place, wanted.rect);
+    const int firstFrom = place.y + place.height - (part.y + part.height);
+    const int firstTo = wanted.rect.y + wanted.rect.height - (part.y + part.height);
+    for (int plane = 0; plane < 3; ++plane) {
+        for (int y = 0; y < part.height; ++y)
+            std::copy_n(from.row(plane, firstFrom + y) + (part.x - place.x), part.width,
+                        wanted.row(plane, firstTo + y) + (part.x - wanted.rect.x));
+    }
+}
+
+// What another thread is making is taken last: two that read rows of the same tiles would make them
+// in turn otherwise, one waiting for the other.
 void StreamedSource::read(const TileView& wanted) const {
+    std::vector<std::pair<int, int>> underWay;
     for (int row = 0; row < tiles_.height; ++row) {
         for (int column = 0; column < tiles_.width; ++column) {
-            const PixelRect place = development_.tile(column, row);
-            const PixelRect part = intersection(place, wanted.rect);
-            if (part.isEmpty()) continue;
-            const auto tile = made(column, row);
-            const ConstTileView from = tile->pixels;
-            const int firstFrom = place.y + place.height - (part.y + part.height);
-            const int firstTo = wanted.rect.y + wanted.rect.height - (part.y + part.height);
-            for (int plane = 0; plane < 3; ++plane) {
-                for (int y = 0; y < part.height; ++y)
-                    std::copy_n(from.row(plane, firstFrom + y) + (part.x - place.x), part.width,
-                                wanted.row(plane, firstTo + y) + (part.x - wanted.rect.x));
-            }
+            if (intersection(development_.tile(column, row), wanted.rect).isEmpty()) continue;
+            if (const auto tile = made(column, row, false))
+                copyPart(*tile, wanted);
+            else
+                underWay.emplace_back(column, row);
         }
     }
+    for (const auto& [column, row] : underWay)
+        copyPart(*made(column, row, true), wanted);
 }
 
 } // namespace kelvaro

@@ -34,7 +34,8 @@ private:
         TileView pixels;
     };
     using Kept = std::list<std::shared_ptr<Tile>>; // the latest first
-    std::shared_ptr<const Tile> made(int column, int row) const;
+    std::shared_ptr<const Tile> made(int column, int row, bool waits) const;
+    static void copyPart(const Tile& tile, const TileView& wanted);
     void forget(int index) const;
     void forgetOldest() const;
     AlignedFloats freshMemory() const;
