@@ -48,7 +48,7 @@ void stretchTile(const StretchTables& tables, int planes, const ConstTileView& i
         used[count++] = plane;
     if (out.hasAlpha()) used[count++] = 3;
     // Each line of the input is stretched once; the lines of the output lie between two of them.
-    const Tile line(pool, {0, 0, in.rect.width + 1, 1}, false);
+    const Tile line(pool, {0, 0, in.rect.width + 1, kPlanes}, false);
     const Tile stretched(pool, {0, 0, out.rect.width, 2 * kPlanes}, false);
     const auto stretchedRow = [&](int inputLine, int i) {
         return stretched.view().row(0, inputLine % 2 * kPlanes + i);
@@ -56,14 +56,15 @@ void stretchTile(const StretchTables& tables, int planes, const ConstTileView& i
     int held[2] = {-1, -1};
     const auto hold = [&](int inputLine) {
         if (std::exchange(held[inputLine % 2], inputLine) == inputLine) return;
+        float *from[kPlanes], *to[kPlanes];
         for (int i = 0; i < count; ++i) {
-            float* from = line.view().row(0, 0);
-            float* to = stretchedRow(inputLine, i);
-            std::memcpy(from, in.row(used[i], rowOfLine(in.rect, in.rect.y + inputLine)),
+            from[i] = line.view().row(0, i);
+            to[i] = stretchedRow(inputLine, i);
+            std::memcpy(from[i], in.row(used[i], rowOfLine(in.rect, in.rect.y + inputLine)),
                         inWidth * sizeof(float));
-            from[inWidth] = from[inWidth - 1]; // right neighbour of a one-pixel input
-            rows::interpolate(&to, &from, 1, columns.index.data(), columns.fraction.data(), width);
+            from[i][inWidth] = from[i][inWidth - 1]; // right neighbour of a one-pixel input
         }
+        rows::interpolate(to, from, count, columns.index.data(), columns.fraction.data(), width);
     };
     for (int outLine = 0; outLine < out.rect.height; ++outLine) {
         const auto at = std::size_t(out.rect.y + outLine - tables.output.y);
