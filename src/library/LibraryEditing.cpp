@@ -197,7 +197,12 @@ void LibraryStore::pasteAdjustments(const std::vector<PhotoUrl>& photos, PasteGe
         count += p.changeEdit(photo, pasted(**p.clipboard, p.editOf(photo), geometry));
     if (count == 0) return;
     p.bumpVersion();
+    notePaste();
     showNotice(pastedNotice(count));
+}
+
+void LibraryStore::notePaste() {
+    parts_->pasteCount.set(parts_->pasteCount.get() + 1);
 }
 
 void LibraryStore::setFavorite(const std::vector<PhotoUrl>& photos, bool favorite) {

@@ -93,6 +93,7 @@ struct LibraryStore::Parts {
     Published<std::optional<PhotoInfo>> info;
     Published<std::optional<ExportRequest>> exportRequest;
     Published<std::optional<Adjustments>> clipboard;
+    Published<std::uint64_t> pasteCount{0};
     Published<bool> showsFilmstrip{true};
     Published<AppearanceMode> appearance{AppearanceMode::system};
     Published<std::optional<Notice>> notice;

@@ -36,7 +36,7 @@ LibraryStore::Parts::Parts(const LibraryServices& given)
     all(folders, missingFolders, indexingFolders, isReading, unsavedFavorites, unsavedEdits,
         version, favoriteRevision, metaRevision, view, filterOptions, scope, restriction, filter,
         searchText, searchFocus, sortOrder, thumbSize, selection, scrollTarget, openPhoto,
-        infoRequest, info, exportRequest, clipboard, showsFilmstrip, appearance, notice,
+        infoRequest, info, exportRequest, clipboard, pasteCount, showsFilmstrip, appearance, notice,
         errorMessage);
 }
 

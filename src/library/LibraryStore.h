@@ -193,6 +193,7 @@ public:
     const Published<std::optional<PhotoUrl>>& openPhoto() const; // in the editor
     bool isEditing() const { return openPhoto().get().has_value(); }
     const Published<std::optional<Adjustments>>& clipboard() const;
+    const Published<std::uint64_t>& pasteCount() const; // of pastes in this session
 
     // Does nothing for a photo that is not in the library.
     void openEditor(const PhotoUrl& photo);
@@ -207,6 +208,7 @@ public:
     void setClipboard(const Adjustments& adjustments); // without a notice
     void pasteAdjustments(const std::vector<PhotoUrl>& photos,
                           PasteGeometry geometry = PasteGeometry::keepOwn);
+    void notePaste(); // the editor has pasted into its photo
     void setFavorite(const std::vector<PhotoUrl>& photos, bool favorite);
     // All become favourites, unless all are.
     void toggleFavorite(const std::vector<PhotoUrl>& photos);

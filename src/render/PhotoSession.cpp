@@ -14,7 +14,8 @@ namespace kelvaro {
 
 namespace {
 
-constexpr std::size_t kMostLayers = 4; // that are drawn
+// That are drawn: reduced and developed for the view, for a coarse one and for the histogram.
+constexpr std::size_t kMostLayers = 6;
 constexpr std::size_t kMostWishes = 2; // an edit and the one before it, side by side
 // Larger pictures are developed where they are looked at, instead of whole into memory.
 constexpr std::int64_t kLargestLayer = 12'000'000; // pixels

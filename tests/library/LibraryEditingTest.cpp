@@ -200,8 +200,11 @@ TEST_F(LibraryEditingTest, PasteKeepsTheTargetsCrop) {
     store.setAdjustments(one, bright);
     store.copyAdjustments(one);
     store.setAdjustments(two, {.cropTop = 0.2});
+    store.pasteAdjustments({});
+    EXPECT_EQ(*store.pasteCount(), 0u);
     store.pasteAdjustments({two, three});
     EXPECT_EQ(store.notice().get()->text, pastedNotice(2));
+    EXPECT_EQ(*store.pasteCount(), 1u);
     EXPECT_EQ(*store.edit(two), (Adjustments{.exposure = 1, .cropTop = 0.2}));
     EXPECT_EQ(*store.edit(three), (Adjustments{.exposure = 1}));
     scene.settle();

@@ -240,6 +240,7 @@ void EditorPage::paste() {
     const auto& clipboard = parts_.library.clipboard().get();
     if (!clipboard || model_.isReadOnly()) return;
     model_.paste(*clipboard);
+    parts_.library.notePaste();
 }
 
 void EditorPage::escape() {

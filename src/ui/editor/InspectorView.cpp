@@ -30,9 +30,9 @@ public:
         setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         bar_->setFocusPolicy(Qt::NoFocus);
         QScrollBar* own = verticalScrollBar();
-        QObject::connect(own, &QScrollBar::rangeChanged, this, [this, own](int low, int high) {
+        QObject::connect(own, &QScrollBar::rangeChanged, this, [this](int low, int high) {
             bar_->setRange(low, high);
-            bar_->setPageStep(own->pageStep());
+            bar_->setPageStep(viewport()->height());
             bar_->setVisible(high > low);
         });
         QObject::connect(own, &QScrollBar::valueChanged, bar_, &QScrollBar::setValue);
@@ -43,6 +43,7 @@ public:
 protected:
     void resizeEvent(QResizeEvent* event) override {
         QScrollArea::resizeEvent(event);
+        bar_->setPageStep(viewport()->height());
         bar_->setGeometry(width() - bar_->sizeHint().width(), 0, bar_->sizeHint().width(),
                           height());
         bar_->raise();

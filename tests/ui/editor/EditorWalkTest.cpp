@@ -113,6 +113,7 @@ TEST_F(EditorWalk, EditsCopiesAndExportsWhatTheCanvasShows) {
     key(Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
     settle();
     EXPECT_EQ(window->noticeText(), "Adjustments pasted to 2 photos");
+    EXPECT_EQ(*library->pasteCount(), 1u);
     for (const std::size_t at : {1u, 2u}) {
         const Adjustments* pasted = library->edit(PhotoUrl(photos[at]->url));
         ASSERT_NE(pasted, nullptr);
