@@ -10,7 +10,8 @@ namespace kelvaro {
 
 namespace {
 
-constexpr std::int64_t kMostSessionBytes = std::int64_t(2) << 30;
+// With what is drawn at the moment the program stays below 1.5 GiB.
+constexpr std::int64_t kMostSessionBytes = std::int64_t(768) << 20;
 constexpr std::int64_t kMostThumbnailBytes = std::int64_t(256) << 20;
 
 std::unique_ptr<Perf> perfFor(RenderLogs logs) {
