@@ -58,8 +58,9 @@ TEST_F(ExporterFailureTest, ADiskThatFillsUpFailsThosePhotos) {
     FailingFileSystem full(real, {0, {}, 20'000});
     const auto state = exported(photos, full);
     expectOnlyWhole(state);
-    EXPECT_EQ(state.exported, 1u);
-    ASSERT_EQ(state.failures.size(), 2u);
+    // Of two that are written at once both may find it full.
+    EXPECT_LE(state.exported, 1u);
+    ASSERT_EQ(state.exported + state.failures.size(), 3u);
     EXPECT_EQ(state.failures[0].message, "The file couldn't be written.");
 }
 
@@ -255,7 +256,7 @@ TEST_F(ExporterFailureTest, TwoProcessesShareAFolder) {
     const auto inChild = [&] {
         const pid_t child = ::fork();
         if (child != 0) return child;
-        random = SeededRandom(std::uint64_t(::getpid())); // as real processes have other names
+        random.reseed(std::uint64_t(::getpid())); // as real processes have other names
         const auto state = exported(photos);
         ::_exit(state.exported + state.failures.size() == 10 ? int(state.exported) : 99);
     };
@@ -278,7 +279,7 @@ TEST_F(ExporterFailureTest, AKilledExportIsSweptByTheNext) {
     ASSERT_EQ(::pipe(ready), 0);
     const pid_t child = ::fork();
     if (child == 0) {
-        random = SeededRandom(2);
+        random.reseed(2);
         writer.afterWrite = [&](PendingFile&) {
             static_cast<void>(::write(ready[1], "y", 1));
             ::pause();
@@ -312,6 +313,8 @@ TEST_F(ExporterFailureTest, TakesNamesOfEveryKind) {
     settings.format = ExportFormat::heic; // one letter longer
     const auto state = exported(photos);
     EXPECT_EQ(state.exported, names.size());
+    for (const ExportFailure& failure : state.failures)
+        ADD_FAILURE() << failure.fileName << ": " << failure.message << " " << failure.detail;
     EXPECT_EQ(outNames().size(), names.size());
 }
 

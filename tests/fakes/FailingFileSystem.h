@@ -22,7 +22,7 @@ public:
     };
 
     explicit FailingFileSystem(FileSystem& real) : real_(real) {}
-    FailingFileSystem(FileSystem& real, Plan plan) : real_(real), plan_(plan) {}
+    FailingFileSystem(FileSystem& real, Plan plan) : real_(real), plan_(plan), room_(plan.room) {}
 
     int calls() const { return calls_; }
     bool hasFailed() const { return failed_; }
@@ -97,8 +97,10 @@ private:
         Result<void> writeAt(std::int64_t offset, std::span<const std::byte> bytes) override {
             if (owner_.fails()) return fail(owner_.planned());
             const auto wanted = static_cast<std::int64_t>(bytes.size());
-            const std::int64_t fitting = std::min(wanted, owner_.plan_.room);
-            owner_.plan_.room -= fitting;
+            std::int64_t room = owner_.room_, fitting = 0;
+            do
+                fitting = std::min(wanted, room);
+            while (!owner_.room_.compare_exchange_weak(room, room - fitting));
             auto written = real_->writeAt(offset, bytes.first(static_cast<std::size_t>(fitting)));
             if (!written || fitting == wanted) return written;
             owner_.failed_ = true;
@@ -132,6 +134,7 @@ private:
     Plan plan_;
     std::string kept_;
     std::function<void(int)> hook_;
+    std::atomic<std::int64_t> room_ = Plan().room;
     std::atomic<int> calls_ = 0;
     std::atomic<bool> failed_ = false;
 };

@@ -42,7 +42,8 @@ DIALECT_INLINE Float cbrt(Float x) {
     const Float low = fma(e, 0.5555351308925027, 0.6666667371128567);
     const Float high =
         fma(fma(e, 0.43053030704793027, 0.45875326516062076), e, 0.4937786555227459);
-    return copySign(fma(root * e, fma(high, e2, low), root), x);
+    const Float found = copySign(fma(root * e, fma(high, e2, low), root), x);
+    return select(size <= 3.4028234663852886e38, found, x); // infinity has no such e
 }
 
 // The angle of (x, y) in -π … π: 7e-7 absolute. (0, 0) gives 0 or ±π by the sign of x; NaN stays
