@@ -15,6 +15,9 @@ namespace {
 // What rendering a frame of a gesture may take, so that it is on the screen after 20 ms: enlarging
 // a coarse one and copying it there takes 5 to 8.
 constexpr double kFrameSeconds = 0.0115;
+// What is painted should be seen within 33 ms. A part needs no enlarging and comes as sharp as the
+// rest.
+constexpr double kPartSeconds = 0.022;
 constexpr double kClearlyFaster = 0.7;              // of that, before frames become finer again
 constexpr std::chrono::milliseconds kHandRests(30); // without a newer request of the gesture
 constexpr int kCoarsest = 4;
@@ -244,7 +247,7 @@ std::optional<PhotoSession::Pass> RenderSession::Work::passForPart(const Asked& 
     if (part.isEmpty()) part = {geometry.rect.x, geometry.rect.y, 1, 1}; // an answer all the same
     const double perPixel = pass.isSettled ? settledSecondsPerPixel_ : secondsPerPixel_;
     const double pixels = double(part.width) * part.height / (pass.coarseness * pass.coarseness);
-    if (pixels * perPixel > kFrameSeconds) return std::nullopt;
+    if (pixels * perPixel > kPartSeconds) return std::nullopt;
     pass.part = part;
     return pass;
 }

@@ -95,7 +95,9 @@ private:
         library->requestInfo(std::nullopt);
     }
     void drawCrop() {
+        until([&] { return window->commands().action(CommandId::crop)->isEnabled(); });
         window->commands().action(CommandId::crop)->trigger();
+        until([&] { return editor().cropCanvas() != nullptr; });
         settleCanvas();
         editor().cropCanvas()->tool().setAspect(Aspect::fourToFive);
         take("crop");
