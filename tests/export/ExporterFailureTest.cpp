@@ -84,12 +84,17 @@ std::optional<int> onSmallDisk(const fs::path& out, const std::function<bool()>&
 }
 
 TEST_F(ExporterFailureTest, ARealFullDiskKeepsWhatFits) {
-    const std::vector photos{photo("A.png", {200, 100}), photo("B.png", {200, 100})};
+    const std::vector photos{photo("A.png", {160, 80}), photo("B.png", {160, 80}),
+                             photo("C.png", {160, 80})};
     const auto ended = onSmallDisk(folder / "out", [&] {
-        settings.format = ExportFormat::tiff; // 120 KB each
+        settings.format = ExportFormat::tiff; // 77 KB each: room for the two written at once
         const auto state = exported(photos);
-        return state.exported == 1 && state.failures.size() == 1 && outNames().size() == 1 &&
-               !outNames().begin()->starts_with(".");
+        const auto names = outNames();
+        const bool hidden = std::any_of(names.begin(), names.end(),
+                                        [](const auto& name) { return name.starts_with("."); });
+        // The third may take room from the second.
+        return !hidden && state.exported >= 1 && state.exported <= 2 &&
+               state.exported + state.failures.size() == 3 && names.size() == state.exported;
     });
     if (!ended) GTEST_SKIP() << "no scene";
     EXPECT_EQ(*ended, 0);

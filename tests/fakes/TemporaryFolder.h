@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include <unistd.h>
+
 namespace kelvaro {
 
 class TemporaryFolder {
@@ -32,6 +34,12 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+// A file's place that no other test program uses, though many run at once; nothing is made there.
+inline std::filesystem::path temporaryPath(std::string_view name) {
+    return std::filesystem::temp_directory_path() /
+           ("kelvaro-" + std::to_string(::getpid()) + '-' + std::string(name));
+}
 
 // Creates missing parents too.
 inline void writeFile(const std::filesystem::path& path, std::string_view content) {

@@ -1,3 +1,4 @@
+#include "fakes/TemporaryFolder.h"
 #include "places/Places.h"
 #include "platform/metadata/ExifPropertyReader.h"
 #include "platform/metadata/HeifContainer.h"
@@ -106,7 +107,7 @@ TEST_F(Properties, MissingAndEmptyFilesFail) {
 
 TEST_F(Properties, DamagedBytesNeitherCrashNorPrint) {
     testing::internal::CaptureStderr();
-    const auto path = std::filesystem::temp_directory_path() / "kelvaro_damaged";
+    const auto path = temporaryPath("damaged");
     std::mt19937 random(20261121);
     for (const char* name : {"bitmap/orientation6.heic", "bitmap/meta_utf8_credits.jpg",
                              "bitmap/png_exif_orientation6.png", "raw/flat_grey.dng",

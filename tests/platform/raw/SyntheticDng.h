@@ -2,6 +2,8 @@
 // linear Rec. 709 itself, so that the picture is the scene function.
 #pragma once
 
+#include "fakes/TemporaryFolder.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -47,7 +49,7 @@ struct SyntheticDng {
 
     std::vector<std::uint8_t> bytes() const;
     std::filesystem::path write(const std::string& name) const {
-        const auto path = std::filesystem::temp_directory_path() / ("kelvaro_raw_" + name);
+        const auto path = temporaryPath(name);
         const auto data = bytes();
         std::ofstream(path, std::ios::binary)
             .write(reinterpret_cast<const char*>(data.data()), std::streamsize(data.size()));

@@ -150,7 +150,7 @@ TEST(Unpacking, SlicedFilesEqualTheLibrarys) {
         writer.text(272, "Canon EOS Test");
         if (slices[0] > 0) writer.shorts(50752, {slices[0], slices[1], slices[2]});
         const auto file = writer.file(jpeg);
-        const auto path = std::filesystem::temp_directory_path() / "kelvaro_raw_sliced.cr2";
+        const auto path = temporaryPath("sliced.cr2");
         std::ofstream(path, std::ios::binary)
             .write(reinterpret_cast<const char*>(file.data()), std::streamsize(file.size()));
         LibRaw theirs;
