@@ -1,7 +1,7 @@
 #include "platform/imaging/TiledRenderer.h"
 
 #include "platform/ImageSpace.h"
-#include "platform/imaging/RowOperations.h"
+#include "platform/imaging/RowEncoding.h"
 #include "platform/imaging/TileEvaluator.h"
 
 #include <hwy/detect_compiler_arch.h>

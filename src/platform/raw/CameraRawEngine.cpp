@@ -7,6 +7,7 @@
 #include "platform/raw/StreamedSource.h"
 #include "platform/raw/WhiteMatch.h"
 
+#include <cmath>
 #include <new>
 
 namespace kelvaro {
@@ -63,7 +64,7 @@ private:
     // Takes from the embedded preview what the file leaves open: the white and the brightness.
     // False when it was cancelled and should be tried again.
     bool match(SensorImage sensor, const Cancellation* cancellation) {
-        if (!previews_ || (decoder_->statesExposure() && decoder_->statesWhite())) return true;
+        if (!previews_ || (!decoder_->exposureDoubtStops() && decoder_->statesWhite())) return true;
         constexpr int kMatchPixels = 512; // along the longer side; every 64th pixel is looked at
         const auto preview = decoder_->preview(kMatchPixels);
         if (!preview || !*preview) {
@@ -90,9 +91,10 @@ private:
     }
 
     void matchExposure(const DecodedBitmap& picture, const SensorImage& sensor) {
-        if (decoder_->statesExposure()) return;
+        const auto doubt = decoder_->exposureDoubtStops();
+        if (!doubt) return;
         const auto stops = matchedStops(previewLuminance(picture), sensorLuminance(sensor));
-        if (stops) properties_.baselineExposureStops = *stops;
+        if (stops && std::abs(*stops) >= *doubt) properties_.baselineExposureStops = *stops;
     }
 
     void describeWhite() {

@@ -28,6 +28,7 @@ constexpr std::uint64_t kMaximumPreviewBytes = 128 << 20;
 constexpr INT64 kMissingTolerated = 4096;
 constexpr auto kTimeLimit = 9s;
 constexpr float kStuckMargin = 0.02f, kLeastMargin = 0.002f; // of the range from black to white
+constexpr double kDoubtOfZero = 0.5; // stops; previews are contrastier than the data by less
 constexpr float kLongExposureSeconds = 1, kTimesNoise = 10;
 
 int exifOrientation(int flip) {
@@ -186,8 +187,9 @@ void RawDecoder::describe() {
 
 void RawDecoder::describeExposure() {
     const auto stated = dng_ ? dng_->baselineExposureStops : library_->exposureStops();
-    statesExposure_ = stated.has_value();
     description_.exposureStops = stated.value_or(0);
+    // 0 is also what programs write that know nothing of the camera.
+    if (stated) exposureDoubtStops_ = *stated == 0 ? std::optional(kDoubtOfZero) : std::nullopt;
 }
 
 void RawDecoder::describeShape() {
