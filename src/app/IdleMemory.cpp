@@ -1,16 +1,18 @@
 #include "app/IdleMemory.h"
 
-#include <cmath>
+#include <utility>
 
 namespace kelvaro {
 namespace {
 
-constexpr double restSeconds = std::chrono::duration<double>(IdleMemory::rest).count();
-constexpr double keepsLastSeconds = std::chrono::duration<double>(IdleMemory::keepsLast).count();
+double secondsOf(std::chrono::seconds time) {
+    return static_cast<double>(time.count());
+}
 
 } // namespace
 
 IdleMemory::IdleMemory(Parts parts, Limits limits) : parts_(std::move(parts)), limits_(limits) {
+    returnedAt_ = parts_.clock.monotonicSeconds();
     parts_.sessions.setLimit(limits_.browsingBytes);
     subscriptions_.push_back(parts_.openPhoto.observe([this] { photoChanged(); }));
     subscriptions_.push_back(parts_.view.observe([this] { used(); }));
@@ -42,13 +44,12 @@ void IdleMemory::keep(const std::optional<PhotoUrl>& photo) {
 void IdleMemory::used() {
     usedAt_ = parts_.clock.monotonicSeconds();
     hasReturned_ = false;
-    if (!parts_.openPhoto.get()) lookIn(restSeconds);
+    if (!parts_.openPhoto.get()) lookSoon();
 }
 
-void IdleMemory::lookIn(double seconds) {
+void IdleMemory::lookSoon() {
     if (std::exchange(looksSoon_, true)) return;
-    const std::chrono::milliseconds delay(std::llround(std::ceil(seconds * 1000)));
-    parts_.later(delay, [&main = parts_.main, alive = std::weak_ptr(isEditing_), this] {
+    parts_.later(rest, [&main = parts_.main, alive = std::weak_ptr(isEditing_), this] {
         main.post([alive, this] {
             if (!alive.expired()) look();
         });
@@ -58,17 +59,19 @@ void IdleMemory::lookIn(double seconds) {
 void IdleMemory::look() {
     looksSoon_ = false;
     if (parts_.openPhoto.get()) return;
-    const double idle = parts_.clock.monotonicSeconds() - usedAt_;
-    if (idle < restSeconds) return lookIn(restSeconds - idle);
-    const bool isOver = idle >= keepsLastSeconds;
+    const double now = parts_.clock.monotonicSeconds(), idle = now - usedAt_;
+    const bool isOver = idle >= secondsOf(keepsLast);
     if (isOver && std::exchange(last_, std::nullopt)) hasReturned_ = false;
     if (isOver) keep(std::nullopt);
-    if (!std::exchange(hasReturned_, true))
+    const bool isDue = idle >= secondsOf(rest) || now - returnedAt_ >= secondsOf(neverRests);
+    if (isDue && !std::exchange(hasReturned_, true)) {
+        returnedAt_ = now;
         parts_.later(std::chrono::milliseconds(0),
                      [returns = parts_.returnMemory, isEditing = isEditing_] {
                          if (!*isEditing) returns();
                      });
-    if (!isOver) lookIn(keepsLastSeconds - idle);
+    }
+    if (!isOver) lookSoon();
 }
 
 } // namespace kelvaro

@@ -22,6 +22,7 @@ public:
         std::size_t editingBytes = 0, browsingBytes = 0;
     };
     static constexpr std::chrono::seconds rest{3}, keepsLast{60}; // after the last thing asked for
+    static constexpr std::chrono::seconds neverRests{20}; // after which some is given back as well
 
     // All outlive the object, jobs of `later` included.
     struct Parts {
@@ -40,13 +41,13 @@ private:
     void photoChanged();
     void used();
     void look();
-    void lookIn(double seconds);
+    void lookSoon();
     void keep(const std::optional<PhotoUrl>& photo); // and let go of all others
 
     const Parts parts_;
     const Limits limits_;
-    std::optional<PhotoUrl> last_; // that was open
-    double usedAt_ = 0;            // monotonic seconds
+    std::optional<PhotoUrl> last_;       // that was open
+    double usedAt_ = 0, returnedAt_ = 0; // monotonic seconds
     bool looksSoon_ = false, hasReturned_ = false;
     // For jobs, which may begin after a photo has been opened again, or the object has gone.
     std::shared_ptr<std::atomic<bool>> isEditing_ = std::make_shared<std::atomic<bool>>(false);

@@ -56,7 +56,7 @@ TEST_F(IdleMemoryTest, KeepsThePhotoThatWasOpenForAWhileAndTheOthersNot) {
     EXPECT_EQ(stage.sessions.count(), 1u);
     EXPECT_TRUE(isKept(photos[0]));
     EXPECT_EQ(returned, 0); // the hand may go straight back
-    pass(4);
+    pass(6);
     EXPECT_EQ(returned, 1);
     pass(50);
     EXPECT_TRUE(isKept(photos[0]));
@@ -95,10 +95,22 @@ TEST_F(IdleMemoryTest, ReturnsWhatASearchNeededOnceTheHandRests) {
     }
     EXPECT_EQ(returned, 0);
     EXPECT_EQ(later.waiting(), 1u); // not one for each
-    pass(3);
+    pass(6);
     EXPECT_EQ(returned, 1);
     pass(30);
     EXPECT_EQ(returned, 1);
+    view.set(nullptr);
+    pass(6);
+    EXPECT_EQ(returned, 2);
+}
+
+TEST_F(IdleMemoryTest, ReturnsSomeNowAndThenWhileTheHandNeverRests) {
+    for (int second = 0; second < 60; ++second) {
+        view.set(nullptr);
+        pass(1);
+    }
+    EXPECT_GE(returned, 2);
+    EXPECT_LE(returned, 3);
 }
 
 TEST_F(IdleMemoryTest, EndsWithJobsStillWaiting) {
