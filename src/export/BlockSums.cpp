@@ -11,16 +11,19 @@ PixelRect BlockGrid::block(int column, int row) const {
             width, height};
 }
 
-// Columns are summed first, side by side as they lie in memory.
+// Columns are summed first, side by side as they lie in memory. A square of a sample fits into 16
+// bits, and so does the sum of as many samples as a block has rows.
 BlockSums sumsOf(const Bitmap& pixels, const PixelRect& rect) {
-    std::array<std::uint32_t, 3 * BlockGrid::side> sum{}, squares{};
+    static_assert(BlockGrid::side * 255 <= 0xffff);
+    std::array<std::uint16_t, 3 * BlockGrid::side> sum{};
+    std::array<std::uint32_t, 3 * BlockGrid::side> squares{};
     const auto columns = std::size_t(3 * rect.width);
     for (int row = rect.y; row < rect.y + rect.height; ++row) {
         const auto* from = pixels.row<std::uint8_t>(row) + 3 * rect.x;
         for (std::size_t i = 0; i < columns; ++i) {
-            const std::uint32_t value = from[i];
-            sum[i] += value;
-            squares[i] += value * value;
+            const std::uint16_t value = from[i];
+            sum[i] = std::uint16_t(sum[i] + value);
+            squares[i] += std::uint16_t(value * value);
         }
     }
     BlockSums sums;

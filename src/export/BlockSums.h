@@ -32,7 +32,8 @@ struct BlockGrid {
     PixelSize size;
 };
 
-// Over a rectangle whose y counts down. Whole numbers, so that sums of parts add up exactly.
+// Over a rectangle of at most a block's size, whose y counts down. Whole numbers, so that sums of
+// parts add up exactly.
 BlockSums sumsOf(const Bitmap& pixels, const PixelRect& rect);
 
 // Of all blocks of a picture that comes in strips.

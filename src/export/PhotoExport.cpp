@@ -175,7 +175,8 @@ Result<void, PhotoFailure> PhotoExport::encodedInStrips(const Finished& finished
                                                         const EncodeSettings& encoding,
                                                         PendingFile& file,
                                                         const std::filesystem::path& place) const {
-    const RenderedStrips strips(parts.renderer, finished.picture, finished.format, cancellation);
+    const RenderedStrips strips(parts.renderer, finished.picture, finished.format, cancellation,
+                                verifies);
     auto done = [&] {
         const TimedPhase phase(times, "render");
         return parts.writer.encodeStrips(strips, encoding, file, cancellation);

@@ -10,7 +10,8 @@ namespace kelvaro {
 
 namespace {
 
-constexpr int kChunkRows = 512; // a whole number of strips
+// A whole number of strips, and as many rows as a RAW file is developed in at once.
+constexpr int kChunkRows = 256;
 
 struct Turn {
     explicit Turn(std::binary_semaphore& semaphore) : all(semaphore) { all.acquire(); }
@@ -23,11 +24,12 @@ struct Turn {
 } // namespace
 
 RenderedStrips::RenderedStrips(Renderer& renderer, Image picture, const BitmapFormat& format,
-                               const Cancellation* cancellation)
+                               const Cancellation* cancellation, bool keepsSums)
     : renderer_(renderer),
       picture_(std::move(picture)),
       format_(format),
       cancellation_(cancellation),
+      keepsSums_(keepsSums),
       sums_(picture_.extent().size()) {
     KELVARO_REQUIRE(format.type == SampleType::u8 && format.alpha != BitmapFormat::Alpha::straight);
 }
@@ -62,12 +64,12 @@ Result<Bitmap> RenderedStrips::made(int top, int count) const {
 
 Result<Bitmap> RenderedStrips::rows(int top, int count) const {
     auto strip = made(top, count);
-    if (strip)
-        sums_.add(*strip, top);
-    else
+    if (strip && keepsSums_) sums_.add(*strip, top);
+    if (!strip) {
         failure_.with([&](auto& first) {
             if (!first) first = strip.error();
         });
+    }
     return strip;
 }
 

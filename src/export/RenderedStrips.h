@@ -1,5 +1,5 @@
-// The finished picture of an export, rendered strip by strip where the encoder asks for it. Keeps
-// sums of what it handed out, for the comparison with the file. From any thread.
+// The finished picture of an export, rendered strip by strip where the encoder asks for it. Can
+// keep sums of what it handed out, for the comparison with the file. From any thread.
 #pragma once
 
 #include "export/BlockSums.h"
@@ -17,7 +17,7 @@ class RenderedStrips final : public StripSource {
 public:
     // 8-bit and opaque. The renderer must outlive it; `cancellation` may be null.
     RenderedStrips(Renderer& renderer, Image picture, const BitmapFormat& format,
-                   const Cancellation* cancellation);
+                   const Cancellation* cancellation, bool keepsSums = true);
 
     PixelSize size() const override { return picture_.extent().size(); }
     int channels() const override { return 3; }
@@ -26,7 +26,7 @@ public:
 
     // What the first strip that failed failed with.
     std::optional<Failure> failure() const { return failure_.copy(); }
-    const PictureSums& sums() const { return sums_; }
+    const PictureSums& sums() const { return sums_; } // empty where they are not kept
     // Rows once more, after all were handed out.
     Result<Bitmap> again(int top, int count) const;
 
@@ -35,6 +35,7 @@ private:
     const Image picture_;
     const BitmapFormat format_;
     const Cancellation* cancellation_;
+    const bool keepsSums_;
     // Several strips in one, so that the cores which render it work far enough from each other.
     struct Chunk {
         int top = 0;

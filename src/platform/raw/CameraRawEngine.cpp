@@ -41,7 +41,8 @@ public:
             sensor->exposureStops = properties_.baselineExposureStops;
             // What the library itself processed is lost with its next picture.
             if (settings.streamed && !decoder_->processesItself())
-                return std::make_shared<const StreamedSource>(*sensor, settings, decoder_);
+                return std::make_shared<const StreamedSource>(*sensor, settings, decoder_,
+                                                              tileMemory_);
             auto raster = kelvaro::develop(*sensor, settings, cancellation);
             if (!raster) {
                 return fail(FailureKind::cancelled,
@@ -103,6 +104,7 @@ private:
 
     std::shared_ptr<RawDecoder> decoder_; // with streamed sources
     std::shared_ptr<ImageReader> previews_;
+    std::shared_ptr<TileMemory> tileMemory_ = std::make_shared<TileMemory>();
     bool isMatched_ = false;
     RawProperties properties_;
 };

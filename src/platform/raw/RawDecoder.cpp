@@ -4,6 +4,7 @@
 #include "platform/raw/EmbeddedBitmap.h"
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
+#include "platform/raw/PictureMeasure.h"
 #include "platform/raw/SampleTiles.h"
 #include "platform/raw/SensorStatistics.h"
 #include "platform/raw/StandaloneJpeg.h"
@@ -210,6 +211,7 @@ void RawDecoder::setNeutral(const ChannelValues& neutral) {
     camera_.neutral = neutral;
     describeColour();
     if (isUnpacked_) measureSaturation();
+    description_.measure = std::make_shared<PictureMeasure>();
 }
 
 void RawDecoder::describeLevels() {
@@ -250,6 +252,7 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     repair();
     measureGreens();
     measureSaturation();
+    description_.measure = std::make_shared<PictureMeasure>();
     return {};
 }
 
@@ -349,6 +352,7 @@ Result<SensorImage> RawDecoder::processed(int reduction) {
     const int code = library_->process(description_.colour.balance, reduction == 2);
     if (code != LIBRAW_SUCCESS) return fail(failure(code));
     SensorImage image = description_;
+    image.measure.reset(); // every processing has samples of its own
     library_->attachProcessed(image);
     image.isReduced = reduction == 2;
     return image;

@@ -7,6 +7,8 @@ namespace kelvaro::tiff {
 
 // Tag numbers of TIFF 6.0, TIFF/EP and DNG 1.6.
 enum Tag : std::uint16_t {
+    interoperabilityIndex = 1,
+    panasonicJpeg = 46, // the whole JPEG as the value of one tag
     newSubfileType = 254,
     imageWidth = 256,
     imageLength = 257,
@@ -25,8 +27,11 @@ enum Tag : std::uint16_t {
     tileOffsets = 324,
     tileByteCounts = 325,
     sampleFormat = 339,
+    jpegInterchangeFormat = 513,
+    jpegInterchangeFormatLength = 514,
     cfaRepeatPatternDim = 33421,
     cfaPattern = 33422,
+    colorSpace = 40961,
     dngVersion = 50706,
     cfaPlaneColor = 50710,
     linearizationTable = 50712,
@@ -53,6 +58,7 @@ enum Tag : std::uint16_t {
     profileCalibrationSignature = 50932,
     forwardMatrix1 = 50964,
     forwardMatrix2 = 50965,
+    previewColorSpace = 50970, // of a DNG
     opcodeList1 = 51008,
     opcodeList2 = 51009,
     opcodeList3 = 51022,
