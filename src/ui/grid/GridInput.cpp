@@ -143,10 +143,10 @@ void GridView::startDrag() {
         urls << QUrl::fromEncoded("file://" + path.toPercentEncoding("/"));
     }
     if (urls.isEmpty()) return;
-    auto* data = new QMimeData;
-    data->setUrls(urls);
+    auto* carried = new QMimeData;
+    carried->setUrls(urls);
     auto* drag = new QDrag(this);
-    drag->setMimeData(data);
+    drag->setMimeData(carried);
     const QImage picture = content_.picture(pressedCell_, {128, 128}).image;
     if (!picture.isNull()) {
         QPixmap shown = QPixmap::fromImage(picture.scaled(

@@ -11,8 +11,9 @@ Result<std::filesystem::path> saveProfilePicture(const QImage& picture,
     std::error_code error;
     int number = 1;
     do {
-        const std::string again = number == 1 ? "" : " " + std::to_string(number);
-        path = folder / ("Profile " + day + again + ".png");
+        std::string name = "Profile " + day;
+        if (number > 1) name += ' ' + std::to_string(number);
+        path = folder / (name + ".png");
         ++number;
     } while (std::filesystem::exists(path, error) && number < 10'000);
     QSaveFile file(QString::fromStdString(path.string()));
