@@ -1,7 +1,7 @@
 // Latencies of the editor with the whole window, software drawing: from a movement of the hand on a
 // slider to the frame on the canvas, settled frames, the brush, opening, and memory while walking
 // through photos. Prints each figure beside its aim.
-//     bench_ui_editor PHOTOS [--frames 200] [--walk 200] [--only walk|frames]
+//     bench_ui_editor PHOTOS [--frames 200] [--walk 200] [--only walk|frames|undo]
 // PHOTOS is a copy of a folder with RAW and other photos of 24 MP: edits are written into it. Run
 // it with QT_QPA_PLATFORM=offscreen or under Xvfb.
 #include "develop/Recipes.h"
@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <malloc.h>
 
 namespace kelvaro {
 namespace {
@@ -53,12 +54,23 @@ void printHistogram(const Times& times) {
                     count);
 }
 
-double residentMegabytes() {
-    std::ifstream status("/proc/self/status");
+double megabytesOf(const char* file, const char* field) {
+    std::ifstream status(file);
     for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmRSS:")) return std::stod(line.substr(6)) / 1024;
+        if (line.starts_with(field)) return std::stod(line.substr(line.find(':') + 1)) / 1024;
     return 0;
 }
+double residentMegabytes() {
+    return megabytesOf("/proc/self/status", "VmRSS:");
+}
+// What memory goes to, in MiB. Pages that the system may take at any time (spare pixels) count as
+// resident all the same.
+struct Holdings {
+    double resident = residentMegabytes();
+    double lazilyFree = megabytesOf("/proc/self/smaps_rollup", "LazyFree:");
+    double used = 0, unused = 0; // of the heap
+    double sessions = 0, analyses = 0, thumbnails = 0;
+};
 
 class EditorBench : public EditorScene {
 public:
@@ -79,6 +91,7 @@ public:
             shown_.image = {}; // else the canvas would have to copy it to draw into it
         };
         if (only_ == "walk") return walking();
+        if (only_ == "undo") return undoing();
         std::printf("%-52s %5s  %14s  %14s  %7s\n", "milliseconds (aims in brackets)", "n", "p50",
                     "p99", "most");
         for (const PixelSize size : {PixelSize{1920, 1200}, PixelSize{3840, 2160}}) {
@@ -275,14 +288,26 @@ private:
         library->closeEditor();
         settle();
     }
+    Holdings holdings() const {
+        Holdings now;
+        const struct mallinfo2 heap = ::mallinfo2();
+        const auto mega = [](std::size_t bytes) { return double(bytes) / (1 << 20); };
+        now.used = mega(heap.uordblks + heap.hblkhd);
+        now.unused = mega(heap.fordblks);
+        now.sessions = mega(render->sessions().bytes());
+        now.analyses = mega(render->analyses().memoryBytes());
+        now.thumbnails = mega(render->thumbnails().memoryBytes());
+        return now;
+    }
     // From photo to photo as the arrow key goes. Memory may rise until the caches are full and not
     // after: the second half of the walk tells.
     void walking() {
         shown_ = {};
         openPhoto(0);
+        std::printf("%6s %9s %10s %6s %7s %9s %9s %10s  MiB\n", "photo", "resident", "lazy free",
+                    "used", "unused", "sessions", "analyses", "thumbnails");
         const int lap = std::max(1, walk_ / 20);
         double early = 0, late = 0;
-        std::printf("walking through %d photos, resident MiB:", walk_);
         for (int step = 1; step <= walk_; ++step) {
             if (library->neighbour(1)) {
                 key(Qt::Key_Right);
@@ -293,10 +318,13 @@ private:
             if (step % lap != 0) continue;
             double& most = step <= walk_ / 2 ? early : late;
             most = std::max(most, residentMegabytes());
-            std::printf(" %.0f", residentMegabytes());
+            const Holdings now = holdings();
+            std::printf("%6d %9.0f %10.0f %6.0f %7.0f %9.0f %9.0f %10.0f\n", step, now.resident,
+                        now.lazilyFree, now.used, now.unused, now.sessions, now.analyses,
+                        now.thumbnails);
             std::fflush(stdout);
         }
-        std::printf("\nat most %.0f MiB in the first half, %.0f MiB in the second (no growth), "
+        std::printf("at most %.0f MiB in the first half, %.0f MiB in the second (no growth), "
                     "1536 allowed\n",
                     early, late);
     }

@@ -2,16 +2,11 @@
 
 #include "base/Require.h"
 
-#include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace kelvaro {
 
 namespace {
-
-// A whole number of strips, and as many rows as a RAW file is developed in at once.
-constexpr int kChunkRows = 256;
 
 struct Turn {
     explicit Turn(std::binary_semaphore& semaphore) : all(semaphore) { all.acquire(); }
@@ -40,26 +35,9 @@ Result<Bitmap> RenderedStrips::again(int top, int count) const {
                                   format_, cancellation_);
 }
 
-Result<RenderedStrips::Chunk> RenderedStrips::chunkAt(int top) const {
-    const int first = top / kChunkRows * kChunkRows;
-    const Turn turn(turn_);
-    for (const Chunk& chunk : chunks_)
-        if (chunk.pixels && chunk.top == first) return chunk;
-    auto pixels = again(first, std::min(kChunkRows, size().height - first));
-    if (!pixels) return fail(std::move(pixels).error());
-    chunks_[0] =
-        std::exchange(chunks_[1], {first, std::make_shared<const Bitmap>(std::move(*pixels))});
-    return chunks_[1];
-}
-
 Result<Bitmap> RenderedStrips::made(int top, int count) const {
-    if (top % kChunkRows + count > kChunkRows) return again(top, count);
-    const auto chunk = chunkAt(top);
-    if (!chunk) return fail(chunk.error());
-    Bitmap strip({size().width, count}, channels(), type());
-    std::memcpy(strip.samples.get(), chunk->pixels->row<std::byte>(top - chunk->top),
-                strip.bytes());
-    return strip;
+    const Turn turn(turn_);
+    return again(top, count);
 }
 
 Result<Bitmap> RenderedStrips::rows(int top, int count) const {

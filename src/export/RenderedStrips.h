@@ -6,8 +6,6 @@
 #include "platform/ImageFiles.h"
 #include "platform/Renderer.h"
 
-#include <array>
-#include <memory>
 #include <optional>
 #include <semaphore>
 
@@ -36,18 +34,11 @@ private:
     const BitmapFormat format_;
     const Cancellation* cancellation_;
     const bool keepsSums_;
-    // Several strips in one, so that the cores which render it work far enough from each other.
-    struct Chunk {
-        int top = 0;
-        std::shared_ptr<const Bitmap> pixels;
-    };
-    Result<Chunk> chunkAt(int top) const;
     Result<Bitmap> made(int top, int count) const;
 
-    // One chunk at a time, by all cores: what a RAW file's pixels are made from in passing is kept
+    // One strip at a time, by all cores: what a RAW file's pixels are made from in passing is kept
     // for a few rows only.
     mutable std::binary_semaphore turn_{1};
-    mutable std::array<Chunk, 2> chunks_; // the last ones; of whose turn it is
     mutable Locked<std::optional<Failure>> failure_;
     mutable PictureSums sums_;
 };

@@ -90,10 +90,12 @@ template<class Rendered>
 Result<std::optional<PixelRect>> differingBlock(const Rendered& rendered, const Bitmap& read,
                                                 int row, double allowed) {
     const BlockGrid grid(read.size);
+    const PixelRect left = grid.block(0, row);
+    const auto sums = rowSumsOf(read, grid, left.y, left.height);
     std::optional<Bitmap> rows;
     for (int column = 0; column < grid.columns(); ++column) {
         const PixelRect block = grid.block(column, row);
-        const BlockSums found = sumsOf(read, block);
+        const BlockSums& found = sums[std::size_t(column)];
         const int count = block.width * block.height;
         if (isNear(rendered.sums(column, row), found, count, allowed)) continue;
         const PixelRect about = rowsAbout(block, read.size);

@@ -75,6 +75,8 @@ void printValue(std::string& out, const Value& value, std::size_t depth) {
 } // namespace
 
 Object::Object(std::vector<Member> members) : members_(std::move(members)) {
+    const auto isWrong = [](const Member& a, const Member& b) { return a.key >= b.key; };
+    if (std::adjacent_find(members_.begin(), members_.end(), isWrong) == members_.end()) return;
     // Backwards and stable: of equal keys the last comes first, and is the one that `unique` keeps.
     std::reverse(members_.begin(), members_.end());
     std::stable_sort(members_.begin(), members_.end(),
@@ -101,11 +103,14 @@ void Object::set(std::string_view key, Value value) {
         members_.insert(place, Member{std::string(key), std::move(value)});
 }
 
-void Object::addMissing(std::vector<Member> members) {
-    // Ours stand last, where they win over equal keys; sorting once keeps hostile counts cheap.
-    members.insert(members.end(), std::make_move_iterator(members_.begin()),
-                   std::make_move_iterator(members_.end()));
-    *this = Object(std::move(members));
+void Object::addMissing(const std::vector<Member>& members) {
+    std::vector<Member> all;
+    for (const Member& member : members)
+        if (!find(member.key)) all.push_back(member); // one that is there may be large
+    if (all.empty()) return;
+    all.insert(all.end(), std::make_move_iterator(members_.begin()),
+               std::make_move_iterator(members_.end()));
+    *this = Object(std::move(all)); // sorted once, which keeps hostile counts cheap
 }
 
 Value number(double value) {

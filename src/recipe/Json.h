@@ -36,7 +36,7 @@ public:
     Value* find(std::string_view key);
     void set(std::string_view key, Value value);
     // Takes over those members whose keys are not there yet.
-    void addMissing(std::vector<Member> members);
+    void addMissing(const std::vector<Member>& members);
 
 private:
     std::vector<Member> members_;
@@ -67,7 +67,7 @@ Value number(double value);
 // Documents nested deeper than this are refused, so that walking one never exhausts the stack.
 inline constexpr std::size_t deepestNesting = 256;
 // And those with more values than this: two bytes of text can ask for sixty of memory.
-inline constexpr std::size_t mostValues = 2'000'000;
+inline constexpr std::size_t mostValues = 2'400'000;
 
 // One whole document of RFC 8259 in UTF-8. Fails with `malformed`, `tooLarge` or `outOfMemory`.
 Result<Value> parse(std::string_view text);

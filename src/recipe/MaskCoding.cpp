@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <concepts>
 
 namespace kelvaro {
 namespace {
@@ -70,8 +71,18 @@ MaskComponent decodeComponent(const StoredFields& fields, RandomSource& random) 
     return sanitised(std::move(component));
 }
 
+// Values are moved: an initialiser list would copy the hundreds of thousands of points that a mask
+// may have, once for each level. Quickest where the keys come in their order.
+json::Value encodeObject(std::same_as<json::Member> auto... members) {
+    std::vector<json::Member> list;
+    list.reserve(sizeof...(members));
+    (list.push_back(std::move(members)), ...);
+    return {json::Object(std::move(list))};
+}
+
 json::Value encodePoint(const MaskPoint& point) {
-    return {json::Object({{"x", json::number(point.x)}, {"y", json::number(point.y)}})};
+    return encodeObject(json::Member{"x", json::number(point.x)},
+                        json::Member{"y", json::number(point.y)});
 }
 
 template<class Items, class Encode>
@@ -79,29 +90,29 @@ json::Value encodeEach(const Items& items, Encode encode) {
     json::Array list;
     list.reserve(items.size());
     for (const auto& item : items)
-        list.push_back({encode(item)});
+        list.push_back(encode(item));
     return {std::move(list)};
 }
 
 json::Value encodeStroke(const BrushStroke& stroke) {
-    return {json::Object({{"points", encodeEach(stroke.points, encodePoint)},
-                          {"radius", json::number(stroke.radius)},
-                          {"feather", json::number(stroke.feather)},
-                          {"flow", json::number(stroke.flow)},
-                          {"erase", {stroke.erase}}})};
+    return encodeObject(json::Member{"erase", {stroke.erase}},
+                        json::Member{"feather", json::number(stroke.feather)},
+                        json::Member{"flow", json::number(stroke.flow)},
+                        json::Member{"points", encodeEach(stroke.points, encodePoint)},
+                        json::Member{"radius", json::number(stroke.radius)});
 }
 
 json::Value encodeComponent(const MaskComponent& given) {
     const MaskComponent component = sanitised(given);
-    return {json::Object({{"id", {toText(component.id)}},
-                          {"kind", encodeCase(component.kind, kindNames)},
-                          {"mode", encodeCase(component.mode, modeNames)},
-                          {"invert", {component.invert}},
-                          {"start", encodePoint(component.start)},
-                          {"end", encodePoint(component.end)},
-                          {"angle", json::number(component.angle)},
-                          {"feather", json::number(component.feather)},
-                          {"strokes", encodeEach(component.strokes, encodeStroke)}})};
+    return encodeObject(json::Member{"angle", json::number(component.angle)},
+                        json::Member{"end", encodePoint(component.end)},
+                        json::Member{"feather", json::number(component.feather)},
+                        json::Member{"id", {toText(component.id)}},
+                        json::Member{"invert", {component.invert}},
+                        json::Member{"kind", encodeCase(component.kind, kindNames)},
+                        json::Member{"mode", encodeCase(component.mode, modeNames)},
+                        json::Member{"start", encodePoint(component.start)},
+                        json::Member{"strokes", encodeEach(component.strokes, encodeStroke)});
 }
 
 } // namespace
@@ -127,8 +138,8 @@ json::Object encodeMask(const LocalMask& mask) {
                          {"name", {mask.name}},
                          {"enabled", {mask.enabled}},
                          {"invert", {mask.invert}},
-                         {"amount", json::number(mask.amount)},
-                         {"components", encodeEach(mask.components, encodeComponent)}});
+                         {"amount", json::number(mask.amount)}});
+    object.set("components", encodeEach(mask.components, encodeComponent));
     for (const MaskControl& control : maskControlCatalogue()) {
         object.set(control.storedKey(), json::number(mask.*control.field));
     }

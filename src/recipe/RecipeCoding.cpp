@@ -150,11 +150,10 @@ Result<std::string> encodedText(const Adjustments& adjustments) {
 }
 
 void keepUnknownKeys(json::Object& encoded, const json::Object& existing) {
-    std::vector<json::Member> unknown = existing.members();
-    std::erase_if(unknown, [](const json::Member& member) {
-        return member.key == masksKey || member.key == blackPointKey;
-    });
-    encoded.addMissing(std::move(unknown));
+    std::vector<json::Member> unknown;
+    for (const json::Member& member : existing.members())
+        if (member.key != masksKey && member.key != blackPointKey) unknown.push_back(member);
+    encoded.addMissing(unknown);
     matchObjects(encoded, existing, masksKey, [](json::Object& mask, const json::Object& before) {
         keepUnknownMembers(mask, before);
         matchObjects(mask, before, "components", keepUnknownMembers);

@@ -34,8 +34,10 @@ class Sidecar {
 public:
     static constexpr std::string_view folderName = ".tarnwell";
     static constexpr std::string_view favoritesName = "favorites.json";
-    // A sidecar with more bytes than this is neither read nor written.
-    static constexpr std::int64_t largestFile = 32 << 20;
+    // A sidecar with more bytes than this is neither read nor written. Half a million points of
+    // brush strokes fit, which are days of painting, and no more values than can be read back
+    // (json::mostValues): one of a point takes 29 bytes at least.
+    static constexpr std::int64_t largestFile = 64 << 20;
 
     // The photo's folder can't be reached; of kind `notFound`.
     struct FolderUnavailable : Failure {

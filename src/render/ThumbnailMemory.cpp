@@ -8,7 +8,17 @@ namespace kelvaro {
 
 namespace {
 
-constexpr std::size_t kEntryBytes = 1024; // beside the pixels; all that a failure takes
+// Beside the pixels and what was painted; all that a failure takes.
+constexpr std::size_t kEntryBytes = 1024;
+
+std::size_t strokeBytes(const Adjustments& edit) {
+    std::size_t bytes = 0;
+    for (const LocalMask& mask : edit.masks)
+        for (const MaskComponent& shape : mask.components)
+            for (const BrushStroke& stroke : shape.strokes)
+                bytes += sizeof(stroke) + stroke.points.size() * sizeof(MaskPoint);
+    return bytes;
+}
 
 } // namespace
 
@@ -18,12 +28,19 @@ std::size_t ThumbnailKey::Hash::operator()(const ThumbnailKey& key) const {
     return foldHash(seed, std::hash<Adjustments>{}(key.edit));
 }
 
+ThumbnailMemory::Found ThumbnailMemory::found(State& state, const ThumbnailKey& key) {
+    auto [at, end] = state.byHash.equal_range(ThumbnailKey::Hash{}(key));
+    while (at != end && at->second->key != key)
+        ++at;
+    return at == end ? state.byHash.end() : at;
+}
+
 std::optional<ThumbnailResult> ThumbnailMemory::find(const ThumbnailKey& key,
                                                      const std::string& identity) {
     return state_.with([&](State& state) -> std::optional<ThumbnailResult> {
-        const auto found = state.byKey.find(key);
-        if (found == state.byKey.end()) return std::nullopt;
-        const auto entry = found->second;
+        const auto at = found(state, key);
+        if (at == state.byHash.end()) return std::nullopt;
+        const auto entry = at->second;
         if (!identity.empty() && entry->identity != identity) return std::nullopt;
         state.entries.splice(state.entries.begin(), state.entries, entry);
         return entry->result;
@@ -33,20 +50,21 @@ std::optional<ThumbnailResult> ThumbnailMemory::find(const ThumbnailKey& key,
 void ThumbnailMemory::keep(const ThumbnailKey& key, const std::string& identity,
                            ThumbnailResult result) {
     std::list<Entry> dropped; // let go outside the lock
-    const std::size_t bytes = kEntryBytes + (result ? (*result)->bytes() : 0);
+    const std::size_t bytes =
+        kEntryBytes + strokeBytes(key.edit) + (result ? (*result)->bytes() : 0);
     state_.with([&](State& state) {
-        const auto drop = [&](std::list<Entry>::iterator entry) {
+        const auto drop = [&](Found at) {
+            const auto entry = at->second;
             state.bytes -= entry->bytes;
-            state.byKey.erase(entry->key);
+            state.byHash.erase(at);
             dropped.splice(dropped.end(), state.entries, entry);
         };
-        if (const auto found = state.byKey.find(key); found != state.byKey.end())
-            drop(found->second);
+        if (const auto at = found(state, key); at != state.byHash.end()) drop(at);
         if (bytes > limitBytes_) return;
         while (state.bytes + bytes > limitBytes_)
-            drop(std::prev(state.entries.end()));
+            drop(found(state, state.entries.back().key));
         state.entries.push_front({key, identity, std::move(result), bytes});
-        state.byKey.emplace(key, state.entries.begin());
+        state.byHash.emplace(ThumbnailKey::Hash{}(key), state.entries.begin());
         state.bytes += bytes;
     });
 }
@@ -54,7 +72,7 @@ void ThumbnailMemory::keep(const ThumbnailKey& key, const std::string& identity,
 void ThumbnailMemory::clear() {
     std::list<Entry> dropped;
     state_.with([&](State& state) {
-        state.byKey.clear();
+        state.byHash.clear();
         dropped.swap(state.entries);
         state.bytes = 0;
     });

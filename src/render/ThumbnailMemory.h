@@ -52,9 +52,13 @@ private:
     };
     struct State {
         std::list<Entry> entries; // the last used first
-        std::unordered_map<ThumbnailKey, std::list<Entry>::iterator, ThumbnailKey::Hash> byKey;
+        // By the keys' hashes: a second copy of each edit would take more than the picture where
+        // somebody painted.
+        std::unordered_multimap<std::size_t, std::list<Entry>::iterator> byHash;
         std::size_t bytes = 0;
     };
+    using Found = std::unordered_multimap<std::size_t, std::list<Entry>::iterator>::iterator;
+    static Found found(State& state, const ThumbnailKey& key);
 
     const std::size_t limitBytes_;
     mutable Locked<State> state_;

@@ -210,12 +210,17 @@ TEST(EditorModel, ThreeHundredStepsShareTheirStrokes) {
     editor.model.undo();
     EXPECT_EQ(last.sharedStrokes(editor.model.history().current()), steps - 1);
     EXPECT_EQ(editor.model.edit().masks.front().components.front().strokes.size(), steps - 1);
+    // However slow the disk is: one write is on its way, and the newest edit comes after it.
     while (editor.model.canUndo())
         editor.model.undo();
     EXPECT_EQ(editor.model.edit(), Adjustments());
+    EXPECT_EQ(editor.store.waiting.size(), 1u);
     while (editor.model.canRedo())
         editor.model.redo();
     EXPECT_EQ(SharedEdit::of(Adjustments(editor.model.edit())), last);
+    editor.store.endAll();
+    EXPECT_EQ(editor.store.saved.size(), 2u);
+    EXPECT_EQ(editor.store.saved.back(), editor.model.edit());
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include "recipe/RecipeCoding.h"
 
 #include <gtest/gtest.h>
+#include <set>
 
 namespace kelvaro {
 namespace {
@@ -57,6 +58,45 @@ TEST(JournalCoding, ReadsTheLastOfEachPhotoAndPassesOverATornTail) {
 }
 
 // A disk, the queue of its sidecars, and sessions on it that end well or in a crash.
+// What is read from the disk is known again; anything else that was painted is another edit.
+TEST(EditFingerprint, TellsEditsApart) {
+    SeededRandom random;
+    Adjustments edit = exposed(1.25);
+    for (const char* name : {"Sky", "Haut ✿"}) {
+        addMask(edit, MaskComponent::Kind::brush, {1000, 600}, random);
+        edit.masks.back().name = name;
+        BrushStroke stroke;
+        stroke.points = {{0.1, 1.0 / 3}, {-0.0, 7}}; // the last one is stored within its limits
+        edit.masks.back().components.back().strokes = {stroke};
+    }
+    const auto stored = decodeAdjustments(*encodedText(edit), random);
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(editFingerprint(*stored), editFingerprint(edit));
+
+    std::set<std::uint64_t> prints{editFingerprint({}), editFingerprint(edit)};
+    const auto differs = [&](auto change) {
+        Adjustments other = edit;
+        change(other, other.masks[0].components[0], other.masks[1].components[0]);
+        EXPECT_TRUE(prints.insert(editFingerprint(other)).second);
+    };
+    differs([](Adjustments& e, auto&, auto&) { e.exposure = 1.26; });
+    differs([](Adjustments& e, auto&, auto&) { e.masks[0].name = "Sly"; });
+    differs([](auto&, MaskComponent& a, auto&) { a.strokes[0].points[0].x = 0.1000001; });
+    differs([](auto&, MaskComponent& a, auto&) {
+        std::swap(a.strokes[0].points[0], a.strokes[0].points[1]);
+    });
+    differs([](auto&, MaskComponent& a, auto&) { a.strokes[0].erase = true; });
+    differs([](auto&, MaskComponent& a, auto&) { a.strokes[0].flow = 99; });
+    differs([](auto&, MaskComponent& a, MaskComponent& b) { // only the shape it belongs to differs
+        a.strokes.push_back(b.strokes[0]);
+        b.strokes.clear();
+    });
+    differs([](auto&, MaskComponent& a, MaskComponent& b) {
+        b.strokes.push_back(a.strokes[0]);
+        a.strokes.clear();
+    });
+}
+
 class JournalTest : public testing::Test {
 protected:
     JournalTest() { writeFile(photo, "pixels"); }

@@ -203,6 +203,38 @@ TEST_F(SidecarTest, RefusesEditsThatCouldNotBeReadAgain) {
     EXPECT_EQ(readFile(stored), before);
 }
 
+// Strokes have more text than all else: an hour of painting is stored, and whatever is small enough
+// to be written can be read, also where the numbers are as short as they get.
+TEST_F(SidecarTest, HoldsWhatSomebodyPaintsForAnHour) {
+    const auto painted = [this](int strokes, int points, auto place) {
+        Adjustments edit;
+        edit.masks = {newMask(random)};
+        auto& components = edit.masks[0].components;
+        components = {newComponent(MaskComponent::Kind::brush, MaskComponent::Mode::add, random)};
+        for (int at = 0; at < strokes; ++at) {
+            BrushStroke& stroke = components[0].strokes.emplace_back();
+            for (int point = 0; point < points; ++point)
+                stroke.points.push_back(place(at * points + point));
+        }
+        return edit;
+    };
+    const auto circling = [](int n) {
+        return MaskPoint{0.5 + 0.4 * std::cos(n * 0.01), 0.3 + 0.3 * std::sin(n * 0.013)};
+    };
+    const Adjustments hour = painted(300, 1000, circling);
+    ASSERT_TRUE(sidecar.save(photo, hour, 1));
+    EXPECT_EQ(sidecar.loadPhoto(photo)->value().adjustments, hour);
+
+    constexpr int shortestPoint = 88; // bytes of {"x": 0, "y": 0} with its indentation
+    const int most = static_cast<int>(Sidecar::largestFile / shortestPoint) - 100;
+    const Adjustments fullest = painted(1, most, [](int) { return MaskPoint{}; });
+    ASSERT_TRUE(sidecar.save(photo, fullest, 2));
+    EXPECT_GT(fs::file_size(stored), Sidecar::largestFile * 99 / 100);
+    const auto loaded = sidecar.loadPhoto(photo);
+    ASSERT_TRUE(loaded) << loaded.error().message;
+    EXPECT_EQ((*loaded)->adjustments, fullest);
+}
+
 TEST_F(SidecarTest, PhotosWithTheLongestNamesHaveNoEditAndSayWhy) {
     const fs::path longest = folder / (std::string(251, 'n') + ".jpg");
     const auto loaded = sidecar.loadPhoto(longest);

@@ -1,4 +1,8 @@
 // What goes wrong around an open photo: its file, its drive, memory, and quitting meanwhile.
+#include "editor/MaskList.h"
+#include "fakes/SeededRandom.h"
+#include "platform/system/PosixFileSystem.h"
+#include "recipe/Sidecar.h"
 #include "ui/editor/EditorScene.h"
 
 namespace kelvaro {
@@ -66,6 +70,42 @@ TEST_F(EditorTrouble, SavesOnceAnUnpluggedDriveIsBack) {
 
 // Frames go on while caches are emptied under a drag, and what stays is the picture that a fresh
 // start shows.
+// A mask that somebody painted for long, and all of it taken back step by step and done again.
+TEST_F(EditorTrouble, SavesManyLargeStrokes) {
+    openEditor(1);
+    constexpr int strokes = 60, points = 1000;
+    SeededRandom random;
+    model().change("Brush", [&](Adjustments& edit) {
+        addMask(edit, MaskComponent::Kind::brush, model().photo().size, random);
+        edit.masks.back().exposure = 0.5;
+    });
+    for (int at = 0; at < strokes; ++at) {
+        model().change("Paint", [&](Adjustments& edit) {
+            BrushStroke& stroke = edit.masks.back().components.back().strokes.emplace_back();
+            for (int point = 0; point < points; ++point)
+                stroke.points.push_back({0.5 + 0.4 * std::cos(point * 0.01 + at),
+                                         0.3 + 0.001 * at * std::sin(point * 0.02)});
+        });
+        QApplication::processEvents();
+    }
+    const Adjustments painted = model().edit();
+    settleSaving();
+    EXPECT_EQ(model().saveProblem(), "");
+    PosixFileSystem files;
+    const auto stored = [&] {
+        return Sidecar(files, random).loadPhoto(shoot() / fileNameOf(openUrl()));
+    };
+    EXPECT_TRUE(stored()->value().adjustments == painted);
+    while (model().canUndo())
+        model().undo();
+    settleSaving();
+    EXPECT_FALSE(stored()->has_value());
+    while (model().canRedo())
+        model().redo();
+    settleSaving();
+    EXPECT_TRUE(stored()->value().adjustments == painted);
+}
+
 TEST_F(EditorTrouble, GoesOnDrawingWhileMemoryIsShort) {
     openEditor(2);
     window->resize(800, 560); // the photo reduced
