@@ -175,8 +175,10 @@ void XTransDemosaic::run(const float* mosaic, std::ptrdiff_t stride, int width, 
         }
     };
     takeDifferences(6);
-    refineGreen(row, column);
-    takeDifferences(8);
+    for (int pass = 0; pass < 2; ++pass) {
+        refineGreen(row, column);
+        takeDifferences(8);
+    }
     for (int y = kBorder; y < height - kBorder; ++y) {
         for (int x = kBorder; x < width - kBorder; ++x) {
             const auto i = std::size_t(y * width + x);

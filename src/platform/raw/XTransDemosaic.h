@@ -1,7 +1,7 @@
 // 6 × 6 mosaics (X-Trans) to red, green and blue, by a method of our own in the compressive domain
 // of the Bayer demosaic: green between its nearest neighbours across and down, weighted by how
 // rough each direction is; red and blue as differences from green, averaged over the samples in 5 ×
-// 5 photosites that look alike; then green at red and blue once more, half of it from the
+// 5 photosites that look alike; then green at red and blue twice more, half of it from the
 // difference that the others predict.
 #pragma once
 
