@@ -8,13 +8,7 @@
 set -euo pipefail
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/lib.sh"
 
-case "${1:-}" in -*)
-    print_usage "${BASH_SOURCE[0]}"
-    exit 2
-    ;;
-esac
-seconds="${1:-60}"
-[[ "$seconds" =~ ^[1-9][0-9]*$ ]] || die "SECONDS must be a whole number, not \"$seconds\""
+seconds="$(leading_number SECONDS 60 "$@")"
 (($# == 0)) || shift
 
 ensure_packages

@@ -14,6 +14,18 @@ die() {
 # The usage text of a script is the comment at its head.
 print_usage() { sed -n '2,/^[^#]/{/^#/s/^# \{0,1\}//p}' "$1"; }
 
+# leading_number NAME DEFAULT ARGUMENTS...: prints the calling script's first argument, a whole number,
+# or the default where there is none.
+leading_number() {
+    local name="$1" number="${3:-$2}"
+    if [[ "$number" == -* ]]; then
+        print_usage "$0" >&2
+        exit 2
+    fi
+    [[ "$number" =~ ^[1-9][0-9]*$ ]] || die "$name must be a whole number, not \"$number\""
+    printf '%s\n' "$number"
+}
+
 listed_packages() { sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "$KELVARO_ROOT/tools/packages.txt"; }
 
 # Listed packages that are not installed.

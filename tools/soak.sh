@@ -8,13 +8,7 @@
 set -euo pipefail
 source "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/lib.sh"
 
-case "${1:-}" in -*)
-    print_usage "${BASH_SOURCE[0]}"
-    exit 2
-    ;;
-esac
-minutes="${1:-10}"
-[[ "$minutes" =~ ^[1-9][0-9]*$ ]] || die "MINUTES must be a whole number, not \"$minutes\""
+minutes="$(leading_number MINUTES 10 "$@")"
 (($# == 0)) || shift
 
 cli="$KELVARO_ROOT/build/release/src/cli/kelvaro-cli"

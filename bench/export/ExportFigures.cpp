@@ -1,7 +1,8 @@
 // What exports cost: single photos of every format and recipe, what reading files back adds, and a
 // batch. Prints a table with the aims of a quiet machine with two cores beside the figures;
 // processor time is for busy ones.
-//     export_figures OUT PHOTO... [--batch N] [--only single|batch]
+//     export_figures OUT PHOTO... [--batch N] [--only single|batch] [--row TEXT] [--phases]
+// --row leaves out the rows whose names lack the text, --phases tells the steps of single photos.
 // 24-megapixel photos are meant, a RAW file and a JPEG file; the batch is of the first one.
 #include "app/ExportServices.h"
 #include "base/MainLoop.h"
@@ -118,26 +119,34 @@ int main(int count, char** arguments) {
     std::filesystem::path out;
     std::vector<std::filesystem::path> photos;
     int batch = 50;
-    std::string_view only;
+    std::string_view only, rowText;
+    bool tellsPhases = false;
     for (int i = 1; i < count; ++i) {
         if (std::string_view(arguments[i]) == "--batch" && i + 1 < count)
             batch = std::atoi(arguments[++i]);
         else if (std::string_view(arguments[i]) == "--only" && i + 1 < count)
             only = arguments[++i];
+        else if (std::string_view(arguments[i]) == "--row" && i + 1 < count)
+            rowText = arguments[++i];
+        else if (std::string_view(arguments[i]) == "--phases")
+            tellsPhases = true;
         else if (out.empty())
             out = std::filesystem::path(arguments[i]) / "export-figures";
         else
             photos.emplace_back(arguments[i]);
     }
     if (photos.empty()) {
-        fmt::print(stderr, "export_figures OUT PHOTO... [--batch N] [--only single|batch]\n");
+        fmt::print(stderr,
+                   "export_figures OUT PHOTO... [--batch N] [--only single|batch] [--row TEXT] "
+                   "[--phases]\n");
         return 2;
     }
     fmt::print("{:<44}{:>8}{:>8}{:>8}   {}\n", "whole process, verified unless told", "s", "cpu s",
                "MiB", "aim");
     for (const auto& photo : photos)
         for (const Row& row : only == "batch" ? std::vector<Row>() : rowsOf(photo))
-            print(row, measured(row, out, false));
+            if (row.name.find(rowText) != std::string::npos)
+                print(row, measured(row, out, tellsPhases));
     for (const bool verifies : {true, false}) {
         const Row row{fmt::format("batch of {}{}", batch, verifies ? "" : ", not read back"),
                       photos.front(),

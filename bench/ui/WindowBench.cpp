@@ -21,6 +21,7 @@
 #include <cstdio>
 #include <ctime>
 #include <fstream>
+#include <malloc.h>
 #include <random>
 
 namespace kelvaro {
@@ -82,9 +83,7 @@ public:
         until([&] { return isListed() && library().isIdle() && isComplete(); });
         std::printf("%.0f\n", toMs(monotonicNs() - begin_));
         // The thumbnails reach the disk behind what is shown.
-        QElapsedTimer clock;
-        clock.start();
-        until([&] { return clock.elapsed() > 2000; });
+        pause(2);
     }
     void start() {
         until([&] { return firstWhole_ != 0; });
@@ -115,6 +114,12 @@ private:
     // library wants.
     static void turn() {
         QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    }
+    static void pause(double seconds) {
+        QElapsedTimer clock;
+        clock.start();
+        while (double(clock.elapsed()) < seconds * 1000)
+            turn();
     }
     LibraryStore& library() const { return services_.library(); }
     void painted(QObject* widget) {
@@ -211,16 +216,22 @@ void Child::use(double minutes) {
     while (double(clock.elapsed()) < minutes * 60'000) {
         acts[upTo(std::size(acts))]();
         ++done;
-        QElapsedTimer pause;
-        pause.start();
-        while (pause.elapsed() < 60)
-            turn();
+        pause(0.06);
     }
+    const double atOnce = megabytes("VmRSS");
+    library().closeEditor();
+    pause(double(IdleMemory::rest.count()) + 2);
+    const double rested = megabytes("VmRSS");
     const auto blocks = application_.blocks();
     const auto busy =
         std::ranges::count_if(blocks, [](const auto& block) { return block.busyMs > 50; });
-    std::printf("%zu %d %.0f %.0f %d\n", blocks.size(), done, megabytes("VmRSS"),
-                megabytes("VmHWM"), int(busy));
+    const auto inMegabytes = [](std::size_t bytes) { return double(bytes) / (1 << 20); };
+    const struct mallinfo2 heap = ::mallinfo2();
+    std::printf("%zu %d %.0f %.0f %d %.0f %.0f %.0f %.0f %.0f\n", blocks.size(), done, atOnce,
+                megabytes("VmHWM"), int(busy), rested,
+                inMegabytes(services_.render().thumbnails().memoryBytes()),
+                inMegabytes(services_.render().sessions().bytes()),
+                inMegabytes(heap.uordblks + heap.hblkhd), inMegabytes(heap.arena + heap.hblkhd));
     for (std::size_t at = 0; at < std::min<std::size_t>(5, blocks.size()); ++at)
         std::printf("  %4.0f ms, %4.0f of them at work: %s\n      in %s\n", blocks[at].ms,
                     blocks[at].busyMs, blocks[at].what.c_str(), blocks[at].where.c_str());
@@ -300,13 +311,18 @@ void measureAll(double minutes) {
     }
     const QString use = output("use", minutes);
     const QStringList numbers = use.section('\n', 0, 0).split(' ');
-    if (numbers.size() < 5) return;
+    if (numbers.size() < 10) return;
     row("blocks of the main thread above 50 ms in scripted use", numbers[0].toDouble(), "", 0);
     row("    of that with more than 50 ms of work", numbers[4].toDouble(), "", 0);
-    row("memory after it", numbers[2].toDouble(), "MB", 600);
-    std::printf("    %s acts in %.1f minutes, memory at most %s MB; the longest blocks:\n%s",
-                qPrintable(numbers[1]), minutes, qPrintable(numbers[3]),
-                qPrintable(use.section('\n', 1)));
+    row("memory at most", numbers[3].toDouble(), "MB", 600);
+    row("    after the last act", numbers[2].toDouble(), "MB", 600);
+    row("    once the hand rests", numbers[5].toDouble(), "MB", 600);
+    std::printf("    then %s MB of thumbnails, %s MB of decoded photos; %s MB in use of a heap of "
+                "%s MB\n",
+                qPrintable(numbers[6]), qPrintable(numbers[7]), qPrintable(numbers[8]),
+                qPrintable(numbers[9]));
+    std::printf("    %s acts in %.1f minutes; the longest blocks:\n%s", qPrintable(numbers[1]),
+                minutes, qPrintable(use.section('\n', 1)));
 }
 
 } // namespace

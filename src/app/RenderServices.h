@@ -26,6 +26,9 @@ public:
     AnalysisCache& analyses() { return analyses_; }
     PhotoSessionCache& sessions() { return sessions_; }
     ThumbnailLoader& thumbnails() { return thumbnails_; }
+    // Of the decoded photos: while one is open, and while none is.
+    std::size_t editingBytes() const;
+    std::size_t browsingBytes() const;
 
 private:
     std::unique_ptr<Renderer> exportRenderer_;

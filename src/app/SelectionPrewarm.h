@@ -2,8 +2,8 @@
 // of photos that have gone. Main thread.
 #pragma once
 
+#include "app/RunLater.h"
 #include "base/Cancellation.h"
-#include "base/SerialQueue.h"
 #include "library/OpenPhotoWork.h"
 #include "render/PhotoSessionCache.h"
 
@@ -13,8 +13,12 @@ namespace kelvaro {
 
 class SelectionPrewarm final : public RenderSessions {
 public:
-    // The sessions outlive this.
-    explicit SelectionPrewarm(PhotoSessionCache& sessions) : sessions_(sessions) {}
+    static constexpr std::chrono::milliseconds rest{300}; // arrow keys run through the grid
+    static constexpr PixelSize usualCanvas{1600, 1100};   // another size costs one more reduction
+
+    // The sessions outlive this and the jobs of `later`.
+    SelectionPrewarm(PhotoSessionCache& sessions, RunLater later)
+        : sessions_(sessions), later_(std::move(later)) {}
     ~SelectionPrewarm() override { cancelPrewarm(); }
 
     void prewarm(const Photo& photo, const Adjustments& adjustments) override;
@@ -23,8 +27,8 @@ public:
 
 private:
     PhotoSessionCache& sessions_;
+    const RunLater later_;
     std::shared_ptr<Cancellation> cancellation_ = std::make_shared<Cancellation>();
-    SerialQueue queue_{"kelvaro.selection-prewarm", SerialQueue::AtEnd::drop};
 };
 
 } // namespace kelvaro

@@ -1,6 +1,7 @@
 #include "app/WindowServices.h"
 
 #include "app/ExportServices.h"
+#include "platform/FreeMemory.h"
 #include "platform/cache/SqliteMetaCache.h"
 #include "platform/system/CrashReporter.h"
 #include "platform/system/FreedesktopDesktop.h"
@@ -10,6 +11,15 @@
 #include "platform/system/UserEnvironment.h"
 
 namespace kelvaro {
+namespace {
+
+RunLater laterOn(SerialQueue& queue) {
+    return [&queue](std::chrono::milliseconds delay, std::function<void()> job) {
+        queue.postLater(delay, std::move(job));
+    };
+}
+
+} // namespace
 
 WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                const Cancellation& cancellation, const std::string& version)
@@ -25,7 +35,7 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
     render_ = std::make_unique<RenderServices>(
         services_, *services_.clock, main, folders_,
         RenderLogs{options.logsRenderTimes, options.logsThumbnailTimes});
-    prewarm_ = std::make_unique<SelectionPrewarm>(render_->sessions());
+    prewarm_ = std::make_unique<SelectionPrewarm>(render_->sessions(), laterOn(prewarming_));
     const RecoveryReport recovered = EditingServices::recover(services_, folders_);
     library_ = std::make_unique<LibraryStore>(LibraryServices{.files = *services_.files,
                                                               .settings = *settings_,
@@ -41,6 +51,11 @@ WindowServices::WindowServices(MainThread& main, const LaunchOptions& options,
                                                               .drives = drives_.get(),
                                                               .metaCache = metaCache_.get(),
                                                               .sessions = prewarm_.get()});
+    idleMemory_ = std::make_unique<IdleMemory>(
+        IdleMemory::Parts{render_->sessions(), library_->openPhoto(), library_->view(),
+                          library_->selection(), *services_.clock, main, laterOn(resting_),
+                          returnFreeMemory},
+        IdleMemory::Limits{render_->editingBytes(), render_->browsingBytes()});
     editing_ = std::make_unique<EditingServices>(services_, folders_, main, *library_, recovered);
     ExportParts parts = exportParts(services_, render_->engine(), &render_->analyses());
     parts.yields = true;

@@ -3,11 +3,13 @@
 #pragma once
 
 #include "app/EditingServices.h"
+#include "app/IdleMemory.h"
 #include "app/LaunchOptions.h"
 #include "app/ProfileServices.h"
 #include "app/RenderServices.h"
 #include "app/SelectionPrewarm.h"
 #include "app/Services.h"
+#include "base/SerialQueue.h"
 #include "export/Exporter.h"
 #include "library/LibraryStore.h"
 #include "platform/Desktop.h"
@@ -42,8 +44,11 @@ private:
     std::unique_ptr<DriveTable> drives_;
     std::unique_ptr<MetaCache> metaCache_;
     std::unique_ptr<RenderServices> render_;
+    SerialQueue prewarming_{"kelvaro.selection-prewarm", SerialQueue::AtEnd::drop};
+    SerialQueue resting_{"kelvaro.idle-memory", SerialQueue::AtEnd::drop};
     std::unique_ptr<SelectionPrewarm> prewarm_;
     std::unique_ptr<LibraryStore> library_;
+    std::unique_ptr<IdleMemory> idleMemory_;
     std::unique_ptr<EditingServices> editing_;
     std::unique_ptr<Exporter> exporter_;
     std::unique_ptr<ProfileServices> profile_;

@@ -32,8 +32,8 @@ std::string tidy(std::string name) {
 json::Value encodedParts(const PasteParts& parts) {
     json::Array list;
     for (std::size_t i = 0; i < groupKeys.size(); ++i)
-        if (parts.groups[i]) list.push_back({std::string(groupKeys[i])});
-    if (parts.masks) list.push_back({std::string(masksPart)});
+        if (parts.groups[i]) list.emplace_back().content = std::string(groupKeys[i]);
+    if (parts.masks) list.emplace_back().content = std::string(masksPart);
     return {std::move(list)};
 }
 

@@ -11,46 +11,86 @@ PixelRect BlockGrid::block(int column, int row) const {
             width, height};
 }
 
-// Columns are summed first, side by side as they lie in memory.
-BlockSums sumsOf(const Bitmap& pixels, const PixelRect& rect) {
-    std::array<std::uint32_t, 3 * BlockGrid::side> sum{}, squares{};
+namespace {
+
+// A square of a sample fits into 16 bits, and so does the sum of as many samples as a block has
+// rows.
+static_assert(BlockGrid::side * 255 <= 0xffff);
+
+struct ColumnSums {
+    explicit ColumnSums(std::size_t columns) : sum(columns), squares(columns) {}
+    std::vector<std::uint16_t> sum;
+    std::vector<std::uint32_t> squares;
+};
+
+void addColumns(const std::uint8_t* __restrict from, std::uint16_t* __restrict sum,
+                std::uint32_t* __restrict squares, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint16_t value = from[i];
+        sum[i] = std::uint16_t(sum[i] + value);
+        squares[i] += std::uint16_t(value * value);
+    }
+}
+
+// In panels whose sums stay in the first level cache and whose rows are long enough to be fetched
+// ahead.
+ColumnSums columnsOf(const Bitmap& pixels, const PixelRect& rect) {
+    constexpr std::size_t kPanel = 1536;
     const auto columns = std::size_t(3 * rect.width);
-    for (int row = rect.y; row < rect.y + rect.height; ++row) {
-        const auto* from = pixels.row<std::uint8_t>(row) + 3 * rect.x;
-        for (std::size_t i = 0; i < columns; ++i) {
-            const std::uint32_t value = from[i];
-            sum[i] += value;
-            squares[i] += value * value;
+    ColumnSums sums(columns);
+    for (std::size_t first = 0; first < columns; first += kPanel) {
+        const std::size_t count = std::min(kPanel, columns - first);
+        for (int row = rect.y; row < rect.y + rect.height; ++row) {
+            const auto* from = pixels.row<std::uint8_t>(row) + 3 * rect.x + first;
+            addColumns(from, sums.sum.data() + first, sums.squares.data() + first, count);
         }
     }
+    return sums;
+}
+
+BlockSums blockOf(const ColumnSums& columns, int left, int width) {
     BlockSums sums;
-    for (std::size_t i = 0; i < columns; ++i) {
-        sums[i % 3].sum += sum[i];
-        sums[i % 3].squares += squares[i];
+    for (int x = left; x < left + width; ++x)
+        for (std::size_t c = 0; c < 3; ++c) {
+            const std::size_t i = 3 * std::size_t(x) + c;
+            sums[c].sum += columns.sum[i];
+            sums[c].squares += columns.squares[i];
+        }
+    return sums;
+}
+
+} // namespace
+
+BlockSums sumsOf(const Bitmap& pixels, const PixelRect& rect) {
+    return blockOf(columnsOf(pixels, rect), 0, rect.width);
+}
+
+std::vector<BlockSums> rowSumsOf(const Bitmap& pixels, const BlockGrid& grid, int top, int count) {
+    const ColumnSums columns = columnsOf(pixels, {0, top, pixels.size.width, count});
+    std::vector<BlockSums> sums;
+    for (int column = 0; column < grid.columns(); ++column) {
+        const PixelRect block = grid.block(column, 0);
+        sums.push_back(blockOf(columns, block.x, block.width));
     }
     return sums;
 }
 
 void PictureSums::add(const Bitmap& strip, int top) {
     const int bottom = top + strip.size.height;
-    std::vector<std::pair<std::size_t, BlockSums>> parts;
     for (int row = 0; row < grid_.rows(); ++row) {
-        for (int column = 0; column < grid_.columns(); ++column) {
-            const PixelRect block = grid_.block(column, row);
-            const int first = std::max(block.y, top),
-                      end = std::min(block.y + block.height, bottom);
-            if (first >= end) break; // as for the whole row of blocks
-            parts.emplace_back(index(column, row),
-                               sumsOf(strip, {block.x, first - top, block.width, end - first}));
-        }
+        const PixelRect block = grid_.block(0, row);
+        const int first = std::max(block.y, top), end = std::min(block.y + block.height, bottom);
+        if (first >= end) continue;
+        const auto parts = rowSumsOf(strip, grid_, first - top, end - first);
+        sums_.with([&](std::vector<BlockSums>& sums) {
+            for (std::size_t column = 0; column < parts.size(); ++column)
+                for (std::size_t c = 0; c < 3; ++c) {
+                    BlockSum& sum = sums[index(int(column), row)][c];
+                    sum.sum += parts[column][c].sum;
+                    sum.squares += parts[column][c].squares;
+                }
+        });
     }
-    sums_.with([&](std::vector<BlockSums>& sums) {
-        for (const auto& [index, part] : parts)
-            for (std::size_t c = 0; c < 3; ++c) {
-                sums[index][c].sum += part[c].sum;
-                sums[index][c].squares += part[c].squares;
-            }
-    });
 }
 
 } // namespace kelvaro

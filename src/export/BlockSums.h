@@ -32,8 +32,12 @@ struct BlockGrid {
     PixelSize size;
 };
 
-// Over a rectangle whose y counts down. Whole numbers, so that sums of parts add up exactly.
+// Over a rectangle of at most a block's size, whose y counts down. Whole numbers, so that sums of
+// parts add up exactly.
 BlockSums sumsOf(const Bitmap& pixels, const PixelRect& rect);
+// Of each block of a row of blocks, of which `pixels` have `count` rows, at most a block's, from
+// `top` on.
+std::vector<BlockSums> rowSumsOf(const Bitmap& pixels, const BlockGrid& grid, int top, int count);
 
 // Of all blocks of a picture that comes in strips.
 class PictureSums {

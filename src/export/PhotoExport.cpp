@@ -132,13 +132,16 @@ Result<ExportedFile, PhotoFailure> PhotoExport::written(const ExportNames::Targe
                                                         const Finished& finished,
                                                         const EncodeSettings& encoding) const {
     if (auto going = checkNotCancelled(); !going) return Unexpected{going.error()};
+    // The file begins once there is something to write; strips are rendered while they are written.
+    const bool inStrips = settings.format == ExportFormat::jpeg && finished.isReadOnce;
+    Result<Bitmap, PhotoFailure> whole = inStrips ? Bitmap() : rendered(finished);
+    if (!whole) return Unexpected{whole.error()};
     const auto temporary = temporaryExportName(parts.random, fileExtension(settings.format));
     const auto place = target.url.parent_path() / temporary;
     auto file = parts.files.createWith(target.url, {temporary, !target.replaces});
     if (!file) return failed(ExportError::writeFailed, file.error());
-    const bool inStrips = settings.format == ExportFormat::jpeg && finished.isReadOnce;
     auto encoded = inStrips ? encodedInStrips(finished, encoding, **file, place)
-                            : encodedWhole(finished, encoding, **file, place);
+                            : encodedWhole(*whole, encoding, **file, place);
     if (!encoded) return Unexpected{encoded.error()};
     if (auto going = checkNotCancelled(); !going) return Unexpected{going.error()};
     // What was chosen for replacement was a file; links and folders are not replaced.
@@ -152,22 +155,24 @@ Result<ExportedFile, PhotoFailure> PhotoExport::written(const ExportNames::Targe
     return exported;
 }
 
-Result<void, PhotoFailure> PhotoExport::encodedWhole(const Finished& finished,
+Result<Bitmap, PhotoFailure> PhotoExport::rendered(const Finished& finished) const {
+    const TimedPhase phase(times, "render");
+    auto pixels = parts.renderer.renderBitmap(finished.picture, finished.picture.extent(),
+                                              finished.format, cancellation);
+    if (!pixels) return failed(ExportError::renderFailed, pixels.error());
+    return std::move(*pixels);
+}
+
+Result<void, PhotoFailure> PhotoExport::encodedWhole(const Bitmap& pixels,
                                                      const EncodeSettings& encoding,
                                                      PendingFile& file,
                                                      const std::filesystem::path& place) const {
-    auto pixels = [&] {
-        const TimedPhase phase(times, "render");
-        return parts.renderer.renderBitmap(finished.picture, finished.picture.extent(),
-                                           finished.format, cancellation);
-    }();
-    if (!pixels) return failed(ExportError::renderFailed, pixels.error());
     auto done = [&] {
         const TimedPhase phase(times, "encode");
-        return parts.writer.encode(*pixels, encoding, file, cancellation);
+        return parts.writer.encode(pixels, encoding, file, cancellation);
     }();
     if (!done) return failed(ExportError::writeFailed, done.error());
-    return verified(place, *pixels, encoding);
+    return verified(place, pixels, encoding);
 }
 
 // Each strip is encoded while the next one is rendered, and forgotten.
@@ -175,7 +180,8 @@ Result<void, PhotoFailure> PhotoExport::encodedInStrips(const Finished& finished
                                                         const EncodeSettings& encoding,
                                                         PendingFile& file,
                                                         const std::filesystem::path& place) const {
-    const RenderedStrips strips(parts.renderer, finished.picture, finished.format, cancellation);
+    const RenderedStrips strips(parts.renderer, finished.picture, finished.format, cancellation,
+                                verifies);
     auto done = [&] {
         const TimedPhase phase(times, "render");
         return parts.writer.encodeStrips(strips, encoding, file, cancellation);

@@ -88,8 +88,9 @@ private:
     Result<ExportedFile, PhotoFailure> written(const ExportNames::Target& target,
                                                const Finished& finished,
                                                const EncodeSettings& encoding) const;
-    Result<void, PhotoFailure> encodedWhole(const Finished& finished,
-                                            const EncodeSettings& encoding, PendingFile& file,
+    Result<Bitmap, PhotoFailure> rendered(const Finished& finished) const;
+    Result<void, PhotoFailure> encodedWhole(const Bitmap& pixels, const EncodeSettings& encoding,
+                                            PendingFile& file,
                                             const std::filesystem::path& place) const;
     Result<void, PhotoFailure> encodedInStrips(const Finished& finished,
                                                const EncodeSettings& encoding, PendingFile& file,

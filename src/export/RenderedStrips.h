@@ -1,13 +1,11 @@
-// The finished picture of an export, rendered strip by strip where the encoder asks for it. Keeps
-// sums of what it handed out, for the comparison with the file. From any thread.
+// The finished picture of an export, rendered strip by strip where the encoder asks for it. Can
+// keep sums of what it handed out, for the comparison with the file. From any thread.
 #pragma once
 
 #include "export/BlockSums.h"
 #include "platform/ImageFiles.h"
 #include "platform/Renderer.h"
 
-#include <array>
-#include <memory>
 #include <optional>
 #include <semaphore>
 
@@ -17,7 +15,7 @@ class RenderedStrips final : public StripSource {
 public:
     // 8-bit and opaque. The renderer must outlive it; `cancellation` may be null.
     RenderedStrips(Renderer& renderer, Image picture, const BitmapFormat& format,
-                   const Cancellation* cancellation);
+                   const Cancellation* cancellation, bool keepsSums = true);
 
     PixelSize size() const override { return picture_.extent().size(); }
     int channels() const override { return 3; }
@@ -26,7 +24,7 @@ public:
 
     // What the first strip that failed failed with.
     std::optional<Failure> failure() const { return failure_.copy(); }
-    const PictureSums& sums() const { return sums_; }
+    const PictureSums& sums() const { return sums_; } // empty where they are not kept
     // Rows once more, after all were handed out.
     Result<Bitmap> again(int top, int count) const;
 
@@ -35,18 +33,12 @@ private:
     const Image picture_;
     const BitmapFormat format_;
     const Cancellation* cancellation_;
-    // Several strips in one, so that the cores which render it work far enough from each other.
-    struct Chunk {
-        int top = 0;
-        std::shared_ptr<const Bitmap> pixels;
-    };
-    Result<Chunk> chunkAt(int top) const;
+    const bool keepsSums_;
     Result<Bitmap> made(int top, int count) const;
 
-    // One chunk at a time, by all cores: what a RAW file's pixels are made from in passing is kept
+    // One strip at a time, by all cores: what a RAW file's pixels are made from in passing is kept
     // for a few rows only.
     mutable std::binary_semaphore turn_{1};
-    mutable std::array<Chunk, 2> chunks_; // the last ones; of whose turn it is
     mutable Locked<std::optional<Failure>> failure_;
     mutable PictureSums sums_;
 };

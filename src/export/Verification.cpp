@@ -14,18 +14,6 @@ namespace kelvaro {
 
 namespace {
 
-const char* profileName(OutputSpace space) {
-    switch (space) {
-    case OutputSpace::displayP3:
-        return "Display P3";
-    case OutputSpace::linearRec709:
-        return "Linear Rec. 709";
-    case OutputSpace::sRGB:
-        break;
-    }
-    return "sRGB";
-}
-
 // Largest difference of a block's mean, in 8-bit steps. Means come from the coarsest coefficients,
 // which even low qualities hold to a few steps. At 85 real photos stay below 2, but for fine
 // saturated detail, whose subsampled colour is clipped; such blocks are compared with what that
@@ -102,10 +90,12 @@ template<class Rendered>
 Result<std::optional<PixelRect>> differingBlock(const Rendered& rendered, const Bitmap& read,
                                                 int row, double allowed) {
     const BlockGrid grid(read.size);
+    const PixelRect left = grid.block(0, row);
+    const auto sums = rowSumsOf(read, grid, left.y, left.height);
     std::optional<Bitmap> rows;
     for (int column = 0; column < grid.columns(); ++column) {
         const PixelRect block = grid.block(column, row);
-        const BlockSums found = sumsOf(read, block);
+        const BlockSums& found = sums[std::size_t(column)];
         const int count = block.width * block.height;
         if (isNear(rendered.sums(column, row), found, count, allowed)) continue;
         const PixelRect about = rowsAbout(block, read.size);
@@ -172,7 +162,7 @@ Result<void> checkShape(PixelSize size, SampleType type, int channels,
         return fail(FailureKind::malformed, std::move(sentence));
     };
     if (read.pixels.size != size) return wrong("The size is not that of the rendered picture.");
-    if (read.profileName != profileName(settings.space))
+    if (read.profileName != profileNameOf(settings.space))
         return wrong("The colour profile is \"" + read.profileName + "\".");
     if (read.pixels.type != type || read.pixels.channels != channels)
         return wrong("The depth or the channels are not those of the rendered picture.");

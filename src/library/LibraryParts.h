@@ -130,6 +130,8 @@ struct LibraryStore::Parts {
     Locked<std::map<FolderUrl, ScanNote>> scanNotes;
     Locked<std::deque<ScanArrival>> arrivals; // results that the main thread has not taken over
     Locked<std::map<FolderUrl, MetaNote>> metaNotes;
+    std::atomic<std::size_t> toScan{0};  // as many folders as indexingFolders
+    std::atomic<bool> isFirstTurn{true}; // no arrivals have been waited for
     std::atomic<std::uint64_t> writes{0};
     std::atomic<int> running{0}; // trash and info jobs on their way
     MetaReader metaReader;

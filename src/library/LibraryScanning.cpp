@@ -13,7 +13,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double mergeBudgetSeconds = 0.003; // for one turn of the main thread
-constexpr std::chrono::milliseconds gathering(15);
+// What is shown is read and drawn anew after each turn: while many folders come, seldom.
+constexpr std::chrono::milliseconds gathering(15), gatheringMany(60);
+constexpr std::size_t manyFolders = 150;
 
 bool isBelow(const std::string& path, const std::string& ancestor) {
     if (ancestor == "/") return true;
@@ -58,6 +60,7 @@ void LibraryStore::Parts::requestScan(const FolderUrl& folder, bool photosToo) {
         ++at->second.asked;
     });
     indexingFolders.edit([&](FolderSet& set) { set.insert(folder); });
+    toScan = indexingFolders->size();
     updateStreaming();
     scans.add(folder);
 }
@@ -94,8 +97,10 @@ void LibraryStore::Parts::runScan(const FolderUrl& folder) {
         waiting.push_back(std::move(arrival));
         return waiting.size() == 1;
     });
-    // What arrives until then is taken over at once: views are read anew after each turn.
-    if (isFirst) views.postLater(gathering, [this] { poster.post([this] { takeScans(); }); });
+    if (!isFirst) return;
+    views.postLater(toScan > manyFolders && !isFirstTurn.exchange(false) ? gatheringMany
+                                                                         : gathering,
+                    [this] { poster.post([this] { takeScans(); }); });
 }
 
 // Takes over what has arrived, for a moment; the rest waits for the next turn.
@@ -122,6 +127,7 @@ void LibraryStore::Parts::takeScans() {
         if (isCurrent) {
             takeScan(std::move(arrival->result));
             if (isLatest) indexingFolders.edit([&](FolderSet& set) { set.erase(folder); });
+            toScan = indexingFolders->size();
             updateStreaming();
         }
         if (services.clock.monotonicSeconds() < end) continue;

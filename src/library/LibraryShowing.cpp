@@ -81,12 +81,10 @@ void LibraryStore::Parts::showMarks(const FolderUrl& folder, const MergeEffects&
 
 std::optional<std::size_t> LibraryStore::Parts::positionOf(const PhotoUrl& photo) const {
     const auto& photos = (*view)->photos;
-    const auto isIt = [&](const Photo* one) { return one->url == photo; };
-    if (positionHint < photos.size() && isIt(photos[positionHint])) return positionHint;
-    const auto found = std::find_if(photos.begin(), photos.end(), isIt);
-    if (found == photos.end()) return std::nullopt;
-    positionHint = static_cast<std::size_t>(found - photos.begin());
-    return positionHint;
+    if (positionHint < photos.size() && photos[positionHint]->url == photo) return positionHint;
+    const auto found = (*view)->positionOf(photo);
+    if (found) positionHint = *found;
+    return found;
 }
 
 std::optional<EmptyState> LibraryStore::emptyState() const {

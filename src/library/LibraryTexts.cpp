@@ -9,8 +9,10 @@ namespace {
 
 std::string names(const std::vector<std::string>& urls) {
     std::string lines;
-    for (const std::string& url : urls)
-        lines += (lines.empty() ? "" : "\n") + displayName(url);
+    for (const std::string& url : urls) {
+        if (!lines.empty()) lines += '\n';
+        lines += displayName(url);
+    }
     return lines;
 }
 

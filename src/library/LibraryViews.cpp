@@ -16,7 +16,7 @@ bool holds(const LibraryStore::FolderSet& folders, const FolderUrl& folder) {
 std::string counted(std::size_t count) {
     std::string digits = fmt::format("{}", count);
     for (std::size_t at = digits.size(); at > 3; at -= 3)
-        digits.insert(at - 3, ",");
+        digits.insert(at - 3, 1, ',');
     return digits + (count == 1 ? " photo" : " photos");
 }
 

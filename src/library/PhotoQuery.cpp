@@ -2,7 +2,21 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+
 namespace kelvaro {
+
+std::optional<std::size_t> LibraryView::positionOf(const PhotoUrl& photo) const {
+    const auto folder = std::find_if(folders.begin(), folders.end(), [&](const auto& each) {
+        return each->folder() == folderOf(photo);
+    });
+    if (folder == folders.end()) return std::nullopt;
+    const auto at = (*folder)->find(fileNameOf(photo));
+    if (!at) return std::nullopt;
+    const auto found = std::find(photos.begin(), photos.end(), &(*folder)->photos()[*at]);
+    if (found == photos.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - photos.begin());
+}
 
 namespace {
 

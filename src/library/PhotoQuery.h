@@ -104,6 +104,9 @@ struct LibraryView {
     std::vector<const Photo*> photos;  // in the order shown; owned by `folders`
     std::vector<PhotoGroup> groups;    // none when the order has no dates: by name and by size
     std::vector<FolderPhotos> folders; // every folder that a photo comes from
+
+    // Where the photo stands in `photos`; compares no names but those of its folder.
+    std::optional<std::size_t> positionOf(const PhotoUrl& photo) const;
 };
 
 // The values found in the photos of a scope, each once, in the order shown.

@@ -5,6 +5,18 @@
 
 namespace kelvaro {
 
+const char* profileNameOf(OutputSpace space) {
+    switch (space) {
+    case OutputSpace::displayP3:
+        return "Display P3";
+    case OutputSpace::linearRec709:
+        return "Linear Rec. 709";
+    case OutputSpace::sRGB:
+        break;
+    }
+    return "sRGB";
+}
+
 std::optional<FileFormat> formatOfExtension(const std::string& extension) {
     std::string lower = extension.starts_with('.') ? extension.substr(1) : extension;
     std::transform(lower.begin(), lower.end(), lower.begin(),

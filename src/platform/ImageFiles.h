@@ -47,6 +47,8 @@ public:
 };
 
 enum class OutputSpace { sRGB, displayP3, linearRec709 };
+// As its profile names itself: "sRGB", "Display P3" or "Linear Rec. 709".
+const char* profileNameOf(OutputSpace space);
 
 enum class FileFormat { jpeg, heic, tiff, png };
 

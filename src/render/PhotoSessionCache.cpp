@@ -125,6 +125,11 @@ void PhotoSessionCache::forget(const std::vector<std::filesystem::path>& photos)
             forget(session);
 }
 
+void PhotoSessionCache::forgetAllBut(const std::filesystem::path& photo) {
+    for (const auto& session : byAge())
+        if (session->photo() != photo) forget(session);
+}
+
 void PhotoSessionCache::forgetAll() {
     for (const auto& session : byAge())
         forget(session);

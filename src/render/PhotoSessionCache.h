@@ -7,6 +7,7 @@
 #include "render/PhotoSession.h"
 #include "render/RenderEngine.h"
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <vector>
@@ -32,11 +33,15 @@ public:
                  const Cancellation* cancellation);
     // Lets go of what is over the limit, except for the last one and those in use.
     void trim();
+    // Another limit for the next trims.
+    void setLimit(std::size_t bytes) { limitBytes_ = bytes; }
     // Memory is short: keeps the decodes that somebody uses, without what can be made from them.
     void shed();
 
-    // Lets go of these photos, of everything; sessions in use live on without being found here.
+    // Lets go of these photos, of all but one, of everything; sessions in use live on without being
+    // found here.
     void forget(const std::vector<std::filesystem::path>& photos);
+    void forgetAllBut(const std::filesystem::path& photo);
     void forgetAll();
 
     std::size_t bytes() const;
@@ -57,7 +62,7 @@ private:
 
     RenderEngine& engine_;
     const PhotoSession::Parts parts_;
-    const std::size_t limitBytes_;
+    std::atomic<std::size_t> limitBytes_;
     mutable Locked<State> state_;
     PressureNotification::Observation pressure_;
 };

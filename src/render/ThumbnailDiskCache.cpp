@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 namespace kelvaro {
 
 namespace {
@@ -13,6 +15,7 @@ constexpr std::string_view kEnding = ".jpg";
 constexpr std::int64_t kLargestFile = 8 << 20;
 constexpr double kQuality = 0.88;
 constexpr std::int64_t kMostWaiting = 32 << 20; // bytes of thumbnails not written yet
+constexpr std::chrono::seconds kFirstTrim(30);
 constexpr DecodeLimits kDecodeLimits{1 << 24, std::int64_t(1) << 27};
 
 } // namespace
@@ -67,11 +70,18 @@ void ThumbnailDiskCache::write(const std::string& name, const Bitmap& thumbnail)
     if (!writer_.encode(thumbnail, {FileFormat::jpeg, kQuality, OutputSpace::sRGB}, **file)) return;
     const std::int64_t size = (*file)->size();
     if (!(*file)->commit()) return;
-    // Others may write too, so that the folder is looked at now and then, and at the beginning.
+    // Others may write too, so that the folder is looked at now and then, and some time after the
+    // beginning: looking at a hundred thousand files takes as long as starting the program.
     writtenBytes_ += size;
-    if (isTrimmed_ && writtenBytes_ < limitBytes_ / 16) return;
+    if (writtenBytes_ >= limitBytes_ / 16)
+        trim();
+    else if (!std::exchange(isTrimAsked_, true))
+        writing_.postLater(kFirstTrim, [this] { trim(); });
+}
+
+void ThumbnailDiskCache::trim() {
     trimCacheFolder(files_, folder_, kEnding, limitBytes_);
-    isTrimmed_ = true;
+    isTrimAsked_ = true;
     writtenBytes_ = 0;
 }
 

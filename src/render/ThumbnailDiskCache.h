@@ -36,6 +36,7 @@ public:
 
 private:
     void write(const std::string& name, const Bitmap& thumbnail);
+    void trim();
 
     FileSystem& files_;
     ImageReader& reader_;
@@ -44,7 +45,7 @@ private:
     const std::int64_t limitBytes_;
     std::atomic<std::int64_t> waitingBytes_ = 0; // of thumbnails on the queue
     std::int64_t writtenBytes_ = 0;              // since the folder was trimmed; writing queue
-    bool isTrimmed_ = false;                     // writing queue
+    bool isTrimAsked_ = false;                   // in this session; writing queue
     SerialQueue writing_;                        // last: its jobs use the rest
 };
 

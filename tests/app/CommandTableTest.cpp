@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -56,6 +57,23 @@ TEST(CommandTable, HelpTextsNameTheKeyThatWorks) {
         EXPECT_EQ(row.key, expected.key) << row.name;
         EXPECT_EQ(row.help, expected.help) << row.name;
         EXPECT_EQ(row.helpWhenOn, expected.helpWhenOn) << row.name;
+    }
+}
+
+TEST(CommandTable, MenusHoldEveryTitleOnce) {
+    const std::pair<std::string_view, Menu> expected[] = {
+        {"About Kelvaro", Menu::help},      {"Check for Updates…", Menu::help},
+        {"Copy Adjustments", Menu::edit},   {"Paste Adjustments", Menu::edit},
+        {"Revert to Original", Menu::edit}, {"Move to Trash…", Menu::file},
+        {"Show/Hide Clipping", Menu::view}, {"Colour Assessment", Menu::view},
+        {"Show Crash Reports", Menu::help}, {"Report a Problem…", Menu::help},
+        {"Kelvaro Website", Menu::help},    {"Send Feedback or an Idea…", Menu::help},
+    };
+    for (const auto& [title, menu] : expected) {
+        const auto rows = commands();
+        const auto isIt = [title = title](const Command& row) { return row.title == title; };
+        ASSERT_EQ(std::ranges::count_if(rows, isIt), 1) << title;
+        EXPECT_EQ(std::ranges::find_if(rows, isIt)->menu, menu) << title;
     }
 }
 

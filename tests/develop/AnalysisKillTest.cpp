@@ -65,7 +65,7 @@ TEST(AnalysisKill, WhatAKilledProgramLeavesIsWholeOrIgnored) {
             for (unsigned writes = 1 + random() % 4; writes > 0; --writes)
                 ASSERT_TRUE(first.begunAnother());
             ASSERT_TRUE(second.begunAnother());
-            volatile unsigned turns = random() % 400'000; // somewhere within the next write
+            volatile auto turns = unsigned(random() % 400'000); // somewhere within the next write
             while (turns > 0)
                 turns = turns - 1;
         }

@@ -3,7 +3,9 @@
 
 #include "platform/cache/SqliteMetaCache.h"
 
+#include <future>
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace kelvaro {
 namespace {
@@ -96,8 +98,16 @@ TEST_F(LibraryStoreTest, ABurstOfChangesIsOneScanAndOnlyItsOwnFolders) {
     writeFile(scene.root / "a/3.jpg", "");
     std::filesystem::remove(scene.root / "a/1.jpg");
     const int before = scene.files.calls();
+    // The scan that the first change starts ends after the last one came.
+    std::promise<void> lastCame;
+    scene.files.onCall(
+        [came = lastCame.get_future().share(), here = std::this_thread::get_id()](int) {
+            if (std::this_thread::get_id() != here) came.wait();
+        });
     for (int i = 0; i < 50; ++i)
         scene.watcher.change(a);
+    scene.main.runPosted();
+    lastCame.set_value();
     scene.settle();
     expectVisible({"2.jpg", "3.jpg"});
     // At most the scan that was running and one more, of three or four calls each.

@@ -191,6 +191,11 @@ TEST(View, ScopesAndFoldersThatAreAway) {
     LibraryQuery request = by(SortKey::name);
     request.scope = {Scope::Kind::folder, "/a"};
     EXPECT_EQ(library.names(request), Names{"1.jpg"}); // not of the folder inside
+    const LibraryView inside = library.table.query(request), all = library.table.query({});
+    for (std::size_t at = 0; at < all.photos.size(); ++at)
+        EXPECT_EQ(all.positionOf(all.photos[at]->url), at);
+    for (const char* elsewhere : {"/a/b/2.jpg", "/0.jpg", "/a/3.jpg", "/c/1.jpg", ""})
+        EXPECT_EQ(inside.positionOf(elsewhere), std::nullopt) << elsewhere;
     request.scope = {Scope::Kind::folder, "/"};
     EXPECT_EQ(library.names(request), Names{"0.jpg"});
     request.scope = {Scope::Kind::all, ""};
@@ -223,6 +228,8 @@ TEST(View, RescansKeepWhatIsKnown) {
     EXPECT_FALSE(library.table.isFavorite("/p/new.jpg"));
     EXPECT_FALSE(library.table.photo("/p/gone.jpg"));
     EXPECT_EQ(before.photos[1]->url, "/p/gone.jpg"); // a view stays good
+    EXPECT_EQ(before.positionOf("/p/gone.jpg"), 1u);
+    EXPECT_EQ(before.positionOf("/p/new.jpg"), std::nullopt);
     // Metadata of the file as it was comes too late.
     library.table.setMeta("/p/changed.jpg", std::make_shared<const PhotoMeta>(meta));
     EXPECT_FALSE(library.table.meta("/p/changed.jpg"));

@@ -42,6 +42,47 @@ TEST_F(HelpCommands, AskTheDesktopInThisSystemsWords) {
     EXPECT_EQ(script.asked[0].text, "New versions come with your system's software updates.");
 }
 
+TEST_F(HelpCommands, SettingsAreStoredAtOnceAndFollowed) {
+    open(true);
+    run(CommandId::settings);
+    const bool showed = *library->showsFilmstrip();
+    QTest::mouseClick(find<QAbstractButton>("showsPhotoBar"), Qt::LeftButton);
+    EXPECT_EQ(settings.get<bool>("showsFilmstrip"), !showed);
+    EXPECT_EQ(*library->showsFilmstrip(), !showed);
+
+    auto* appearance_ = find<QComboBox>("appearance");
+    for (const auto& [key, stored, isDark] :
+         {std::tuple{Qt::Key_End, "dark", true}, {Qt::Key_Up, "light", false}}) {
+        appearance_->setFocus();
+        QTest::keyClick(appearance_, key);
+        QApplication::processEvents();
+        EXPECT_EQ(settings.get<std::string>("appearance"), stored);
+        EXPECT_EQ(appearance.theme().dark, isDark) << stored;
+    }
+    QTest::keyClicks(find<QLineEdit>("profileName"), "Noor");
+    EXPECT_EQ(settings.get<std::string>("profileName"), "Noor");
+    EXPECT_EQ(window->commands().action(CommandId::profile)->toolTip(),
+              "Noor's profile (Ctrl+Shift+P)");
+}
+
+TEST_F(HelpCommands, ThePhotoBarsHelpChangesAndItsKeyStays) {
+    settings.set("folders", std::vector<std::string>{photos("Trip", 2).string()});
+    open();
+    until([&] { return shown() == 2; });
+    library->setShowsFilmstrip(true);
+    library->openEditor(library->view().get()->photos[0]->url);
+    settle();
+    const QAction& action = *window->commands().action(CommandId::togglePhotoBar);
+    const QKeySequence key("Ctrl+Shift+F");
+    for (const char* help : {"Hide Photo Bar (Ctrl+Shift+F)", "Show Photo Bar (Ctrl+Shift+F)"}) {
+        EXPECT_EQ(action.toolTip(), help);
+        EXPECT_EQ(action.shortcut(), key);
+        QTest::keyClick(window.get(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        QApplication::processEvents();
+    }
+    EXPECT_EQ(action.toolTip(), "Hide Photo Bar (Ctrl+Shift+F)");
+}
+
 TEST_F(HelpCommands, SelectedPhotosAreDraggedOutAsFiles) {
     const auto folder = photos("Trip", 4);
     std::filesystem::rename(folder / "IMG_1.jpg", folder / "IMG_1 \xff#ä.jpg"); // no valid UTF-8

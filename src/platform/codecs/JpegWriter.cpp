@@ -20,7 +20,8 @@ namespace kelvaro {
 namespace {
 
 constexpr int kRowsAtOnce = 16;
-constexpr int kBandRows = 128;             // whole blocks of every subsampling
+constexpr int kBandRows = 128; // whole blocks of every subsampling
+constexpr int kBandsAtOnce = 2;
 constexpr double kFullColourQuality = 0.9; // from here on colour is not subsampled
 
 // Everything the library points to. Not movable.
@@ -148,20 +149,12 @@ bool begin(JpegOutput& output, const JpegShape& shape, PixelSize size,
     });
 }
 
-// A band as a picture of its own, the first one with all that describes the file. Throws
-// std::bad_alloc.
-Result<std::vector<std::byte>> encodedBand(const EncodeJob& job, const JpegShape& shape, int band) {
-    const int top = band * shape.bandRows;
-    const int rows = std::min(shape.bandRows, job.pixels.size.height - top);
-    Bitmap strip;
-    if (job.strips) {
-        if (job.isCancelled()) return fail(job.cancelled());
-        auto made = job.strips->rows(top, rows);
-        if (!made) return fail(std::move(made).error());
-        strip = std::move(*made);
-    }
-    const Bitmap& pixels = job.strips ? strip : job.pixels;
-    const int firstRow = job.strips ? 0 : top;
+// A band as a picture of its own, the first one with all that describes the file. `pixels` begin at
+// row `top` of the picture. Throws std::bad_alloc.
+Result<std::vector<std::byte>> encodedBand(const EncodeJob& job, const JpegShape& shape, int band,
+                                           const Bitmap& pixels, int top) {
+    const int firstRow = band * shape.bandRows - top;
+    const int rows = std::min(shape.bandRows, job.pixels.size.height - band * shape.bandRows);
     JpegOutput output;
     const auto failed = [&]() -> Unexpected<Failure> {
         if (output.errors.code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
@@ -186,29 +179,57 @@ Result<std::vector<std::byte>> encodedBand(const EncodeJob& job, const JpegShape
     return std::move(output.bytes);
 }
 
+using Bands = std::vector<std::vector<std::byte>>;
+
+// Some bands from `first` on, of one strip where the picture comes in strips.
+Result<Bands> encodedBands(const EncodeJob& job, const JpegShape& shape, int first) {
+    const int end = std::min(shape.bands, first + kBandsAtOnce);
+    const int top = first * shape.bandRows;
+    Bitmap strip;
+    if (job.strips) {
+        if (job.isCancelled()) return fail(job.cancelled());
+        auto made =
+            job.strips->rows(top, std::min(end * shape.bandRows, job.pixels.size.height) - top);
+        if (!made) return fail(std::move(made).error());
+        strip = std::move(*made);
+    }
+    Bands bands;
+    for (int band = first; band < end; ++band) {
+        auto bytes = job.strips ? encodedBand(job, shape, band, strip, top)
+                                : encodedBand(job, shape, band, job.pixels, 0);
+        if (!bytes) return fail(std::move(bytes).error());
+        bands.push_back(std::move(*bytes));
+    }
+    return bands;
+}
+
+// A band goes into the file without what would end or begin a picture within it.
+bool append(const EncodeJob& job, const JpegShape& shape, int band, std::span<std::byte> bytes) {
+    const auto layout = JpegLayout::of(bytes);
+    if (!layout) return false;
+    if (band == 0) layout->setHeight(bytes, job.pixels.size.height);
+    if (band + 1 < shape.bands) bytes = bytes.first(bytes.size() - 2); // the end marker
+    if (band > 0) {
+        bytes = bytes.subspan(layout->scan - 2);
+        bytes[0] = std::byte(0xFF);
+        bytes[1] = std::byte(JPEG_RST0 + (band - 1) % 8);
+    }
+    return job.sink.append(bytes);
+}
+
 } // namespace
 
 Result<void> encodeJpeg(const EncodeJob& job) {
     const JpegShape shape(job);
     int band = 0;
-    const auto make = [&](int number) { return encodedBand(job, shape, number); };
-    return takeInOrder(shape.bands, make, [&](auto bytes) -> Result<void> {
-        if (!bytes) return fail(job.afterError(std::move(bytes).error()));
-        const auto layout = JpegLayout::of(*bytes);
-        if (!layout) return fail(job.afterLibraryError());
-        if (band == 0) layout->setHeight(*bytes, job.pixels.size.height);
-        std::span<std::byte> part(*bytes);
-        const bool isLast = band + 1 == shape.bands;
-        if (!isLast) part = part.first(part.size() - 2); // the end marker
-        if (band > 0) {
-            part = part.subspan(layout->scan - 2);
-            part[0] = std::byte(0xFF);
-            part[1] = std::byte(JPEG_RST0 + (band - 1) % 8);
-        }
-        ++band;
-        if (!job.sink.append(part)) return fail(job.afterLibraryError());
+    const auto make = [&](int group) { return encodedBands(job, shape, group * kBandsAtOnce); };
+    const auto take = [&](Result<Bands> bands) -> Result<void> {
+        if (!bands) return fail(job.afterError(std::move(bands).error()));
+        for (auto& bytes : *bands)
+            if (!append(job, shape, band++, bytes)) return fail(job.afterLibraryError());
         return {};
-    });
+    };
+    return takeInOrder((shape.bands + kBandsAtOnce - 1) / kBandsAtOnce, make, take);
 }
 
 } // namespace kelvaro

@@ -54,24 +54,12 @@ LcmsProfile makeLcmsProfile(cmsContext context, OutputSpace space) {
     LcmsProfile profile(cmsCreateRGBProfileTHR(context, &white, &primaries, curves));
     if (!profile) return nullptr;
     cmsSetProfileVersion(profile.get(), 4.2);
-    const LcmsText name = textOf(context, outputProfileName(space));
+    const LcmsText name = textOf(context, profileNameOf(space));
     const LcmsText rights = textOf(context, "No copyright, use freely");
     if (!name || !rights || !cmsWriteTag(profile.get(), cmsSigProfileDescriptionTag, name.get()) ||
         !cmsWriteTag(profile.get(), cmsSigCopyrightTag, rights.get()))
         return nullptr;
     return profile;
-}
-
-const char* outputProfileName(OutputSpace space) {
-    switch (space) {
-    case OutputSpace::displayP3:
-        return "Display P3";
-    case OutputSpace::linearRec709:
-        return "Linear Rec. 709";
-    case OutputSpace::sRGB:
-        break;
-    }
-    return "sRGB";
 }
 
 const std::vector<std::byte>& outputProfile(OutputSpace space) {

@@ -13,8 +13,7 @@ namespace kelvaro {
 // Null when out of memory.
 LcmsProfile makeLcmsProfile(cmsContext context, OutputSpace space);
 
-// "sRGB", "Display P3" or "Linear Rec. 709". Throws std::bad_alloc.
+// Named by profileNameOf(). Throws std::bad_alloc.
 const std::vector<std::byte>& outputProfile(OutputSpace space);
-const char* outputProfileName(OutputSpace space);
 
 } // namespace kelvaro

@@ -61,7 +61,7 @@ bool writeHead(PngOutput& output) {
                      png_uint_32(pixels.size.height), pixels.type == SampleType::u16 ? 16 : 8,
                      pixels.channels == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
                      PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        png_set_iCCP(output.png, output.info, outputProfileName(space), PNG_COMPRESSION_TYPE_BASE,
+        png_set_iCCP(output.png, output.info, profileNameOf(space), PNG_COMPRESSION_TYPE_BASE,
                      reinterpret_cast<png_const_bytep>(profile.data()),
                      png_uint_32(profile.size()));
         if (!metadata.exif.empty()) // the library reads it only

@@ -233,6 +233,13 @@ PixelSize RenderPlan::tileSize(int height) const {
                                               : 16};
 }
 
+bool RenderPlan::prefersColumns() const {
+    return std::any_of(steps_.begin(), steps_.end(), [](const PlanStep& step) {
+        const auto* op = std::get_if<SourceOperation>(&step.node->operation);
+        return op && !op->source->standing().planes[0];
+    });
+}
+
 // Finished pictures are read where they stand, in whole rows: the memory delivers those fastest.
 PixelSize RenderPlan::blockSize(const PixelRect& area) const {
     const bool stands = std::all_of(steps_.begin(), steps_.end(), [](const PlanStep& step) {

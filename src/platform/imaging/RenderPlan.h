@@ -54,6 +54,10 @@ public:
     std::vector<PixelRect> requirements(const PixelRect& output) const;
     // The tiles in which a rectangle of that height is best drawn.
     PixelSize tileSize(int height) const;
+    // Whether tiles are taken column by column; else row by row. Sources that make their pixels
+    // where they are read may do so in parts that are taller than a tile: each had better be read
+    // by one thread, and to its end before the next is begun.
+    bool prefersColumns() const;
     // The blocks in which a Lanczos step best draws such an area of its inputs.
     PixelSize blockSize(const PixelRect& area) const;
 

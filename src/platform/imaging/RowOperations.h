@@ -5,7 +5,6 @@
 #pragma once
 
 #include "platform/Raster.h"
-#include "platform/Renderer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -52,11 +51,5 @@ void maximum(float* out, const float* a, const float* b, std::size_t count);
 // out = top + bottom (1 − topAlpha), premultiplied source-over of one plane.
 void over(float* out, const float* top, const float* topAlpha, const float* bottom,
           std::size_t count);
-
-// Primaries, clipping, transfer curve and rounding of one row; `planes[3]` may be null (opaque).
-// Writes `count` pixels of 3 or 4 interleaved samples. The sRGB curve is a polynomial in the fourth
-// root, within 6e-7 of the definition.
-void encode(const float* const planes[4], std::size_t count, const BitmapFormat& format,
-            bool withAlpha, std::byte* out);
 
 } // namespace kelvaro::rows

@@ -1,7 +1,7 @@
 #include "platform/imaging/TiledRenderer.h"
 
 #include "platform/ImageSpace.h"
-#include "platform/imaging/RowOperations.h"
+#include "platform/imaging/RowEncoding.h"
 #include "platform/imaging/TileEvaluator.h"
 
 #include <hwy/detect_compiler_arch.h>
@@ -129,15 +129,17 @@ private:
         const PixelSize size = plan.tileSize(rect.height);
         const int columns = (rect.width + size.width - 1) / size.width;
         const int lines = (rect.height + size.height - 1) / size.height;
+        const bool goesDown = plan.prefersColumns();
         tbb::enumerable_thread_specific<TilePool> pools;
         std::atomic<bool> stopped{false};
         const auto runTile = [&](int index) {
             if (cancellation && cancellation->isCancelled()) stopped = true;
             if (stopped) return;
             const DenormalsFlushed flushed;
-            const PixelRect cell{rect.x + index % columns * size.width,
-                                 rect.top() - (index / columns + 1) * size.height, size.width,
-                                 size.height};
+            const int column = goesDown ? index / lines : index % columns;
+            const int line = goesDown ? index % lines : index / columns;
+            const PixelRect cell{rect.x + column * size.width,
+                                 rect.top() - (line + 1) * size.height, size.width, size.height};
             evaluateTiles(plan, intersection(cell, rect), pools.local(), use);
         };
         arena_.execute([&] { tbb::parallel_for(0, columns * lines, runTile); });

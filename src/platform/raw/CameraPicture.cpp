@@ -1,5 +1,6 @@
 #include "platform/raw/CameraPicture.h"
 
+#include "platform/raw/PictureMeasure.h"
 #include "platform/raw/QuadRows.h"
 #include "platform/raw/SensorStatistics.h"
 
@@ -16,30 +17,35 @@ std::array<float, 3> saturationOf(const SensorImage& sensor) {
 }
 
 // None where nothing is saturated.
-std::unique_ptr<const LocalColour> surroundingsOf(const SensorImage& sensor,
+std::shared_ptr<const LocalColour> surroundingsOf(const SensorImage& sensor,
                                                   const MosaicReader& reader) {
     if (sensor.layout == SensorLayout::monochrome || sensor.colours != 3) return nullptr;
-    auto map = std::make_unique<const LocalColour>(sensor, reader, saturationOf(sensor));
+    auto map = std::make_shared<const LocalColour>(sensor, reader, saturationOf(sensor));
     if (map->isEmpty()) return nullptr;
     return map;
 }
 
-} // namespace
-
-Workshop::Workshop() {
-    for (auto& plane : planes)
-        plane.resize(std::size_t(kStride) * kHeight);
+std::shared_ptr<const PictureMeasure> measureOf(const SensorImage& sensor,
+                                                const MosaicReader& reader) {
+    const auto measure = sensor.measure ? sensor.measure : std::make_shared<PictureMeasure>();
+    std::call_once(measure->once, [&] {
+        measure->darkNoise = darkNoise(sensor, reader);
+        measure->surroundings = surroundingsOf(sensor, reader);
+    });
+    return measure;
 }
+
+} // namespace
 
 CameraPicture::CameraPicture(const SensorImage& sensor, int reduction)
     : sensor_(sensor),
       reduction_(reduction),
       reader_(sensor_),
-      toe_(std::max(kLeastToe, kToePerNoise * darkNoise(sensor_, reader_))),
-      surroundings_(surroundingsOf(sensor_, reader_)),
-      highlights_(saturationOf(sensor_), surroundings_.get()),
+      measure_(measureOf(sensor_, reader_)),
+      toe_(std::max(kLeastToe, kToePerNoise * measure_->darkNoise)),
+      highlights_(saturationOf(sensor_), measure_->surroundings.get()),
       mosaic_(&reader_) {
-    if (surroundings_ && sensor_.layout == SensorLayout::bayer)
+    if (measure_->surroundings && sensor_.layout == SensorLayout::bayer)
         mosaic_ = &recovered_.emplace(sensor_, reader_, highlights_);
     if (sensor_.corrections && !sensor_.corrections->gains.isEmpty())
         mosaic_ = &gained_.emplace(gains_.emplace(sensor_, sensor_.corrections->gains), *mosaic_);
@@ -112,11 +118,17 @@ void CameraPicture::bayerMeans(int top, int photosites, int count, float* const 
             const int channel = sensor_.filters.at(y, (left + h) & 1);
             const float share = 1 / float(each * each * (channel == 1 ? 2 : 1));
             const float* sum = sums(y, h);
+            float* out = rows[channel];
+            if (each == 2) { // of every picture at full size; without a loop for each cell
+                for (int cell = 0; cell < count; ++cell)
+                    out[cell] += share * (sum[2 * cell] + sum[2 * cell + 1]);
+                continue;
+            }
             for (int cell = 0; cell < count; ++cell) {
                 float all = 0;
                 for (int k = 0; k < each; ++k)
                     all += sum[cell * each + k];
-                rows[channel][cell] += share * all;
+                out[cell] += share * all;
             }
         }
     }
@@ -156,6 +168,15 @@ void CameraPicture::demosaic(const SensorRect& tile, Workshop& shop) const {
                           tile.height};
     float* const planes[3] = {shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)};
     shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, planes, Workshop::kStride);
+}
+
+void CameraPicture::makeRows(const SensorRect& tile, Workshop& shop, const UseRow& use) const {
+    const SensorRect area{sensor_.crop.left + tile.left, sensor_.crop.top + tile.top, tile.width,
+                          tile.height};
+    constexpr int kLines = kMaximumChannels; // the mosaic's own, which nobody else needs here
+    float* const rows[3] = {shop.row(kLines, 0), shop.row(kLines, 1), shop.row(kLines, 2)};
+    shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, rows, 0,
+                      [&](int row) { use(row, rows[0], rows[1], rows[2]); });
 }
 
 // At half size from means of 2 × 2 finished pixels: its pattern has no smaller unit with all

@@ -5,34 +5,17 @@
 // threads afterwards, each with its own workshop.
 #pragma once
 
-#include "platform/raw/Demosaic.h"
-#include "platform/raw/Finishing.h"
 #include "platform/raw/Highlights.h"
 #include "platform/raw/LocalColour.h"
 #include "platform/raw/MosaicGains.h"
 #include "platform/raw/MosaicReader.h"
-#include "platform/raw/XTransDemosaic.h"
+#include "platform/raw/Workshop.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace kelvaro {
-
-// What one thread needs for one tile.
-struct Workshop {
-    static constexpr int kWidth = BayerDemosaic::kMaximumWidth, kHeight = 288; // of a tile
-    static constexpr int kStride = kWidth + 64; // room for the last vector of a row
-
-    Workshop();
-    std::vector<float> planes[kMaximumChannels + 1]; // channels, then rows of the mosaic
-    float* row(int channel, int y) { return planes[channel].data() + y * kStride; }
-    BayerDemosaic demosaic;
-    Finishing finishing;
-    std::optional<XTransDemosaic> xTrans;        // made when first needed
-    std::vector<float> wide[4];                  // its mosaic and planes
-    std::vector<float> source[kMaximumChannels]; // of lens corrections
-};
 
 class CameraPicture {
 public:
@@ -48,6 +31,11 @@ public:
     // The sensor's channels of a rectangle that fits the workshop, into its rows. It may reach over
     // the picture's edge.
     void make(const SensorRect& tile, Workshop& shop) const;
+    // Whether the rows of a rectangle can also be had one by one, each before the next is made.
+    bool makesRows() const { return sensor_.layout == SensorLayout::bayer && reduction_ == 1; }
+    // Red, green and blue of each row in turn, the same memory for all.
+    using UseRow = std::function<void(int row, float* red, float* green, float* blue)>;
+    void makeRows(const SensorRect& tile, Workshop& shop, const UseRow& use) const;
     // Means over `count` squares of `side` pixels, of which the first begins at (side × row, 0).
     // Only for sensors of three colours.
     void means(int row, int side, int count, float* const (&rows)[3]) const;
@@ -64,8 +52,8 @@ private:
     const SensorImage sensor_;
     const int reduction_;
     MosaicReader reader_;
+    std::shared_ptr<const PictureMeasure> measure_;
     float toe_;
-    std::unique_ptr<const LocalColour> surroundings_;
     HighlightRecovery highlights_;
     std::optional<RecoveredMosaic> recovered_;
     std::optional<PlaceGains> gains_;

@@ -7,6 +7,7 @@
 #include "platform/raw/StreamedSource.h"
 #include "platform/raw/WhiteMatch.h"
 
+#include <cmath>
 #include <new>
 
 namespace kelvaro {
@@ -40,7 +41,8 @@ public:
             sensor->exposureStops = properties_.baselineExposureStops;
             // What the library itself processed is lost with its next picture.
             if (settings.streamed && !decoder_->processesItself())
-                return std::make_shared<const StreamedSource>(*sensor, settings, decoder_);
+                return std::make_shared<const StreamedSource>(*sensor, settings, decoder_,
+                                                              tileMemory_);
             auto raster = kelvaro::develop(*sensor, settings, cancellation);
             if (!raster) {
                 return fail(FailureKind::cancelled,
@@ -62,7 +64,7 @@ private:
     // Takes from the embedded preview what the file leaves open: the white and the brightness.
     // False when it was cancelled and should be tried again.
     bool match(SensorImage sensor, const Cancellation* cancellation) {
-        if (!previews_ || (decoder_->statesExposure() && decoder_->statesWhite())) return true;
+        if (!previews_ || (!decoder_->exposureDoubtStops() && decoder_->statesWhite())) return true;
         constexpr int kMatchPixels = 512; // along the longer side; every 64th pixel is looked at
         const auto preview = decoder_->preview(kMatchPixels);
         if (!preview || !*preview) {
@@ -89,9 +91,10 @@ private:
     }
 
     void matchExposure(const DecodedBitmap& picture, const SensorImage& sensor) {
-        if (decoder_->statesExposure()) return;
+        const auto doubt = decoder_->exposureDoubtStops();
+        if (!doubt) return;
         const auto stops = matchedStops(previewLuminance(picture), sensorLuminance(sensor));
-        if (stops) properties_.baselineExposureStops = *stops;
+        if (stops && std::abs(*stops) >= *doubt) properties_.baselineExposureStops = *stops;
     }
 
     void describeWhite() {
@@ -101,6 +104,7 @@ private:
 
     std::shared_ptr<RawDecoder> decoder_; // with streamed sources
     std::shared_ptr<ImageReader> previews_;
+    std::shared_ptr<TileMemory> tileMemory_ = std::make_shared<TileMemory>();
     bool isMatched_ = false;
     RawProperties properties_;
 };

@@ -24,14 +24,14 @@ namespace hn = hwy::HWY_NAMESPACE;
 // Takes from the offsets the part of the detail (in − smooth) that does not stand out from `times`
 // the noise.
 void quietRow(const float* HWY_RESTRICT in, const float* HWY_RESTRICT smooth,
-              const float* HWY_RESTRICT y, const float* HWY_RESTRICT trusted, NoiseLine noise,
-              float times, float* HWY_RESTRICT offsets, std::size_t count) {
+              const float* HWY_RESTRICT y, const std::uint8_t* HWY_RESTRICT trusted,
+              NoiseLine noise, float times, float* HWY_RESTRICT offsets, std::size_t count) {
     const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
     for (std::size_t i = 0; i < count; ++i) {
         const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
         const float limit = times * (noise.dark + t * (noise.light - noise.dark));
         const float d = in[i] - smooth[i], noiseSquare = limit * limit;
-        offsets[i] -= trusted[i] * d * (noiseSquare / (d * d + noiseSquare + 1e-20f));
+        offsets[i] -= float(trusted[i]) * d * (noiseSquare / (d * d + noiseSquare + 1e-20f));
     }
 }
 
@@ -105,11 +105,10 @@ ColourBlotches::ColourBlotches(const CameraPicture& picture, const ColourStep& c
 ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
                                                const ColourStep& colour, float toe) const {
     Cells cells;
-    const auto size = std::size_t(columns_) * std::size_t(rows_);
-    cells.luminance.resize(size);
-    cells.differences[0].resize(size);
-    cells.differences[1].resize(size);
-    cells.isTrusted.assign(size, 1.0f);
+    cells.luminance = AlignedFloats(size());
+    for (AlignedFloats& difference : cells.differences)
+        difference = AlignedFloats(size());
+    cells.isTrusted.assign(size(), 1);
     tbb::parallel_for(0, rows_, [&](int row) {
         std::vector<float> channels[3];
         for (auto& channel : channels)
@@ -132,10 +131,10 @@ ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
 }
 
 void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel& noise) {
-    std::vector<float>& level = cells.differences[which];
-    std::vector<float>& offsets = offsets_[which];
-    offsets.assign(level.size(), 0);
-    std::vector<float> smoothed(level.size());
+    AlignedFloats& level = cells.differences[which];
+    AlignedFloats& offsets = offsets_[which];
+    offsets = AlignedFloats(size());
+    AlignedFloats smoothed(size());
     const auto width = std::size_t(columns_);
     for (int l = 0; l < kLevels; ++l) {
         const RowRing from{level.data(), int(std::bit_ceil(unsigned(rows_))), columns_, rows_,
@@ -144,6 +143,7 @@ void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel
             std::vector<float> scratch(smoothingScratch(columns_));
             for (int row = range.begin(); row < range.end(); ++row) {
                 const auto first = std::size_t(row) * width;
+                if (l == 0) std::fill_n(offsets.data() + first, width, 0.0f);
                 smoothedRow(from, row, 1 << l, scratch.data(), smoothed.data() + first);
                 HWY_DYNAMIC_DISPATCH(quietRow)
                 (level.data() + first, smoothed.data() + first, cells.luminance.data() + first,
@@ -151,7 +151,7 @@ void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel
                  kNoiseTimes * kNoiseOfLevel[l], offsets.data() + first, width);
             }
         });
-        level.swap(smoothed);
+        std::swap(level, smoothed);
     }
 }
 
@@ -198,7 +198,8 @@ void ColourBlotches::addAlong(double row, double column, double rowStep, double 
         const std::size_t right = left + 1 < columns_ ? 1 : 0;
         const auto below = std::size_t(top + 1 < rows_ ? columns_ : 0);
         const float fy = y - float(top), fx = x - float(left);
-        const auto at = [&](const std::vector<float>& o) {
+        const auto at = [&](const AlignedFloats& all) {
+            const float* o = all.data();
             const float upper = o[a] + fx * (o[a + right] - o[a]);
             const float lower = o[a + below] + fx * (o[a + below + right] - o[a + below]);
             return upper + fy * (lower - upper);

@@ -4,10 +4,12 @@
 // is interpolated over the pixels. Immutable; any thread.
 #pragma once
 
+#include "platform/Raster.h"
 #include "platform/raw/CameraPicture.h"
 #include "platform/raw/ColourStep.h"
 #include "platform/raw/Finishing.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace kelvaro {
@@ -30,15 +32,17 @@ public:
 
 private:
     static constexpr int kSide = 4; // pixels of a cell
+    std::size_t size() const { return std::size_t(columns_) * std::size_t(rows_); }
     struct Cells {
-        std::vector<float> luminance, differences[2];
-        std::vector<float> isTrusted; // 0 where nearly saturated: colours are no measure there
+        AlignedFloats luminance, differences[2];
+        std::vector<std::uint8_t>
+            isTrusted; // not where nearly saturated: colours tell nothing there
     };
     Cells measured(const CameraPicture& picture, const ColourStep& colour, float toe) const;
     void decompose(Cells& cells, std::size_t which, const NoiseModel& noise);
 
     int columns_, rows_;
-    std::vector<float> offsets_[2];
+    AlignedFloats offsets_[2];
 };
 
 } // namespace kelvaro

@@ -279,7 +279,7 @@ void finish(Step s, int row, bool isRedRow, float* red, float* greenOut, float* 
 }
 
 void work(Step s, const SplitRows& source, BayerPhase phase, const SensorRect& area, float toe,
-          float* const* planes, std::ptrdiff_t stride) {
+          float* const* planes, std::ptrdiff_t stride, const std::function<void(int)>& finished) {
     s.toe = toe;
     const int top = area.top - kDemosaicBorder, left = area.left - kDemosaicBorder;
     const int height = area.height + 2 * kDemosaicBorder;
@@ -307,6 +307,7 @@ void work(Step s, const SplitRows& source, BayerPhase phase, const SensorRect& a
         if (!within(row, kDemosaicBorder)) continue;
         const std::ptrdiff_t at = (row - kDemosaicBorder) * stride;
         finish(s, row, (row & 1) == redRow, planes[0] + at, planes[1] + at, planes[2] + at);
+        if (finished) finished(row - kDemosaicBorder);
     }
 }
 
@@ -325,8 +326,9 @@ BayerDemosaic::BayerDemosaic() : rings_(std::make_unique<Rings>()) {}
 BayerDemosaic::~BayerDemosaic() = default;
 
 void BayerDemosaic::run(const SplitRows& source, BayerPhase phase, const SensorRect& area,
-                        float toe, float* const (&planes)[3], std::ptrdiff_t stride) {
-    HWY_DYNAMIC_DISPATCH(work)(*rings_, source, phase, area, toe, planes, stride);
+                        float toe, float* const (&planes)[3], std::ptrdiff_t stride,
+                        const std::function<void(int)>& finished) {
+    HWY_DYNAMIC_DISPATCH(work)(*rings_, source, phase, area, toe, planes, stride, finished);
 }
 
 } // namespace kelvaro

@@ -9,6 +9,7 @@
 #include "platform/raw/SensorImage.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 
 namespace kelvaro {
@@ -43,9 +44,12 @@ public:
     ~BayerDemosaic();
     // At most kMaximumWidth columns. `source` is asked for kDemosaicBorder rows and columns around
     // the area too; `phase` is the one at the source's (0, 0). Plane rows are `stride` floats apart
-    // and written up to the next multiple of 64 columns.
+    // and written up to the next multiple of 64 columns. `finished`, where there is one, is called
+    // with the number of each row once it is written, so that with a stride of 0 all rows may pass
+    // through the same memory.
     void run(const SplitRows& source, BayerPhase phase, const SensorRect& area, float toe,
-             float* const (&planes)[3], std::ptrdiff_t stride);
+             float* const (&planes)[3], std::ptrdiff_t stride,
+             const std::function<void(int)>& finished = {});
 
 private:
     struct Rings;

@@ -8,7 +8,6 @@
 #include "platform/raw/UprightWriter.h"
 
 #include <tbb/blocked_range2d.h>
-#include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
@@ -80,15 +79,19 @@ public:
 
     // What one tile may cover, so that it fits the workshop with its border.
     int tileWidth() const { return tileSide(Workshop::kWidth); }
-    int tileHeight() const { return tileSide(Workshop::kHeight); }
+    int tileHeight() const {
+        // What is only halved passes over its rows several times, and reaches for few others.
+        const bool isLow = picture_.reduction() == 2 && border() == 0;
+        return std::min(tileSide(Workshop::kHeight), isLow ? kLowTile : kTile);
+    }
 
     // One tile of the picture, in its own coordinates before orientation.
     void tile(const SensorRect& tile, const UprightWriter& writer) const {
-        Workshop& shop = workshops_.local();
+        const WorkshopPool::Lease lease(workshops_);
+        Workshop& shop = *lease;
         const int border = this->border(), scale = halves_ ? 2 : 1;
         const SensorRect wide{scale * tile.left - border, scale * tile.top - border,
                               scale * tile.width + 2 * border, scale * tile.height + 2 * border};
-        make(wide, shop);
         std::optional<TileOffsets> offsets;
         if (blotches_) offsets.emplace(*blotches_, places_, wide);
         const int finished = Finishing::border(finishing_);
@@ -102,9 +105,9 @@ public:
             target = {{writer.place(tile, 0), writer.place(tile, 1), writer.place(tile, 2)},
                       writer.stride()};
         }
-        shop.finishing.run({shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)}, Workshop::kStride,
-                           wide.width, wide.height, noise_, finishing_, target,
-                           offsets ? &*offsets : nullptr);
+        finish(
+            wide, shop,
+            {wide.width, wide.height, noise_, finishing_, target, offsets ? &*offsets : nullptr});
         if (isDirect) return;
         if (halves_) {
             for (float* plane : planes)
@@ -114,6 +117,28 @@ public:
     }
 
 private:
+    static constexpr int kTile = 256, kLowTile = 64; // rows of a tile at most
+
+    // Makes the rectangle and finishes it, each row while it is in the cache where that can be.
+    void finish(const SensorRect& wide, Workshop& shop, const Finishing::Job& job) const {
+        if (picture_.makesRows() && places_.isIdentity() && Finishing::border(finishing_) > 0) {
+            picture_.makeRows(wide, shop, [&](int row, float* red, float* green, float* blue) {
+                toWorkingColours(wide, row, {red, green, blue, nullptr});
+                shop.finishing.addRow(job, row, red, green, blue);
+            });
+            return;
+        }
+        make(wide, shop);
+        shop.finishing.run({shop.row(0, 0), shop.row(1, 0), shop.row(2, 0)}, Workshop::kStride,
+                           wide.width, wide.height, noise_, finishing_, job.target, job.offsets);
+    }
+
+    void toWorkingColours(const SensorRect& tile, int row,
+                          float* const (&rows)[kMaximumChannels]) const {
+        if (lateGains_) multiply(tile, row, rows);
+        colour_.run(rows, tile.width);
+    }
+
     static bool isFinelyHalved(const SensorImage& sensor, const RawDevelopSettings& settings) {
         return settings.fine && usedReduction(sensor, settings.reduction) == 2;
     }
@@ -129,7 +154,8 @@ private:
         const auto [columns, rows] = pictureSize(picture_.sensor(), picture_.reduction());
         const int width = std::min(kSize, columns), height = std::min(kSize, rows);
         tbb::parallel_for(0, kAcross * kDown, [&, columns = columns, rows = rows](int i) {
-            Workshop& shop = workshops_.local();
+            const WorkshopPool::Lease lease(workshops_);
+            Workshop& shop = *lease;
             const SensorRect tile{(columns - width) * (i % kAcross) / (kAcross - 1),
                                   (rows - height) * (i / kAcross) / (kDown - 1), width, height};
             make(tile, shop);
@@ -164,8 +190,7 @@ private:
         for (int row = 0; row < tile.height; ++row) {
             float* const rows[kMaximumChannels] = {shop.row(0, row), shop.row(1, row),
                                                    shop.row(2, row), shop.row(3, row)};
-            if (lateGains_) multiply(tile, row, rows);
-            colour_.run(rows, tile.width);
+            toWorkingColours(tile, row, rows);
         }
     }
 
@@ -229,7 +254,7 @@ private:
     FinishingSettings finishing_;
     NoiseModel noise_;
     std::optional<ColourBlotches> blotches_;
-    mutable tbb::enumerable_thread_specific<Workshop> workshops_;
+    mutable WorkshopPool workshops_;
 };
 
 PixelSize developedSize(const SensorImage& sensor, int reduction) {

@@ -1,5 +1,7 @@
 #include "platform/raw/EmbeddedBitmap.h"
 
+#include "platform/raw/TiffTags.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,16 +9,7 @@ namespace kelvaro {
 
 namespace {
 
-enum Tag : std::uint16_t {
-    imageWidth = 256,
-    imageLength = 257,
-    bitsPerSample = 258,
-    compression = 259,
-    photometricInterpretation = 262,
-    stripOffsets = 273,
-    samplesPerPixel = 277,
-    planarConfiguration = 284,
-};
+using namespace tiff;
 
 constexpr double kRgb = 2, kLongest = 4096;
 

@@ -1,5 +1,7 @@
 #include "platform/raw/EmbeddedJpeg.h"
 
+#include "platform/raw/TiffTags.h"
+
 #include <array>
 #include <cstring>
 
@@ -7,18 +9,7 @@ namespace kelvaro {
 
 namespace {
 
-enum Tag : std::uint16_t {
-    interoperabilityIndex = 1,
-    panasonicJpeg = 46, // the whole JPEG as the value of one tag
-    compression = 259,
-    stripOffsets = 273,
-    orientation = 274,
-    stripByteCounts = 279,
-    jpegInterchangeFormat = 513,
-    jpegInterchangeFormatLength = 514,
-    colorSpace = 40961,
-    previewColorSpace = 50970, // of a DNG
-};
+using namespace tiff;
 
 std::optional<JpegPlace> placeNamedBy(const TiffDirectory& directory, std::uint16_t offsetTag,
                                       std::uint16_t lengthTag) {

@@ -54,14 +54,24 @@ void Finishing::resize(int width) {
     }
 }
 
-// All steps follow each other row by row, so that what one leaves is still in the cache for the
-// next; each level lags behind by its reach.
 void Finishing::run(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
                     const NoiseModel& noise, const FinishingSettings& settings,
                     const Target& target, const ColourOffsets* offsets) {
-    const int lag = border(settings);
+    const Job job{width, height, noise, settings, target, offsets};
+    for (int row = 0; row < height; ++row) {
+        const std::ptrdiff_t in = row * stride;
+        addRow(job, row, planes[0] + in, planes[1] + in, planes[2] + in);
+    }
+}
+
+// All steps follow each other row by row, so that what one leaves is still in the cache for the
+// next; each level lags behind by its reach.
+void Finishing::addRow(const Job& job, int t, const float* red, const float* green,
+                       const float* blue) {
+    const auto& settings = job.settings;
+    const int lag = border(settings), width = job.width, height = job.height;
     if (lag == 0 || width <= 2 * lag) return;
-    resize(width);
+    if (t == 0) resize(width);
     const auto w = std::size_t(width);
     const auto ring = [&](std::vector<float>& v, int rows = kKeptRows) {
         return RowRing{v.data(), rows, width, height, stride_};
@@ -69,28 +79,24 @@ void Finishing::run(const float* const (&planes)[3], std::ptrdiff_t stride, int 
     const auto level0 = [&](int c) { return ring(colour_[c].levels[0], kLevelRows[0]); };
     const RowRing y = ring(luminance_), sharpened = ring(sharpened_);
     const bool reduces = settings.reducesColourNoise, sharpens = settings.sharpening > 0;
-    for (int t = 0; t < height; ++t) {
-        const std::ptrdiff_t in = t * stride;
-        splitColours(planes[0] + in, planes[1] + in, planes[2] + in, settings.toe, y.row(t),
-                     level0(0).row(t), level0(1).row(t), w);
-        if (offsets) offsets->add(t, width, level0(0).row(t), level0(1).row(t));
-        const int sharp = t - kSharpeningBorder;
-        if (sharpens && sharp >= 0) {
-            smoothedRow(y, sharp, 1, scratch_.data(), sharpened.row(sharp));
-            sharpenLuminance(y.row(sharp), noise.luminance, kDefaultAmount * settings.sharpening,
-                             sharpened.row(sharp), w);
-        }
-        if (reduces) reduceColourNoise(t, y, noise);
-        const int done = t - lag;
-        if (done < lag) continue;
-        const float* parts[2];
-        for (int c = 0; c < 2; ++c)
-            parts[c] = (reduces ? ring(colour_[c].sum) : level0(c)).row(done) + lag;
-        const std::ptrdiff_t out = (done - lag) * target.stride;
-        joinColours((sharpens ? sharpened : y).row(done) + lag, parts[0], parts[1], settings.toe,
-                    target.planes[0] + out, target.planes[1] + out, target.planes[2] + out,
-                    w - 2 * std::size_t(lag));
+    splitColours(red, green, blue, settings.toe, y.row(t), level0(0).row(t), level0(1).row(t), w);
+    if (job.offsets) job.offsets->add(t, width, level0(0).row(t), level0(1).row(t));
+    const int sharp = t - kSharpeningBorder;
+    if (sharpens && sharp >= 0) {
+        smoothedRow(y, sharp, 1, scratch_.data(), sharpened.row(sharp));
+        sharpenLuminance(y.row(sharp), job.noise.luminance, kDefaultAmount * settings.sharpening,
+                         sharpened.row(sharp), w);
     }
+    if (reduces) reduceColourNoise(t, y, job.noise);
+    const int done = t - lag;
+    if (done < lag) return;
+    const float* parts[2];
+    for (int c = 0; c < 2; ++c)
+        parts[c] = (reduces ? ring(colour_[c].sum) : level0(c)).row(done) + lag;
+    const std::ptrdiff_t out = (done - lag) * job.target.stride;
+    joinColours((sharpens ? sharpened : y).row(done) + lag, parts[0], parts[1], settings.toe,
+                job.target.planes[0] + out, job.target.planes[1] + out, job.target.planes[2] + out,
+                w - 2 * std::size_t(lag));
 }
 
 // What the newest row `t` of both colour differences makes possible.

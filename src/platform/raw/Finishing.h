@@ -50,6 +50,15 @@ public:
     void run(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
              const NoiseModel& noise, const FinishingSettings& settings, const Target& target,
              const ColourOffsets* offsets = nullptr);
+    // The same row by row, in their order from 0 on.
+    struct Job {
+        int width, height;
+        const NoiseModel& noise;
+        const FinishingSettings& settings;
+        Target target;
+        const ColourOffsets* offsets = nullptr;
+    };
+    void addRow(const Job& job, int row, const float* red, const float* green, const float* blue);
     // What a tile contributes to the measurement: its interior's encoded luminance and details, one
     // pixel in about four. Leaves the planes as they are.
     struct Sample {

@@ -139,7 +139,8 @@ void LocalColour::fill() {
         int columns, rows;
         std::vector<Cell> cells;
     };
-    std::vector<Level> levels{{columns_, rows_, cells_}};
+    std::vector<Level> levels;
+    levels.push_back({columns_, rows_, std::move(cells_)});
     while (levels.back().columns > 1 || levels.back().rows > 1) {
         const Level& fine = levels.back();
         Level coarse{(fine.columns + 1) / 2, (fine.rows + 1) / 2, {}};

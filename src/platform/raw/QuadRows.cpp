@@ -10,6 +10,7 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <bit>
 
 HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
@@ -27,16 +28,22 @@ HWY_INLINE V constant(float v) {
 }
 
 void levels(const std::uint16_t* samples, const PairLevels& l, int pairs, float* even, float* odd) {
-    const hn::Rebind<std::uint16_t, decltype(kTag)> words;
-    const hn::Rebind<std::int32_t, decltype(kTag)> integers;
+    const hn::RebindToSigned<decltype(kTag)> integers;
+    const hn::RebindToUnsigned<decltype(kTag)> both;
+    const hn::Repartition<std::uint16_t, decltype(both)> words;
+    const V blacks[2] = {constant(l.black[0]), constant(l.black[1])};
+    const V scales[2] = {constant(l.scale[0]), constant(l.scale[1])};
+    constexpr int low =
+        std::endian::native == std::endian::little ? 0 : 1; // the half of a pair that comes first
+    float* const out[2] = {even, odd};
     int k = 0;
     for (; k + lanes() <= pairs; k += lanes()) {
-        hn::Vec<decltype(words)> halves[2];
-        hn::LoadInterleaved2(words, samples + 2 * k, halves[0], halves[1]);
-        float* const out[2] = {even, odd};
+        const auto pair = hn::BitCast(both, hn::LoadU(words, samples + 2 * k));
+        const hn::Vec<decltype(both)> halves[2] = {hn::And(pair, hn::Set(both, 0xffffU)),
+                                                   hn::ShiftRight<16>(pair)};
         for (int i = 0; i < 2; ++i) {
-            const V value = hn::ConvertTo(kTag, hn::PromoteTo(integers, halves[i]));
-            hn::StoreU((value - constant(l.black[i])) * constant(l.scale[i]), kTag, out[i] + k);
+            const V value = hn::ConvertTo(kTag, hn::BitCast(integers, halves[i ^ low]));
+            hn::StoreU((value - blacks[i]) * scales[i], kTag, out[i] + k);
         }
     }
     for (; k < pairs; ++k) {

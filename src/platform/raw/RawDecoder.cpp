@@ -4,6 +4,7 @@
 #include "platform/raw/EmbeddedBitmap.h"
 #include "platform/raw/EmbeddedJpeg.h"
 #include "platform/raw/LibRawAccess.h"
+#include "platform/raw/PictureMeasure.h"
 #include "platform/raw/SampleTiles.h"
 #include "platform/raw/SensorStatistics.h"
 #include "platform/raw/StandaloneJpeg.h"
@@ -27,6 +28,7 @@ constexpr std::uint64_t kMaximumPreviewBytes = 128 << 20;
 constexpr INT64 kMissingTolerated = 4096;
 constexpr auto kTimeLimit = 9s;
 constexpr float kStuckMargin = 0.02f, kLeastMargin = 0.002f; // of the range from black to white
+constexpr double kDoubtOfZero = 0.5; // stops; previews are contrastier than the data by less
 constexpr float kLongExposureSeconds = 1, kTimesNoise = 10;
 
 int exifOrientation(int flip) {
@@ -185,8 +187,9 @@ void RawDecoder::describe() {
 
 void RawDecoder::describeExposure() {
     const auto stated = dng_ ? dng_->baselineExposureStops : library_->exposureStops();
-    statesExposure_ = stated.has_value();
     description_.exposureStops = stated.value_or(0);
+    // 0 is also what programs write that know nothing of the camera.
+    if (stated) exposureDoubtStops_ = *stated == 0 ? std::optional(kDoubtOfZero) : std::nullopt;
 }
 
 void RawDecoder::describeShape() {
@@ -208,6 +211,7 @@ void RawDecoder::setNeutral(const ChannelValues& neutral) {
     camera_.neutral = neutral;
     describeColour();
     if (isUnpacked_) measureSaturation();
+    description_.measure = std::make_shared<PictureMeasure>();
 }
 
 void RawDecoder::describeLevels() {
@@ -248,6 +252,7 @@ Result<void> RawDecoder::unpack(const Cancellation* cancellation) {
     repair();
     measureGreens();
     measureSaturation();
+    description_.measure = std::make_shared<PictureMeasure>();
     return {};
 }
 
@@ -347,6 +352,7 @@ Result<SensorImage> RawDecoder::processed(int reduction) {
     const int code = library_->process(description_.colour.balance, reduction == 2);
     if (code != LIBRAW_SUCCESS) return fail(failure(code));
     SensorImage image = description_;
+    image.measure.reset(); // every processing has samples of its own
     library_->attachProcessed(image);
     image.isReduced = reduction == 2;
     return image;

@@ -38,8 +38,9 @@ public:
     Result<std::optional<EmbeddedPreview>> preview(int atLeastPx);
     // A small picture of the photo that is no JPEG; see EmbeddedBitmap.h.
     std::optional<DecodedBitmap> bitmapPreview() const;
-    // Whether the file itself says how far to brighten.
-    bool statesExposure() const { return statesExposure_; }
+    // By how many stops a preview must differ to be believed rather than the file about how far to
+    // brighten; none where the file alone decides.
+    std::optional<double> exposureDoubtStops() const { return exposureDoubtStops_; }
     // Whether it says which white the camera took; if not, it can be told later, as the camera
     // values of a white surface.
     bool statesWhite() const { return camera_.neutral || camera_.whiteXy; }
@@ -76,7 +77,7 @@ private:
     SensorImage description_;
     StoredSamples ownSamples_; // decoded by us; else the library has them
     bool needsProcessing_ = false;
-    bool statesExposure_ = false;
+    std::optional<double> exposureDoubtStops_ = 0;
     bool isUnpacked_ = false;
 };
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <memory>
 
 namespace kelvaro {
@@ -73,6 +74,13 @@ public:
                           bytes = rowBytes * std::size_t(target.height),
                           from = rowBytes * std::size_t(top);
         if (from + bytes > grid.counts[tile]) return false;
+        if (isStored(target)) {
+            const std::span samples(target.first, bytes / sizeof *target.first);
+            if (read_(grid.offsets[tile] + from, std::as_writable_bytes(samples)) != bytes)
+                return false;
+            linearise(tags_.linearisation, target);
+            return true;
+        }
         const auto packed = std::make_unique_for_overwrite<std::byte[]>(bytes);
         if (read_(grid.offsets[tile] + from, {packed.get(), bytes}) != bytes) return false;
         for (int y = 0; y < target.height; ++y) {
@@ -84,6 +92,13 @@ public:
     }
 
 private:
+    // Whether rows of the file are what they become in memory, without gaps.
+    bool isStored(const TileSamples& target) const {
+        const bool isOwnOrder = tags_.isBigEndian == (std::endian::native == std::endian::big);
+        return tags_.bitsPerSample == 16 && isOwnOrder && target.stride == target.width &&
+               target.width == each_ * tags_.tiles.width;
+    }
+
     // What the picture has of up to `rows` rows of a tile.
     TileSamples part(std::size_t tile, int top, int rows) const {
         const TileGrid& grid = tags_.tiles;

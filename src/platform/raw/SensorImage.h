@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace kelvaro {
@@ -66,6 +67,7 @@ struct BlackLevels {
 };
 
 struct OpcodeCorrections;
+struct PictureMeasure;
 
 struct SensorImage {
     SensorLayout layout = SensorLayout::bayer;
@@ -93,6 +95,8 @@ struct SensorImage {
     bool isReduced = false;                         // already at half size
     int orientation = 1;                            // EXIF
     double exposureStops = 0;                       // baseline exposure
+    // Of these samples, shared by their developments; each measures for itself where it is null.
+    std::shared_ptr<PictureMeasure> measure;
 };
 
 } // namespace kelvaro

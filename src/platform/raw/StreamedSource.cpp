@@ -1,14 +1,25 @@
 #include "platform/raw/StreamedSource.h"
 
+#include "platform/raw/Workshop.h"
+
 #include <algorithm>
 
 namespace kelvaro {
 
 namespace {
 
-// Rows of tiles that are kept: those that two cores read, half a strip of an export apart, and the
-// one between them. With one fewer an export makes a quarter of the tiles twice.
-constexpr std::size_t kRowsKept = 3;
+// Rows of tiles that are kept: those that a strip of an export reads, which may lie across two, or
+// that two cores read while they reduce the picture.
+constexpr int kRowsKept = 2, kLowRowsKept = 8;
+
+// How many tiles that are.
+std::size_t capacityOf(const Development& development, int orientation) {
+    const auto [across, down] = development.tiles();
+    const PixelRect first = development.tile(0, 0);
+    const int rows =
+        2 * std::min(first.width, first.height) < Workshop::kHeight ? kLowRowsKept : kRowsKept;
+    return std::size_t(rows) * std::size_t(orientation >= 5 ? down : across) + 2;
+}
 
 std::size_t bytesOf(const SensorImage& sensor) {
     return std::size_t(sensor.stride) * std::size_t(sensor.height) *
@@ -19,20 +30,26 @@ int strideOf(PixelSize tile) {
     return (tile.width + kRowGroup - 1) / kRowGroup * kRowGroup;
 }
 
-std::size_t tileFloats(PixelSize tile) {
-    return std::size_t(strideOf(tile)) * std::size_t(tile.height) * 3;
-}
+// Of any development, whichever way the picture is turned, so that they can share memory.
+constexpr std::size_t kTileFloats = std::size_t(3) * Workshop::kWidth *
+                                    ((Workshop::kHeight + kRowGroup - 1) / kRowGroup * kRowGroup);
 
 } // namespace
 
 StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettings& settings,
-                               std::shared_ptr<const void> samples)
+                               std::shared_ptr<const void> samples,
+                               std::shared_ptr<TileMemory> memory)
     : samples_(std::move(samples)),
+      memory_(std::move(memory)),
       sampleBytes_(bytesOf(sensor)),
       development_(sensor, settings),
       tiles_(development_.tiles()),
-      largest_(development_.tile(0, 0).size()),
-      capacity_(kRowsKept * std::size_t(sensor.orientation >= 5 ? tiles_.height : tiles_.width)) {}
+      capacity_(capacityOf(development_, sensor.orientation)) {}
+
+StreamedSource::~StreamedSource() {
+    for (const auto& tile : kept_)
+        memory_->giveBack(std::move(tile->memory));
+}
 
 PixelRect StreamedSource::extent() const {
     return {0, 0, development_.size().width, development_.size().height};
@@ -58,22 +75,10 @@ void StreamedSource::forgetOldest() const {
         --oldest;
         if (!(*oldest)->isReady) continue;
         // Nobody can take another reference to it now.
-        if (oldest->use_count() == 1) spare_.push_back(std::move((*oldest)->memory));
+        if (oldest->use_count() == 1) memory_->giveBack(std::move((*oldest)->memory));
         places_.erase((*oldest)->index);
         oldest = kept_.erase(oldest);
     }
-}
-
-AlignedFloats StreamedSource::freshMemory() const {
-    {
-        const std::lock_guard guard(lock_);
-        if (!spare_.empty()) {
-            AlignedFloats memory = std::move(spare_.back());
-            spare_.pop_back();
-            return memory;
-        }
-    }
-    return AlignedFloats(tileFloats(largest_));
 }
 
 // Null while another thread makes the tile, unless `waits` is set.
@@ -101,7 +106,7 @@ std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int
         places_[index] = kept_.begin();
     }
     try {
-        tile->memory = freshMemory();
+        tile->memory = memory_->take(kTileFloats);
         TileView& view = tile->pixels;
         view.rect = development_.tile(column, row);
         view.stride = strideOf(view.rect.size());

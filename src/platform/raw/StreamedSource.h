@@ -4,6 +4,7 @@
 
 #include "platform/Image.h"
 #include "platform/raw/Development.h"
+#include "platform/raw/TileMemory.h"
 
 #include <condition_variable>
 #include <list>
@@ -18,7 +19,8 @@ class StreamedSource final : public PixelSource {
 public:
     // `samples` keeps alive what the sensor points at. Throws std::bad_alloc.
     StreamedSource(const SensorImage& sensor, const RawDevelopSettings& settings,
-                   std::shared_ptr<const void> samples);
+                   std::shared_ptr<const void> samples, std::shared_ptr<TileMemory> memory);
+    ~StreamedSource() override;
 
     PixelRect extent() const override;
     bool hasAlpha() const override { return false; }
@@ -38,19 +40,17 @@ private:
     static void copyPart(const Tile& tile, const TileView& wanted);
     void forget(int index) const;
     void forgetOldest() const;
-    AlignedFloats freshMemory() const;
 
     std::shared_ptr<const void> samples_;
+    std::shared_ptr<TileMemory> memory_;
     std::size_t sampleBytes_;
     Development development_;
     PixelSize tiles_;
-    PixelSize largest_;       // tile
     std::size_t capacity_;    // in tiles
     mutable std::mutex lock_; // guards what follows
     mutable std::condition_variable finished_;
     mutable Kept kept_;
     mutable std::unordered_map<int, Kept::iterator> places_;
-    mutable std::vector<AlignedFloats> spare_; // of forgotten tiles; fresh pages cost more
 };
 
 } // namespace kelvaro

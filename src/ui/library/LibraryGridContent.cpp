@@ -22,13 +22,8 @@ bool LibraryGridContent::update() {
 }
 
 int LibraryGridContent::indexOf(const PhotoUrl& url) const {
-    // The store mostly has the very record that is shown; comparing the names of a whole library
-    // takes long.
-    const auto& photos = view_->photos;
-    auto found = std::ranges::find(photos, lib_.photo(url));
-    if (found == photos.end() && lib_.photo(url))
-        found = std::ranges::find_if(photos, [&](const Photo* photo) { return photo->url == url; });
-    return found == photos.end() ? -1 : static_cast<int>(found - photos.begin());
+    const auto found = view_->positionOf(url);
+    return found ? static_cast<int>(*found) : -1;
 }
 
 std::vector<GridHeading> LibraryGridContent::headings() const {

@@ -29,6 +29,10 @@ ChartCard::ChartCard(const Appearance& appearance, QWidget* parent) : Section(pa
     bars_->onChosen = [this](int bar) {
         if (onBar) onBar(*chart_, static_cast<std::size_t>(bar));
     };
+}
+
+// Not before somebody asks for it: a dozen tables take longer to make than the page around them.
+void ChartCard::makeTable() {
     table_ = named(new QTableWidget(0, 3, this), "chartTable", {}, {});
     table_->setHorizontalHeaderLabels({words("Value"), words("Photos"), words("Share")});
     table_->horizontalHeader()->hide();
@@ -43,7 +47,6 @@ ChartCard::ChartCard(const Appearance& appearance, QWidget* parent) : Section(pa
     table_->setTabKeyNavigation(false);
     table_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    table_->hide();
     QObject::connect(table_, &QTableWidget::itemActivated, this, [this](QTableWidgetItem* item) {
         if (onBar) onBar(*chart_, static_cast<std::size_t>(item->data(Qt::UserRole).toInt()));
     });
@@ -58,6 +61,7 @@ void ChartCard::show(const Chart& chart) {
 
 void ChartCard::setShowsTable(bool shows) {
     showsTable_ = shows;
+    if (shows && !table_) makeTable();
     if (shows && chart_) fillTable();
 }
 
@@ -80,12 +84,12 @@ void ChartCard::fillTable() {
 int ChartCard::arrange(int widthPx) {
     const bool isTable = showsTable();
     bars_->setVisible(!isTable);
-    table_->setVisible(isTable);
+    if (table_) table_->setVisible(isTable);
     title_->setGeometry(0, 0, widthPx, 20);
     const int tall = isTable ? rowPx * table_->rowCount() + 2 : bars_->heightPx();
     bars_->setGeometry(0, headPx, widthPx, tall);
     // Cells have air of their own; their text is to stand below the heading.
-    table_->setGeometry(-cellAirPx, headPx, widthPx + 2 * cellAirPx, tall);
+    if (table_) table_->setGeometry(-cellAirPx, headPx, widthPx + 2 * cellAirPx, tall);
     return headPx + tall;
 }
 

@@ -17,17 +17,18 @@ public:
     void setShowsTable(bool shows);
     int arrange(int widthPx) override;
     BarChart& bars() const { return *bars_; }
-    QTableWidget& table() const { return *table_; }
+    QTableWidget* table() const { return table_; } // null until it was shown
 
     std::function<void(const Chart& chart, std::size_t bar)> onBar;
 
 private:
+    void makeTable();
     void fillTable();
     bool showsTable() const { return showsTable_ && chart_ && chart_->recorded() > 0; }
 
     QLabel* title_;
     BarChart* bars_;
-    QTableWidget* table_;
+    QTableWidget* table_ = nullptr;
     std::optional<Chart> chart_;
     bool showsTable_ = false;
 };

@@ -132,14 +132,10 @@ Rgb fitted(const Sample& sample, const std::vector<double>& rows) {
 
 Rgb shown(const Sample& sample, const std::vector<double>& rows) {
     const Rgb c = fitted(sample, rows);
-    double low = 1e9, high = -1e9;
-    for (int i = 0; i < 3; i++) {
-        const double t = rows[3 * i] * c[0] + rows[3 * i + 1] * c[1] + rows[3 * i + 2] * c[2];
-        low = std::min(low, t);
-        high = std::max(high, t);
-    }
-    if (low < -0.001 || high > 1.001) return {1, 1, 1};
-    return c;
+    double high = -1e9;
+    for (int i = 0; i < 3; i++)
+        high = std::max(high, rows[3 * i] * c[0] + rows[3 * i + 1] * c[1] + rows[3 * i + 2] * c[2]);
+    return high > 1.001 ? Rgb{1, 1, 1} : c;
 }
 
 Sample pixel(double r, double g, double b) {
@@ -200,19 +196,21 @@ TEST(ColourKernels, whatIsNotANumberStaysSo) {
 }
 
 // Without a lightness there is nothing to reduce the chroma at: such a pixel is returned as it is,
-// and shown as bright as the target goes in the channels that are infinite.
+// and shown as bright or as dark as the target goes in the channels that are infinite.
 TEST(ColourKernels, outputGamutKeepsInfinity) {
     for (const auto& rows : {kRowsOfSrgb, kRowsOfP3})
-        for (int bright = 1; bright < 8; bright++) {
+        for (int bright = -7; bright < 8; bright++) {
             Rgb c{0.25, 0.5, 0.125};
             for (int k = 0; k < 3; k++)
-                if (bright >> k & 1) c[k] = INFINITY;
+                if (std::abs(bright) >> k & 1) c[k] = bright < 0 ? -INFINITY : INFINITY;
             const Sample s = pixel(c[0], c[1], c[2]);
             EXPECT_EQ(vectorPixel(kernel::twOutputGamut(), s, rows), c) << bright;
             const Rgb seen = vectorPixel(kernel::displayGamut(), s, rows);
             for (int k = 0; k < 3; k++) {
                 EXPECT_FALSE(std::isnan(seen[k])) << bright;
-                if (std::isinf(c[k])) {
+                if (bright < 0) {
+                    EXPECT_EQ(seen[k], c[k]) << bright;
+                } else if (std::isinf(c[k])) {
                     EXPECT_GE(seen[k], 1) << bright;
                 }
             }

@@ -1,7 +1,7 @@
 // Finished pixels: transfer curve, rounding, alpha, primaries, cancellation, sources.
 #include "platform/imaging/Pictures.h"
 #include "platform/imaging/ReferenceRenderer.h"
-#include "platform/imaging/RowOperations.h"
+#include "platform/imaging/RowEncoding.h"
 #include "platform/imaging/TiledRenderer.h"
 
 namespace kelvaro {

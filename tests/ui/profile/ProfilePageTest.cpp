@@ -109,7 +109,7 @@ TEST_F(ProfilePageTest, ADayAndATableRowShowTheirPhotosToo) {
     window->commands().action(CommandId::profile)->trigger();
     find<QPushButton>("profileTables")->click();
     QTableWidget& table =
-        page.sheet().charts().cards()[static_cast<std::size_t>(ChartKind::camera)]->table();
+        *page.sheet().charts().cards()[static_cast<std::size_t>(ChartKind::camera)]->table();
     EXPECT_TRUE(table.isVisible());
     const auto photos = static_cast<std::size_t>(table.item(0, 1)->text().toInt());
     table.itemActivated(table.item(0, 0));
