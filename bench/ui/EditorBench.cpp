@@ -1,7 +1,7 @@
 // Latencies of the editor with the whole window, software drawing: from a movement of the hand on a
 // slider to the frame on the canvas, settled frames, the brush, opening, and memory while walking
 // through photos. Prints each figure beside its aim.
-//     bench_ui_editor PHOTOS [--frames 200] [--walk 200] [--only walk|frames|undo]
+//     bench_ui_editor PHOTOS [--frames 200] [--walk 200] [--only walk|frames|brush|undo]
 // PHOTOS is a copy of a folder with RAW and other photos of 24 MP: edits are written into it. Run
 // it with QT_QPA_PLATFORM=offscreen or under Xvfb.
 #include "develop/Recipes.h"
@@ -95,19 +95,26 @@ public:
         std::printf("%-52s %5s  %14s  %14s  %7s\n", "milliseconds (aims in brackets)", "n", "p50",
                     "p99", "most");
         for (const PixelSize size : {PixelSize{1920, 1200}, PixelSize{3840, 2160}}) {
-            canvas().setFixedSize(size.width, size.height);
-            QApplication::processEvents();
             for (const bool raw : {true, false})
                 measure(size, raw);
         }
-        canvas().setFixedSize(1920, 1200);
-        if (only_ == "frames") return;
+        if (only_ == "frames" || only_ == "brush") return;
         opening();
         undoing();
         if (walk_ > 0) walking();
     }
 
 private:
+    // With a window as large as that takes: what lies outside of one is never painted.
+    void setCanvasSize(PixelSize size) {
+        for (int round = 0; round < 2; ++round) {
+            window->resize(window->width() + size.width - canvas().width(),
+                           window->height() + size.height - canvas().height());
+            QApplication::processEvents();
+        }
+        settleCanvas();
+        std::printf("canvas %d x %d\n", canvas().width(), canvas().height());
+    }
     std::optional<std::size_t> photo(bool raw) const {
         const auto& photos = library->view().get()->photos;
         for (std::size_t at = 0; at < photos.size(); ++at)
@@ -192,8 +199,13 @@ private:
         const QString place =
             QString("%1 x %2 %3: ").arg(size.width).arg(size.height).arg(raw ? "RAW" : "picture");
         openPhoto(*at);
+        setCanvasSize(size);
         model().change("Edit", [](Adjustments& edit) { edit = test::typical(); });
         settleCanvas();
+        if (only_ == "brush") {
+            printRow(place + "pointer to paint", painting(0), never, 33);
+            return;
+        }
         const double p50 = large ? 33 : 20, p99 = large ? never : 40;
         const Times finishing = dragging(row("vibrance"));
         printRow(place + "drag a finishing slider", finishing, p50, p99);
@@ -213,6 +225,10 @@ private:
         settle();
     }
     void opening() {
+        openPhoto(0);
+        setCanvasSize({1920, 1200});
+        library->closeEditor();
+        settle();
         for (const bool raw : {true, false}) {
             Times first, preview, full;
             const auto& photos = library->view().get()->photos;

@@ -42,12 +42,12 @@ const Tables& tablesOf(Pipeline::OutputSpace space) {
 
 } // namespace
 
-Histogram histogramOf(const Bitmap& pixels, Pipeline::OutputSpace space) {
-    KELVARO_REQUIRE(pixels.type == SampleType::u8 && pixels.channels >= 3);
+Histogram histogramOf(const Bitmap& pixels, Pipeline::OutputSpace space, int rowStep) {
+    KELVARO_REQUIRE(rowStep > 0 && pixels.type == SampleType::u8 && pixels.channels >= 3);
     const Tables& tables = tablesOf(space);
     Histogram histogram;
     std::uint64_t high = 0, low = 0;
-    for (int y = 0; y < pixels.size.height; ++y) {
+    for (int y = 0; y < pixels.size.height; y += rowStep) {
         const auto* pixel = pixels.row<std::uint8_t>(y);
         for (int x = 0; x < pixels.size.width; ++x, pixel += pixels.channels) {
             const std::uint8_t r = pixel[0], g = pixel[1], b = pixel[2];
@@ -60,8 +60,8 @@ Histogram histogramOf(const Bitmap& pixels, Pipeline::OutputSpace space) {
             high += r == 255 || g == 255 || b == 255;
             low += (r | g | b) == 0;
         }
+        histogram.pixels += std::uint64_t(pixels.size.width);
     }
-    histogram.pixels = std::uint64_t(pixels.size.width) * std::uint64_t(pixels.size.height);
     if (histogram.pixels > 0) {
         histogram.clippedHighlights = double(high) / double(histogram.pixels);
         histogram.clippedShadows = double(low) / double(histogram.pixels);

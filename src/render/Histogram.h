@@ -22,7 +22,8 @@ struct Histogram {
     bool operator==(const Histogram&) const = default;
 };
 
-// Of 8-bit pixels with 3 or 4 channels in `space`; the alpha is not looked at.
-Histogram histogramOf(const Bitmap& pixels, Pipeline::OutputSpace space);
+// Of 8-bit pixels with 3 or 4 channels in `space`; the alpha is not looked at. Of every
+// `rowStep`-th row, where a glance will do.
+Histogram histogramOf(const Bitmap& pixels, Pipeline::OutputSpace space, int rowStep = 1);
 
 } // namespace kelvaro

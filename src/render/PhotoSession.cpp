@@ -111,9 +111,9 @@ Result<RenderedView> PhotoSession::render(const ViewRequest& request, Pass pass,
     if (pass.part) geometry.rect = intersection(geometry.rect, *pass.part);
     const double scale = std::min(geometry.neededScale() / pass.coarseness, source.pixelScale);
     const bool isReduced = scale < source.pixelScale - kRounding;
-    auto image = pass.isSettled && isReduced
-                     ? settled(**decode, request, scale, cancellation)
-                     : developed(**decode, request.shownEdit(), scale, cancellation);
+    auto image = pass.isSettled && isReduced ? settled(**decode, request, scale, cancellation)
+                                             : developed(**decode, request.shownEdit(), scale,
+                                                         pass.part.has_value(), cancellation);
     if (!image) return fail(renderFailure(std::move(image).error()));
     auto view = drawn(*image, request, geometry, pass.coarseness, cancellation);
     if (!view) return view;
@@ -138,7 +138,8 @@ Result<void> PhotoSession::prepare(const ViewRequest& request, const Cancellatio
     auto decode = decodeFor(request, {}, cancellation);
     if (!decode) return fail(std::move(decode).error());
     const auto geometry = ViewGeometry::of(request, (*decode)->source.extent.size());
-    auto image = developed(**decode, request.shownEdit(), geometry.neededScale(), cancellation);
+    auto image =
+        developed(**decode, request.shownEdit(), geometry.neededScale(), false, cancellation);
     if (!image) return fail(renderFailure(std::move(image).error()));
     auto view = render(request, {}, cancellation);
     if (!view) return fail(std::move(view).error());
@@ -155,7 +156,7 @@ std::optional<RenderedView> PhotoSession::takePrepared(const ViewRequest& reques
 
 // The whole photo developed at `scale`, as a lazy image over what is kept.
 Result<Image> PhotoSession::developed(const Decode& decode, const Adjustments& edit, double scale,
-                                      const Cancellation* cancellation) {
+                                      bool isPart, const Cancellation* cancellation) {
     auto maps = toneMaps(decode.source, edit, engine_.renderer(), cancellation);
     if (!maps) return fail(std::move(maps).error());
     parts_.analyses.remember(decode.source);
@@ -164,7 +165,7 @@ Result<Image> PhotoSession::developed(const Decode& decode, const Adjustments& e
     const double drawnScale = withPixels(decode.source, *input).pixelScale;
     const Pipeline pipeline(engine_.renderer(), parts_.brushes);
     if (!isRaw_) return pipeline.finished(*input, edit, &*maps, false, drawnScale);
-    auto raw = rawDeveloped(decode, *input, edit, *maps, cancellation);
+    auto raw = rawDeveloped(decode, *input, edit, *maps, isPart, cancellation);
     if (!raw) return raw;
     return pipeline.finished(*raw, edit, &*maps, true, drawnScale);
 }
@@ -205,7 +206,7 @@ Result<Image> PhotoSession::reduced(const Decode& decode, double scale,
 // What the RAW stage makes of `input`. It is drawn once and kept when it is asked for a second
 // time: while a control of that stage moves, each frame has another.
 Result<Image> PhotoSession::rawDeveloped(const Decode& decode, const Image& input,
-                                         const Adjustments& edit, const ToneMaps& maps,
+                                         const Adjustments& edit, const ToneMaps& maps, bool isPart,
                                          const Cancellation* cancellation) {
     const ImageSource& source = decode.source;
     const PixelSize size = input.extent().size();
@@ -215,8 +216,8 @@ Result<Image> PhotoSession::rawDeveloped(const Decode& decode, const Image& inpu
             : Image{};
     const Image lazy = Pipeline::rawDeveloped(input, reference, source.asShot(), edit, maps);
     if (std::int64_t(size.width) * size.height > kLargestLayer) return lazy;
-    const auto layer = findLayer({source.decoded(), size, RawParams(edit), {}}, true);
-    if (!layer) return lazy;
+    const auto layer = findLayer({source.decoded(), size, RawParams(edit), {}}, !isPart);
+    if (!layer || (isPart && !layer->image)) return lazy;
     if (layer->image) return layer->image;
     auto image = materialised(lazy, engine_.renderer(), cancellation);
     if (!image) return image;

@@ -146,9 +146,10 @@ private:
     Result<DecodePointer> keepDecode(ImageSource source, double sharpness, double settledUpTo);
     Result<Image> reduced(const Decode& decode, double scale, const Cancellation* cancellation);
     Result<Image> rawDeveloped(const Decode& decode, const Image& input, const Adjustments& edit,
-                               const ToneMaps& maps, const Cancellation* cancellation);
+                               const ToneMaps& maps, bool isPart, const Cancellation* cancellation);
+    // `isPart`: only a part will be drawn, so it is not worth developing all for that.
     Result<Image> developed(const Decode& decode, const Adjustments& edit, double scale,
-                            const Cancellation* cancellation);
+                            bool isPart, const Cancellation* cancellation);
     Result<Image> settled(const Decode& decode, const ViewRequest& request, double scale,
                           const Cancellation* cancellation);
     Result<RenderedView> drawn(const Image& developed, const ViewRequest& request,

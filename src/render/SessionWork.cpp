@@ -18,6 +18,8 @@ constexpr double kFrameSeconds = 0.0115;
 // What is painted should be seen within 33 ms. A part needs no enlarging and comes as sharp as the
 // rest.
 constexpr double kPartSeconds = 0.022;
+// Settled, which takes several times as long, where there is enough time to follow a quick hand.
+constexpr double kSettledPartSeconds = 0.012;
 constexpr double kClearlyFaster = 0.7;              // of that, before frames become finer again
 constexpr std::chrono::milliseconds kHandRests(30); // without a newer request of the gesture
 constexpr int kCoarsest = 4;
@@ -25,7 +27,8 @@ constexpr std::size_t kMostDrawn = 4; // views that a part may be laid over
 // Device pixels beside what was painted that resampling may carry it to: three lobes of the
 // reduction and two pixels of turning.
 constexpr int kPartMargin = 6;
-constexpr double kHistogramSeconds = 0.08; // between histograms of a gesture
+constexpr double kHistogramSeconds = 0.08;         // between histograms of a gesture
+constexpr std::int64_t kHistogramPixels = 300'000; // that are counted then
 constexpr int kHistogramSide = 768; // of the picture that is counted where the view is a part
 
 bool hasOverlay(const ViewRequest& request) {
@@ -245,9 +248,10 @@ std::optional<PhotoSession::Pass> RenderSession::Work::passForPart(const Asked& 
     const ViewGeometry geometry = ViewGeometry::of(request, facts->size);
     PixelRect part = shownPart(geometry, *area, kPartMargin * pass.coarseness);
     if (part.isEmpty()) part = {geometry.rect.x, geometry.rect.y, 1, 1}; // an answer all the same
-    const double perPixel = pass.isSettled ? settledSecondsPerPixel_ : secondsPerPixel_;
     const double pixels = double(part.width) * part.height / (pass.coarseness * pass.coarseness);
-    if (pixels * perPixel > kPartSeconds) return std::nullopt;
+    // The view is settled again when the hand lets go.
+    if (pixels * settledSecondsPerPixel_ > kSettledPartSeconds) pass.isSettled = false;
+    if (!pass.isSettled && pixels * secondsPerPixel_ > kPartSeconds) return std::nullopt;
     pass.part = part;
     return pass;
 }
@@ -408,7 +412,11 @@ void RenderSession::Work::runHistogram() {
         if (!view) return;
         next->view = std::move(*view);
     }
-    const Histogram histogram = histogramOf(*next->view.pixels, next->view.space);
+    const PixelSize size = next->view.pixels->size;
+    const std::int64_t all = std::int64_t(size.width) * size.height;
+    const bool isGlance = asked->request.interactive && !next->view.isFinal;
+    const int rowStep = isGlance ? int(std::max<std::int64_t>(1, all / kHistogramPixels)) : 1;
+    const Histogram histogram = histogramOf(*next->view.pixels, next->view.space, rowStep);
     engine_.mainThread().post([front = std::weak_ptr(front_), open = asked->open, histogram] {
         const auto alive = front.lock();
         if (alive && alive->open == open && alive->histogram) alive->histogram(histogram);
