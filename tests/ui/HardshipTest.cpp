@@ -54,6 +54,20 @@ TEST_F(Hardship, OddShapesAndNamesAreShownOpenedAndTold) {
     EXPECT_EQ(shown(), 5u);
 }
 
+TEST_F(Hardship, PhotosThatCannotBeReadAreMarked) {
+    save("a.png", {30, 20});
+    save("b.png", {30, 20});
+    writeFile(root / "Odd/b.png", readFile(root / "Odd/b.png").substr(0, 60));
+    writeFile(root / "Odd/c.png", "");
+    openOdd();
+    until([&] { return window->pictures().areVisibleReady(); });
+    ASSERT_EQ(grid().content().count(), 3);
+    for (int index = 0; index < 3; ++index) {
+        const GridCell cell = grid().content().cell(index);
+        EXPECT_EQ(cell.isUnreadable, cell.name != "a.png") << cell.name.toStdString();
+    }
+}
+
 TEST_F(Hardship, EveryShapeKeepsTwoPixelsAndItsCell) {
     for (const QSize shape : {QSize(1, 20000), QSize(20000, 1), QSize(1, 1), QSize()}) {
         for (const double ratio : {1.0, 1.25, 2.0}) {

@@ -106,6 +106,17 @@ void paintPhoto(QPainter& painter, const QRectF& photo, const CellPicture& pictu
     painter.setOpacity(1);
 }
 
+// Quietly, so that nobody waits for a picture.
+void paintUnreadable(QPainter& painter, const QRectF& photo, const Theme& theme) {
+    const int px = static_cast<int>(std::min({32.0, photo.width() / 2, photo.height() / 2}));
+    if (px < 8) return;
+    const double ratio = painter.device()->devicePixelRatioF();
+    const auto snapped = [ratio](double at) { return std::round(at * ratio) / ratio; };
+    const QPointF at(snapped(photo.center().x() - px / 2.0),
+                     snapped(photo.center().y() - px / 2.0));
+    painter.drawPixmap(at, iconPixmap(IconName::photoUnreadable, px, theme.secondary, ratio));
+}
+
 void paintFrame(QPainter& painter, const QRectF& photo, const QColor& colour, double width) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
@@ -153,6 +164,7 @@ void paintCell(QPainter& painter, const QRect& rect, const GridCell& cell,
         veil.setAlphaF(0.45f);
         painter.fillRect(photo, veil);
     }
+    if (cell.isUnreadable && picture.image.isNull()) paintUnreadable(painter, photo, theme);
     if (state.hovered && !state.selected) painter.fillRect(photo, QColor(255, 255, 255, 15));
     paintBadges(painter, photo, rect, cell, theme);
     if (state.selected) {

@@ -18,6 +18,7 @@ public:
         if (cell.isRaw) parts << words("RAW");
         if (cell.isFavorite) parts << words("Favorite");
         if (cell.isEdited) parts << words("Edited");
+        if (cell.isUnreadable) parts << words("Can't be shown");
         return parts.join(", ");
     }
     QRect rect() const override {

@@ -16,7 +16,8 @@ struct GridCell {
     QString name; // the file name, for people who hear the grid and for typing ahead
     QSize shape;  // of the photo, in any unit; empty when unknown
     bool isRaw = false, isFavorite = false, isEdited = false;
-    bool isMissing = false; // its drive is away
+    bool isMissing = false;    // its drive is away
+    bool isUnreadable = false; // no picture can be had of it
 };
 
 struct GridHeading {

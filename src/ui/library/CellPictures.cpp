@@ -92,11 +92,16 @@ void CellPictures::arrived(const std::string& key, const ThumbnailResult& result
     if (asked == pending_.end()) return;
     asked->second.answered = true;
     if (!result) {
-        asked->second.failed = true; // stays a placeholder; opening the photo tells why
-        return;
+        asked->second.failed = true; // marked as such; opening the photo tells why
+        return changed();
     }
     held_[key] = *result;
     changed();
+}
+
+bool CellPictures::isRefused(const std::string& key) const {
+    const auto asked = pending_.find(key);
+    return asked != pending_.end() && asked->second.failed;
 }
 
 bool CellPictures::areVisibleReady() const {

@@ -46,6 +46,8 @@ public:
     // Of the picture when it was last seen; empty before.
     QSize shape(const std::string& key) const;
 
+    // It is wanted, and cannot be had.
+    bool isRefused(const std::string& key) const;
     // All that is on the screen is at hand in its size, or cannot be had.
     bool areVisibleReady() const;
 

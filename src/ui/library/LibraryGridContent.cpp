@@ -59,8 +59,10 @@ GridCell LibraryGridContent::cell(int index) const {
     cell.isEdited = lib_.edit(shown.url) != nullptr;
     cell.isMissing = !lib_.missingFolders().get().empty() &&
                      lib_.missingFolders().get().contains(FolderUrl(folderOf(shown.url)));
+    const std::string key = keyOf(shown);
+    cell.isUnreadable = pictures_.isRefused(key) && !cell.isMissing;
     // A picture that was seen knows its crop; the metadata knows the rest.
-    cell.shape = pictures_.shape(keyOf(shown));
+    cell.shape = pictures_.shape(key);
     if (cell.shape.isEmpty()) {
         if (const auto meta = lib_.meta(shown.url)) cell.shape = {meta->width, meta->height};
     }

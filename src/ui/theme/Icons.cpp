@@ -109,6 +109,8 @@ const char* iconPath(IconName name) {
         return "M10 3a7 7 0 1 0 0 14 7 7 0 0 0 0-14zM10 9.2v4.3M10 6.4v.2";
     case IconName::photos:
         return "M3 4.5h14v11H3zM3 13l4-4 3.5 3.5L13 10l4 3.8M13 7.4h.2";
+    case IconName::photoUnreadable:
+        return "M5.5 4.5H17v11h-.5M3.2 5.5V15.5h10.6M3 13l4-4 2.2 2.2M13 7.4h.2M3 3l14 14";
     case IconName::person:
         return "M10 3.2a3.3 3.3 0 1 0 0 6.6 3.3 3.3 0 0 0 0-6.6zM3.8 16.8c.6-3 3-4.6 6.2-4.6s5.6 "
                "1.6 "

@@ -26,6 +26,7 @@ enum class IconName {
     gear,
     info,
     photos,
+    photoUnreadable,
     person,
     search,
     sidebar,
