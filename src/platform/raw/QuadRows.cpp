@@ -28,6 +28,8 @@ HWY_INLINE V constant(float v) {
 }
 
 void levels(const std::uint16_t* samples, const PairLevels& l, int pairs, float* even, float* odd) {
+    int k = 0;
+#if HWY_TARGET != HWY_SCALAR // which has no pair of samples in one lane
     const hn::RebindToSigned<decltype(kTag)> integers;
     const hn::RebindToUnsigned<decltype(kTag)> both;
     const hn::Repartition<std::uint16_t, decltype(both)> words;
@@ -36,7 +38,6 @@ void levels(const std::uint16_t* samples, const PairLevels& l, int pairs, float*
     constexpr int low =
         std::endian::native == std::endian::little ? 0 : 1; // the half of a pair that comes first
     float* const out[2] = {even, odd};
-    int k = 0;
     for (; k + lanes() <= pairs; k += lanes()) {
         const auto pair = hn::BitCast(both, hn::LoadU(words, samples + 2 * k));
         const hn::Vec<decltype(both)> halves[2] = {hn::And(pair, hn::Set(both, 0xffffU)),
@@ -46,6 +47,7 @@ void levels(const std::uint16_t* samples, const PairLevels& l, int pairs, float*
             hn::StoreU((value - blacks[i]) * scales[i], kTag, out[i] + k);
         }
     }
+#endif
     for (; k < pairs; ++k) {
         even[k] = (float(samples[2 * k]) - l.black[0]) * l.scale[0];
         odd[k] = (float(samples[2 * k + 1]) - l.black[1]) * l.scale[1];
