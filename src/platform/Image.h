@@ -32,6 +32,8 @@ public:
     // All pixels where they stand, for sources that hold them as a raster does; no planes
     // otherwise. They stay there as long as the source.
     virtual ConstTileView standing() const { return {}; }
+    // Whether pixels are made where they are read, in parts that are taller than what one reads.
+    virtual bool isMadeInParts() const { return false; }
 };
 
 class Image {

@@ -233,13 +233,14 @@ PixelSize RenderPlan::tileSize(int height) const {
                                               : 16};
 }
 
-// Short chains wait for the memory, which delivers rows fastest.
+// Other chains, if short, wait for the memory, which delivers rows fastest.
 bool RenderPlan::prefersColumns() const {
-    return steps_.size() > kLongChain &&
-           std::any_of(steps_.begin(), steps_.end(), [](const PlanStep& step) {
-               const auto* op = std::get_if<SourceOperation>(&step.node->operation);
-               return op && !op->source->standing().planes[0];
-           });
+    const bool isLong = steps_.size() > kLongChain;
+    return std::any_of(steps_.begin(), steps_.end(), [isLong](const PlanStep& step) {
+        const auto* op = std::get_if<SourceOperation>(&step.node->operation);
+        if (!op) return false;
+        return op->source->isMadeInParts() || (isLong && !op->source->standing().planes[0]);
+    });
 }
 
 // Finished pictures are read where they stand, in whole rows: the memory delivers those fastest.

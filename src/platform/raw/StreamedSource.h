@@ -24,6 +24,7 @@ public:
 
     PixelRect extent() const override;
     bool hasAlpha() const override { return false; }
+    bool isMadeInParts() const override { return true; }
     // The samples and the most that is kept of developed pixels.
     std::size_t bytes() const override;
     void read(const TileView& tile) const override;
