@@ -117,6 +117,24 @@ TEST_F(Hardship, SheetsFitASmallScreen) {
     }
 }
 
+TEST_F(Hardship, ThePreviewOfAnExportSaysWhyItsPhotoCannotBeShown) {
+    const auto folder = photos("Trip", 2);
+    std::ofstream(folder / "IMG_0.jpg") << "not a photo";
+    settings.set("folders", std::vector<std::string>{folder.string()});
+    open();
+    until([&] { return shown() == 3; });
+    const ExportPreview& preview = window->exportSheet().preview();
+    const auto exported = [&](const char* name) {
+        library->setSelection({(folder / name).string()});
+        library->requestExport();
+        settle();
+    };
+    exported("IMG_0.jpg");
+    until([&] { return !preview.accessibleDescription().isEmpty(); });
+    exported("IMG_1.jpg");
+    EXPECT_TRUE(preview.accessibleDescription().isEmpty());
+}
+
 TEST_F(Hardship, TenThousandSelectedPhotosGoToTheTrash) {
     const auto folder = photos("Many", 1);
     for (int at = 2; at <= 10'000; ++at)
