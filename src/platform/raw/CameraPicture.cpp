@@ -49,6 +49,8 @@ CameraPicture::CameraPicture(const SensorImage& sensor, int reduction)
         mosaic_ = &recovered_.emplace(sensor_, reader_, highlights_);
     if (sensor_.corrections && !sensor_.corrections->gains.isEmpty())
         mosaic_ = &gained_.emplace(gains_.emplace(sensor_, sensor_.corrections->gains), *mosaic_);
+    measured_ = recovered_ ? &reader_ : mosaic_;
+    if (recovered_ && gains_) measured_ = &gainedAsRead_.emplace(*gains_, reader_);
 }
 
 void CameraPicture::make(const SensorRect& tile, Workshop& shop) const {
@@ -106,7 +108,7 @@ void CameraPicture::bayerMeans(int top, int photosites, int count, float* const 
         return memory.data() + std::size_t(2 + 2 * (y & 1) + half) * pairs;
     };
     for (int y = top; y < top + photosites; ++y) {
-        mosaic_->split(y, left, int(pairs), halves[0], halves[1]);
+        measured_->split(y, left, int(pairs), halves[0], halves[1]);
         for (int h = 0; h < 2; ++h) {
             float* sum = sums(y, h);
             for (std::size_t k = 0; k < pairs; ++k)
@@ -174,8 +176,7 @@ void CameraPicture::makeRows(const SensorRect& tile, bool goesOn, Workshop& shop
                              const UseRow& use) const {
     const SensorRect area{sensor_.crop.left + tile.left, sensor_.crop.top + tile.top, tile.width,
                           tile.height};
-    constexpr int kLines = kMaximumChannels; // the mosaic's own, which nobody else needs here
-    float* const rows[3] = {shop.row(kLines, 0), shop.row(kLines, 1), shop.row(kLines, 2)};
+    float* const rows[3] = {shop.lineOf(0), shop.lineOf(1), shop.lineOf(2)};
     const auto finished = [&](int row) { use(row, rows[0], rows[1], rows[2]); };
     if (goesOn)
         shop.demosaic.goOn(*mosaic_, area.height, rows, 0, finished);
