@@ -49,8 +49,6 @@ CameraPicture::CameraPicture(const SensorImage& sensor, int reduction)
         mosaic_ = &recovered_.emplace(sensor_, reader_, highlights_);
     if (sensor_.corrections && !sensor_.corrections->gains.isEmpty())
         mosaic_ = &gained_.emplace(gains_.emplace(sensor_, sensor_.corrections->gains), *mosaic_);
-    measured_ = recovered_ ? &reader_ : mosaic_;
-    if (recovered_ && gains_) measured_ = &gainedAsRead_.emplace(*gains_, reader_);
 }
 
 void CameraPicture::make(const SensorRect& tile, Workshop& shop) const {
@@ -108,7 +106,7 @@ void CameraPicture::bayerMeans(int top, int photosites, int count, float* const 
         return memory.data() + std::size_t(2 + 2 * (y & 1) + half) * pairs;
     };
     for (int y = top; y < top + photosites; ++y) {
-        measured_->split(y, left, int(pairs), halves[0], halves[1]);
+        mosaic_->split(y, left, int(pairs), halves[0], halves[1]);
         for (int h = 0; h < 2; ++h) {
             float* sum = sums(y, h);
             for (std::size_t k = 0; k < pairs; ++k)

@@ -38,7 +38,7 @@ public:
     using UseRow = std::function<void(int row, float* red, float* green, float* blue)>;
     void makeRows(const SensorRect& tile, bool goesOn, Workshop& shop, const UseRow& use) const;
     // Means over `count` squares of `side` pixels, of which the first begins at (side × row, 0).
-    // Only for sensors of three colours. Saturated channels are not rebuilt.
+    // Only for sensors of three colours.
     void means(int row, int side, int count, float* const (&rows)[3]) const;
 
 private:
@@ -60,8 +60,6 @@ private:
     std::optional<PlaceGains> gains_;
     std::optional<GainedMosaic> gained_;
     const SplitRows* mosaic_; // the last of these that there is
-    std::optional<GainedMosaic> gainedAsRead_;
-    const SplitRows* measured_; // the same without the recovery
 };
 
 } // namespace kelvaro
