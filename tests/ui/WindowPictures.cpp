@@ -79,6 +79,10 @@ private:
     void drawLibrary() {
         take("grid");
         const std::vector<PhotoUrl> photos = urls();
+        if (photos.size() < 5) {
+            std::fputs("window_pictures: five photos at least are needed\n", stderr);
+            std::exit(2);
+        }
         library->setFavorite({photos[1], photos[4]}, true);
         Adjustments edit;
         edit.exposure = 0.4;
