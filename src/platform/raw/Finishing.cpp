@@ -57,7 +57,7 @@ void Finishing::resize(int width) {
 void Finishing::run(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
                     const NoiseModel& noise, const FinishingSettings& settings,
                     const Target& target, const ColourOffsets* offsets) {
-    const Job job{width, height, noise, settings, target, offsets};
+    const Job job{width, height, noise, settings, target, offsets, 0};
     for (int row = 0; row < height; ++row) {
         const std::ptrdiff_t in = row * stride;
         addRow(job, row, planes[0] + in, planes[1] + in, planes[2] + in);
@@ -89,11 +89,11 @@ void Finishing::addRow(const Job& job, int t, const float* red, const float* gre
     }
     if (reduces) reduceColourNoise(t, y, job.noise);
     const int done = t - lag;
-    if (done < lag) return;
+    if (done < lag + job.above) return;
     const float* parts[2];
     for (int c = 0; c < 2; ++c)
         parts[c] = (reduces ? ring(colour_[c].sum) : level0(c)).row(done) + lag;
-    const std::ptrdiff_t out = (done - lag) * job.target.stride;
+    const std::ptrdiff_t out = (done - lag - job.above) * job.target.stride;
     joinColours((sharpens ? sharpened : y).row(done) + lag, parts[0], parts[1], settings.toe,
                 job.target.planes[0] + out, job.target.planes[1] + out, job.target.planes[2] + out,
                 w - 2 * std::size_t(lag));

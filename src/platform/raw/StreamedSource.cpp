@@ -156,14 +156,18 @@ void StreamedSource::take(const std::shared_ptr<Tile>& tile, const TileView& wan
     if (tile.use_count() == 1) memory_->giveBack(std::move(tile->memory));
 }
 
-// What another thread is making is taken last: two that read rows of the same tiles would make them
-// in turn otherwise, one waiting for the other.
+// What another thread is making is taken last, and with it what stands below: two that read rows of
+// the same tiles would make them in turn otherwise, one waiting for the other, and no tile could go
+// on with the one above it.
 void StreamedSource::read(const TileView& wanted) const {
     std::vector<std::pair<int, int>> underWay;
-    for (int row = 0; row < tiles_.height; ++row) {
-        for (int column = 0; column < tiles_.width; ++column) {
+    for (int column = 0; column < tiles_.width; ++column) {
+        bool waits = false;
+        for (int row = 0; row < tiles_.height; ++row) {
             if (intersection(development_.tile(column, row), wanted.rect).isEmpty()) continue;
-            if (const auto tile = made(column, row, false))
+            const auto tile = waits ? nullptr : made(column, row, false);
+            waits = !tile;
+            if (tile)
                 take(tile, wanted);
             else
                 underWay.emplace_back(column, row);
