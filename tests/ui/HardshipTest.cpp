@@ -16,8 +16,8 @@ protected:
         const auto file = root.path() / "Odd" / name;
         EXPECT_TRUE(image.save(QString::fromStdString(file.string()), "PNG")) << name;
     }
-    void openOdd(const std::vector<std::string>& folders = {}) {
-        std::vector<std::string> all = folders;
+    void openOdd(const std::vector<std::string>& added = {}) {
+        std::vector<std::string> all = added;
         if (all.empty()) all.push_back(std::filesystem::canonical(root / "Odd").string());
         settings.set("folders", all);
         open(true);
