@@ -30,9 +30,14 @@ int strideOf(PixelSize tile) {
     return (tile.width + kRowGroup - 1) / kRowGroup * kRowGroup;
 }
 
-// Of any development, whichever way the picture is turned, so that they can share memory.
-constexpr std::size_t kTileFloats = std::size_t(3) * Workshop::kWidth *
-                                    ((Workshop::kHeight + kRowGroup - 1) / kRowGroup * kRowGroup);
+// Of a tile, whichever way the picture is turned, so that developments whose tiles are as high can
+// share memory.
+std::size_t tileFloats(const Development& development, int orientation) {
+    const PixelRect first = development.tile(0, 0);
+    const int rows = orientation >= 5 ? first.width : first.height;
+    return std::size_t(3) * Workshop::kWidth *
+           std::size_t((rows + kRowGroup - 1) / kRowGroup * kRowGroup);
+}
 
 } // namespace
 
@@ -45,6 +50,7 @@ StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettin
       development_(sensor, settings),
       tiles_(development_.tiles()),
       capacity_(capacityOf(development_, sensor.orientation)),
+      tileFloats_(tileFloats(development_, sensor.orientation)),
       wasRead_(std::size_t(tiles_.width) * std::size_t(tiles_.height)) {}
 
 StreamedSource::~StreamedSource() {
@@ -107,7 +113,7 @@ std::shared_ptr<StreamedSource::Tile> StreamedSource::made(int column, int row, 
         places_[index] = kept_.begin();
     }
     try {
-        tile->memory = memory_->take(kTileFloats);
+        tile->memory = memory_->take(tileFloats_);
         TileView& view = tile->pixels;
         view.rect = development_.tile(column, row);
         view.stride = strideOf(view.rect.size());
