@@ -29,8 +29,8 @@ struct EncodeRow {
 HWY_INLINE V fourthRoot(V x) {
     const D d;
     const hn::RebindToSigned<D> di;
-    const V r = hn::BitCast(
-        d, hn::Sub(hn::Set(di, 1331173520), hn::ShiftRight<2>(hn::BitCast(di, x))));
+    const V r =
+        hn::BitCast(d, hn::Sub(hn::Set(di, 1331173520), hn::ShiftRight<2>(hn::BitCast(di, x))));
     const V root = hn::Mul(hn::Mul(x, r), hn::Mul(r, r));
     const V e = hn::NegMulAdd(root, r, hn::Set(d, 1.0f)); // within 0.124
     static constexpr float c[] = {7.500000635e-01f, 6.562087439e-01f, 6.014907110e-01f,
