@@ -6,7 +6,9 @@
 
 namespace kelvaro {
 
-Workshop::Workshop() : rows(std::size_t(kStride) * kHeight * (kMaximumChannels + 1)) {}
+Workshop::Workshop()
+    : rows(std::size_t(kStride) * kHeight * (kMaximumChannels + 1)),
+      line(std::size_t(3) * kStride) {}
 
 // Null where a new one is to be made.
 std::unique_ptr<Workshop> WorkshopPool::taken(const SensorRect& tile, bool goesOn) {

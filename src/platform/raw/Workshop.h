@@ -26,9 +26,11 @@ struct Workshop {
     static constexpr int kStride = kWidth + 64; // room for the last vector of a row
 
     Workshop();
+    float* lineOf(int channel) { return line.data() + channel * kStride; }
     // Of the channels, then, as the last one, rows of the mosaic.
     float* row(int channel, int y) { return rows.data() + (channel * kHeight + y) * kStride; }
     AlignedFloats rows;
+    AlignedFloats line; // a row of three channels, where nothing else of `rows` is touched
     BayerDemosaic demosaic;
     Finishing finishing;
     FinishedColumns finished;                    // by the two
