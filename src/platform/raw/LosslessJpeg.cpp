@@ -93,8 +93,12 @@ public:
         bits_ <<= n;
         count_ -= n;
     }
-    // The bits behind the next n, the first of them at the top.
-    std::uint64_t after(int n) const { return bits_ << n; }
+    // n is 1 … 16.
+    unsigned take(int n) {
+        const auto value = unsigned(bits_ >> (64 - n));
+        skip(n);
+        return value;
+    }
     // Whether more was asked for than there is.
     bool isOver() const { return added_ * 8 > count_; }
 
@@ -132,17 +136,12 @@ int differenceFrom(BitReader& bits, const HuffmanTable& table, bool& isSound) {
         isSound = false;
         return 0;
     }
+    bits.skip(entry.length);
     const int n = entry.category;
-    if (n == 16) {
-        bits.skip(entry.length);
-        return 32768;
-    }
-    // Code and value are taken in one step, and the sign, which is anybody's guess, is no branch.
-    const std::uint64_t rest = bits.after(entry.length);
-    bits.skip(entry.length + n);
-    const int value = int(rest >> 1 >> (63 - n));
-    const int isNegative = int(std::int64_t(rest) >> 63) + 1; // where the first bit is 0
-    return value - isNegative * ((1 << n) - 1);
+    if (n == 0) return 0;
+    if (n == 16) return 32768;
+    const int value = int(bits.take(n));
+    return value < 1 << (n - 1) ? value - (1 << n) + 1 : value;
 }
 
 int predicted(int predictor, int left, int above, int corner) {
