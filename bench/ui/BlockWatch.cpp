@@ -106,7 +106,7 @@ bool BlockWatch::notify(QObject* receiver, QEvent* event) {
     if (isOutermost) {
         // The receiver may be gone afterwards.
         name = receiver->metaObject()->className();
-        if (!receiver->objectName().isEmpty()) name += " " + receiver->objectName().toStdString();
+        if (!receiver->objectName().isEmpty()) name += ' ' + receiver->objectName().toStdString();
         since_ = begin;
     }
     const bool handled = QApplication::notify(receiver, event);

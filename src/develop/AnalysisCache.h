@@ -17,7 +17,7 @@
 namespace kelvaro {
 
 // Changes whenever a measurement would come out differently; stored under "TWAnalysisVersion".
-inline constexpr std::string_view kAnalysisVersion = "3";
+inline constexpr std::string_view kAnalysisVersion = "4";
 
 class AnalysisCache {
 public:

@@ -1,5 +1,7 @@
 #include "develop/PhotoOpening.h"
 
+#include "develop/Guides.h"
+#include "develop/PreparedControls.h"
 #include "develop/ToneMeasurement.h"
 #include "platform/PhotoKinds.h"
 
@@ -19,21 +21,16 @@ Result<ImageSource> developedRaw(RawFile& file, const std::filesystem::path& pho
     return rawSource(photo, std::move(identity), imageFrom(std::move(*pixels)), file.properties());
 }
 
-// Half the size is what a canvas measures as well. Noise and sharpness are nothing that a picture
-// of 512 pixels tells of.
+// The measurement looks at 512 pixels, of which noise and sharpness tell nothing.
 Result<ImageSource> streamedRaw(RawFile& file, const std::filesystem::path& photo,
                                 std::string identity, RawDevelopSettings settings, bool isMeasured,
                                 const Cancellation* cancellation) {
     Image measured;
     if (isMeasured) {
-        settings.reduction = 2;
-        settings.captureOnly = true;
-        settings.streamed = true; // read once, or not at all where the photo was measured before
-        auto pixels = file.develop(settings, cancellation);
+        auto pixels =
+            file.develop(smallCapture(file.properties(), kAnalysisLongerSide), cancellation);
         if (!pixels) return fail(std::move(pixels).error());
         measured = imageFrom(std::move(*pixels));
-        settings.reduction = 1;
-        settings.captureOnly = false;
     }
     settings.streamed = true;
     auto source = developedRaw(file, photo, std::move(identity), settings, cancellation);

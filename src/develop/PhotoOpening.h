@@ -18,7 +18,7 @@ struct PhotoOpener {
     ImageReader& reader;
     RawEngine& raw;
     // The pixels of RAW files will be read once, from edge to edge: they are made where they are
-    // read instead of being kept. Analyses look at a decode of half the size.
+    // read instead of being kept. Analyses look at a smaller decode.
     bool streams = false;
 
     // The photo decoded for `edit` at `scale` output pixels per full-resolution pixel. RAW files

@@ -1,5 +1,7 @@
 #include "develop/PreparedControls.h"
 
+#include <algorithm>
+
 namespace kelvaro {
 
 const RawDevelopSettings& PreparedControls::at(double scale, bool isSettled) const {
@@ -15,6 +17,17 @@ PreparedControls preparedControls(const Adjustments& edit, const RawProperties& 
     controls.settled = controls.preview;
     controls.settled.fine = true;
     return controls;
+}
+
+RawDevelopSettings smallCapture(const RawProperties& properties, int side) {
+    // Means of squares dim what lies near the limit of what their pixels can show.
+    constexpr int kQuarterPixelsPerPixel = 2;
+    const int longer = std::max(properties.size.width, properties.size.height);
+    RawDevelopSettings settings;
+    settings.captureOnly = true;
+    settings.reduction = longer / 4 >= kQuarterPixelsPerPixel * side ? 4 : 2;
+    settings.streamed = true;
+    return settings;
 }
 
 } // namespace kelvaro

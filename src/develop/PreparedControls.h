@@ -19,4 +19,8 @@ struct PreparedControls {
 // The recipe's sharpness where the engine offers one.
 PreparedControls preparedControls(const Adjustments& edit, const RawProperties& properties);
 
+// A capture for what looks at no more than `side` pixels along the longer side, once: a photo's
+// measurement, or its thumbnail.
+RawDevelopSettings smallCapture(const RawProperties& properties, int side);
+
 } // namespace kelvaro

@@ -127,12 +127,10 @@ void LibraryStore::Parts::removeFiles(std::vector<PhotoUrl> photos, Remove remov
 void LibraryStore::Parts::takeRemoval(const RemovalResult& result) {
     if (result.removed.empty()) return;
     FolderSet touched;
-    PhotoSet left = *selection;
-    for (const PhotoUrl& photo : result.removed) {
+    for (const PhotoUrl& photo : result.removed)
         touched.insert(FolderUrl(folderOf(photo)));
-        left.erase(photo);
-    }
-    if (left.size() != selection->size()) selection.set(std::move(left));
+    PhotoSet left = selection->without(result.removed);
+    if (left.size() != selection->size()) select(std::move(left));
     if (services.sessions) services.sessions->forget(result.removed);
     views.change(ViewQueue::Source::user,
                  [photos = result.removed](PhotoTable& table) { table.remove(photos); });

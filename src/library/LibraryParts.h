@@ -58,6 +58,7 @@ struct LibraryStore::Parts {
     // --- LibraryShowing.cpp ---
     LibraryQuery query() const;
     void show();
+    void select(PhotoSet photos);
     void watchDay();
     void takeView(ViewAnswer answer);
     void showMarks(const FolderUrl& folder, const MergeEffects& effects);

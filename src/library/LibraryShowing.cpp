@@ -42,9 +42,16 @@ void LibraryStore::Parts::watchDay() {
                     [this] { poster.post([this] { watchDay(); }); });
 }
 
+// The one before may be large.
+void LibraryStore::Parts::select(PhotoSet photos) {
+    const PhotoSet old = *selection;
+    selection.set(std::move(photos));
+    views.dispose(old);
+}
+
 void LibraryStore::Parts::takeView(ViewAnswer answer) {
     const auto old = *view;
-    if (answer.kept && answer.question == viewQuestion) selection.set(std::move(*answer.kept));
+    if (answer.kept && answer.question == viewQuestion) select(std::move(*answer.kept));
     if (answer.options) filterOptions.update(std::move(*answer.options));
     view.set(std::move(answer.view));
     views.dispose(old);
@@ -148,7 +155,9 @@ void LibraryStore::setThumbSize(double points) {
 
 void LibraryStore::setSelection(PhotoSet selection) {
     Parts& p = *parts_;
-    if (!p.selection.update(std::move(selection)) || !p.services.sessions) return;
+    if (*p.selection == selection) return;
+    p.select(std::move(selection));
+    if (!p.services.sessions) return;
     const auto first = targets();
     const Photo* photo = first.empty() ? nullptr : this->photo(first.front());
     if (photo)
@@ -158,10 +167,12 @@ void LibraryStore::setSelection(PhotoSet selection) {
 }
 
 void LibraryStore::selectAll() {
-    PhotoSet all;
-    for (const Photo* photo : parts_->view.get()->photos)
+    const auto& photos = parts_->view.get()->photos;
+    PhotoSet::Urls all;
+    all.reserve(photos.size());
+    for (const Photo* photo : photos)
         all.insert(photo->url);
-    setSelection(std::move(all));
+    setSelection(PhotoSet(std::move(all)));
 }
 
 void LibraryStore::setScrollTarget(std::optional<PhotoUrl> target) {

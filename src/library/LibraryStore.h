@@ -18,6 +18,7 @@
 #include "library/PhotoInfo.h"
 #include "library/PhotoMeta.h"
 #include "library/PhotoQuery.h"
+#include "library/PhotoSet.h"
 #include "platform/DriveTable.h"
 #include "platform/FileSystem.h"
 #include "platform/FolderWatcher.h"
@@ -60,8 +61,6 @@ struct LibraryServices {
     MetaCache* metaCache = nullptr;
     RenderSessions* sessions = nullptr;
 };
-
-using PhotoSet = std::unordered_set<PhotoUrl>;
 
 struct InfoRequest {
     PhotoUrl url;

@@ -1,6 +1,7 @@
 #include "library/ViewQueue.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvaro {
 namespace {
@@ -9,17 +10,15 @@ constexpr double shortestPause = 0.15; // seconds between views while changes st
 constexpr double largestShare = 0.2;   // of the queue's time that goes into them
 constexpr double optionsPause = 1;     // seconds between filter options meanwhile
 
-using Selection = std::unordered_set<PhotoUrl>;
-
 // None when all of the selection is in the view.
-std::optional<Selection> keptOf(const Selection& selection, const LibraryView& view) {
+std::optional<PhotoSet> keptOf(const PhotoSet& selection, const LibraryView& view) {
     if (selection.empty()) return std::nullopt;
-    Selection kept;
+    PhotoSet::Urls kept;
     for (const Photo* photo : view.photos) {
         if (selection.contains(photo->url)) kept.insert(photo->url);
     }
     if (kept.size() == selection.size()) return std::nullopt;
-    return kept;
+    return PhotoSet(std::move(kept));
 }
 
 } // namespace
@@ -55,14 +54,16 @@ void ViewQueue::read(std::function<void(const PhotoTable&)> job) {
     });
 }
 
-std::uint64_t ViewQueue::show(LibraryQuery request, Selection selection) {
+std::uint64_t ViewQueue::show(LibraryQuery request, PhotoSet selection) {
+    Question old;
     const std::uint64_t number = question_.with([&](Question& question) {
-        question.request = std::move(request);
-        question.selection = std::make_shared<const Selection>(std::move(selection));
-        return ++question.number;
+        const std::uint64_t next = question.number + 1;
+        old = std::exchange(question, {std::move(request), std::move(selection), next});
+        return next;
     });
     ++running_;
-    queue_.post([this, number] {
+    // What was asked before ends on the queue: it may have been large.
+    queue_.post([this, number, old = std::make_shared<const Question>(std::move(old))] {
         // Else a later question was answered already.
         if (answeredNumber_ < number) answer();
         poster_.post([this] { --running_; });
@@ -105,7 +106,7 @@ void ViewQueue::answer() {
         optionsChanged_ = false;
         nextOptions_ = begun + optionsPause;
     }
-    answer.kept = keptOf(*question.selection, *answer.view);
+    answer.kept = keptOf(question.selection, *answer.view);
     tableChanged_ = false;
     answeredNumber_ = question.number;
     answeredScope_ = question.request.scope;

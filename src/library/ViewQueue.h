@@ -7,6 +7,7 @@
 #include "base/Locked.h"
 #include "base/MainPoster.h"
 #include "base/SerialQueue.h"
+#include "library/PhotoSet.h"
 #include "library/PhotoTable.h"
 
 #include <atomic>
@@ -14,7 +15,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace kelvaro {
@@ -23,7 +23,7 @@ struct ViewAnswer {
     std::shared_ptr<const LibraryView> view;
     std::optional<FilterOptions> options; // where they may have changed
     // Of the selection that the question came with, those that are still shown; none when all are.
-    std::optional<std::unordered_set<PhotoUrl>> kept;
+    std::optional<PhotoSet> kept;
     std::uint64_t question = 0; // the number of the question
 };
 
@@ -42,7 +42,7 @@ public:
     void setStreaming(bool streaming) { isStreaming_ = streaming; }
     bool isStreaming() const { return isStreaming_; }
     // Asks another question; returns its number.
-    std::uint64_t show(LibraryQuery request, std::unordered_set<PhotoUrl> selection);
+    std::uint64_t show(LibraryQuery request, PhotoSet selection);
     // Reads the table on the queue's thread, as it is after all changes so far.
     void read(std::function<void(const PhotoTable&)> job);
     // Runs after a moment, on the queue's thread; dropped when the queue ends before.
@@ -59,7 +59,7 @@ public:
 private:
     struct Question {
         LibraryQuery request;
-        std::shared_ptr<const std::unordered_set<PhotoUrl>> selection;
+        PhotoSet selection;
         std::uint64_t number = 0;
     };
 

@@ -26,7 +26,8 @@ struct RawProperties {
 struct RawDevelopSettings {
     double sharpness = 0;     // −100 … 100 about the default
     bool captureOnly = false; // neither sharpening nor noise reduction
-    int reduction = 1;        // 1 full size, 2 half size (one pixel per 2 × 2 block)
+    int reduction = 1;        // 1 full size, 2 half size (one pixel per 2 × 2 block); 4 a quarter,
+                              // where `captureOnly`, or half size where the file does not allow it
     // Half size is made from the picture at full size, in a third of a second more, instead of
     // from the sensor's samples: what reducing the finished picture would show.
     bool fine = false;

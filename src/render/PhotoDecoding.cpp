@@ -237,14 +237,13 @@ Result<ImageSource> PhotoSession::smallCapture(double scale, const Cancellation*
     const auto make = [&]() -> Result<ImageSource> {
         auto file = openedRaw();
         if (!file) return fail(std::move(file).error());
-        RawDevelopSettings settings;
-        settings.captureOnly = true;
-        settings.reduction = 2;
-        settings.streamed = true;
-        auto pixels = (*file)->develop(settings, cancellation);
+        const RawProperties& properties = (*file)->properties();
+        const int longer = std::max(properties.size.width, properties.size.height);
+        auto pixels = (*file)->develop(
+            kelvaro::smallCapture(properties, int(std::ceil(scale * longer))), cancellation);
         if (!pixels) return fail(std::move(pixels).error());
         const ImageSource source =
-            rawSource(photo_, identity_, imageFrom(std::move(*pixels)), (*file)->properties());
+            rawSource(photo_, identity_, imageFrom(std::move(*pixels)), properties);
         auto small = materialised(atRenderScale(source.linearCapture, source, scale),
                                   engine_.renderer(), cancellation);
         if (!small) return fail(std::move(small).error());

@@ -70,7 +70,8 @@ TEST(MaskList, NamesOrderAndCopies) {
     renameMask(edit, *copy, std::string(199, 'a') + "é"); // the letter has two bytes
     EXPECT_EQ(edit.masks[1].name, std::string(199, 'a'));
     removeMask(edit, *copy);
-    EXPECT_EQ(addMask(edit, Kind::brush, photo, random), edit.masks.back().id);
+    const auto added = addMask(edit, Kind::brush, photo, random);
+    EXPECT_EQ(added, edit.masks.back().id);
     EXPECT_EQ(edit.masks.back().name, "Brush 3");
 }
 

@@ -142,7 +142,9 @@ TEST_F(ExportStage, LeavesMetadataOutWhenAsked) {
         ASSERT_EQ(exported({A}).exported, 1u);
         const auto read = properties.read(folder / "out/A.jpg").value();
         EXPECT_EQ(read.exif.isEmpty(), !includes);
-        if (includes) EXPECT_EQ(read.exif.integer("PixelXDimension"), 60);
+        if (includes) {
+            EXPECT_EQ(read.exif.integer("PixelXDimension"), 60);
+        }
     }
 }
 

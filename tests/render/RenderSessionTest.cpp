@@ -100,7 +100,7 @@ TEST(RenderSession, TheNewestRequestWins) {
 
 TEST(RenderSession, GesturesAreCoarseInTimeAndSharpInTheEnd) {
     const SlowClock clock;
-    RenderStage stage(clock);
+    RenderStage stage(&clock);
     Canvas canvas(stage);
     canvas.session.open(stage.jpeg("photo.jpg", picture({200, 150}, landscape)));
     canvas.render(fitting(120));
@@ -150,7 +150,7 @@ TEST(RenderSession, WhatIsPaintedComesAlone) {
     const ManualClock quick;
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
-        RenderStage stage(test.isSlow ? static_cast<const Clock&>(slow) : quick);
+        RenderStage stage(test.isSlow ? static_cast<const Clock*>(&slow) : &quick);
         const auto photo = test.isRaw ? stage.dng("photo.dng", {256, 192})
                                       : stage.jpeg("photo.jpg", picture({256, 192}, landscape));
         ViewRequest request;

@@ -39,9 +39,9 @@ inline Colour landscape(double x, double y) {
 }
 
 struct RenderStage {
-    RenderStage() : RenderStage(manual) {}
-    explicit RenderStage(const Clock& engineClock)
-        : engine(*renderer, *renderer, engineClock, loop, memory,
+    // The engine's clock is `manual` where no other one is given.
+    explicit RenderStage(const Clock* engineClock = nullptr)
+        : engine(*renderer, *renderer, engineClock ? *engineClock : manual, loop, memory,
                  std::make_unique<Perf>(true, true,
                                         [this](const std::string& line) {
                                             lines.with([&](auto& all) { all.push_back(line); });

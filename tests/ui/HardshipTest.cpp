@@ -16,8 +16,8 @@ protected:
         const auto file = root.path() / "Odd" / name;
         EXPECT_TRUE(image.save(QString::fromStdString(file.string()), "PNG")) << name;
     }
-    void openOdd(const std::vector<std::string>& folders = {}) {
-        std::vector<std::string> all = folders;
+    void openOdd(const std::vector<std::string>& added = {}) {
+        std::vector<std::string> all = added;
         if (all.empty()) all.push_back(std::filesystem::canonical(root / "Odd").string());
         settings.set("folders", all);
         open(true);
@@ -115,6 +115,24 @@ TEST_F(Hardship, SheetsFitASmallScreen) {
         EXPECT_LE(least.height(), overlay->panel()->height()) << name;
         EXPECT_LE(least.width(), overlay->panel()->width()) << name;
     }
+}
+
+TEST_F(Hardship, ThePreviewOfAnExportSaysWhyItsPhotoCannotBeShown) {
+    const auto folder = photos("Trip", 2);
+    std::ofstream(folder / "IMG_0.jpg") << "not a photo";
+    settings.set("folders", std::vector<std::string>{folder.string()});
+    open();
+    until([&] { return shown() == 3; });
+    const ExportPreview& preview = window->exportSheet().preview();
+    const auto exported = [&](const char* name) {
+        library->setSelection({(folder / name).string()});
+        library->requestExport();
+        settle();
+    };
+    exported("IMG_0.jpg");
+    until([&] { return !preview.accessibleDescription().isEmpty(); });
+    exported("IMG_1.jpg");
+    EXPECT_TRUE(preview.accessibleDescription().isEmpty());
 }
 
 TEST_F(Hardship, TenThousandSelectedPhotosGoToTheTrash) {

@@ -11,9 +11,9 @@ namespace {
 class LibraryPageTest : public testing::Test, public WindowScene {
 protected:
     GridView& grid() { return window->libraryPage().grid(); }
-    void openWith(const std::vector<std::filesystem::path>& folders) {
+    void openWith(const std::vector<std::filesystem::path>& added) {
         std::vector<std::string> paths;
-        for (const auto& folder : folders)
+        for (const auto& folder : added)
             paths.push_back(folder.string());
         settings.set("folders", paths);
         open();

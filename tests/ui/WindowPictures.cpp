@@ -16,10 +16,10 @@ namespace {
 
 class Pictures : public WindowScene {
 public:
-    Pictures(const QStringList& folders, QString output) : output_(std::move(output)) {
+    Pictures(const QStringList& shown, QString output) : output_(std::move(output)) {
         QDir().mkpath(output_);
         std::vector<std::string> paths;
-        for (const QString& folder : folders)
+        for (const QString& folder : shown)
             paths.push_back(QDir(folder).canonicalPath().toStdString());
         folders_ = paths;
         desktop.wanted = {.prefersDark = !qEnvironmentVariableIsSet("KELVARO_LIGHT"),
@@ -79,6 +79,10 @@ private:
     void drawLibrary() {
         take("grid");
         const std::vector<PhotoUrl> photos = urls();
+        if (photos.size() < 5) {
+            std::fputs("window_pictures: five photos at least are needed\n", stderr);
+            std::exit(2);
+        }
         library->setFavorite({photos[1], photos[4]}, true);
         Adjustments edit;
         edit.exposure = 0.4;

@@ -2,6 +2,7 @@
 // their scans, joined by restart markers, make the file's (ITU-T T.81, B.2.1 and F.1.1.5), with the
 // same coefficients that one scan would have.
 #include "base/Bands.h"
+#include "base/Locked.h"
 #include "platform/codecs/EncodeJob.h"
 #include "platform/codecs/JpegErrors.h"
 #include "platform/codecs/JpegLayout.h"
@@ -149,13 +150,35 @@ bool begin(JpegOutput& output, const JpegShape& shape, PixelSize size,
     });
 }
 
+// Memory of bands that stand in the file waits for the next ones. Any thread.
+class BandMemory {
+public:
+    std::vector<std::byte> taken() {
+        return spare_.with([](auto& spare) {
+            std::vector<std::byte> bytes;
+            if (spare.empty()) return bytes;
+            bytes.swap(spare.back());
+            spare.pop_back();
+            return bytes;
+        });
+    }
+    void giveBack(std::vector<std::byte> bytes) {
+        bytes.clear();
+        spare_.with([&](auto& spare) { spare.push_back(std::move(bytes)); });
+    }
+
+private:
+    Locked<std::vector<std::vector<std::byte>>> spare_;
+};
+
 // A band as a picture of its own, the first one with all that describes the file. `pixels` begin at
 // row `top` of the picture. Throws std::bad_alloc.
 Result<std::vector<std::byte>> encodedBand(const EncodeJob& job, const JpegShape& shape, int band,
-                                           const Bitmap& pixels, int top) {
+                                           const Bitmap& pixels, int top, BandMemory& memory) {
     const int firstRow = band * shape.bandRows - top;
     const int rows = std::min(shape.bandRows, job.pixels.size.height - band * shape.bandRows);
     JpegOutput output;
+    output.bytes = memory.taken();
     const auto failed = [&]() -> Unexpected<Failure> {
         if (output.errors.code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
         return fail(job.notEncoded());
@@ -182,7 +205,8 @@ Result<std::vector<std::byte>> encodedBand(const EncodeJob& job, const JpegShape
 using Bands = std::vector<std::vector<std::byte>>;
 
 // Some bands from `first` on, of one strip where the picture comes in strips.
-Result<Bands> encodedBands(const EncodeJob& job, const JpegShape& shape, int first) {
+Result<Bands> encodedBands(const EncodeJob& job, const JpegShape& shape, int first,
+                           BandMemory& memory) {
     const int end = std::min(shape.bands, first + kBandsAtOnce);
     const int top = first * shape.bandRows;
     Bitmap strip;
@@ -195,8 +219,8 @@ Result<Bands> encodedBands(const EncodeJob& job, const JpegShape& shape, int fir
     }
     Bands bands;
     for (int band = first; band < end; ++band) {
-        auto bytes = job.strips ? encodedBand(job, shape, band, strip, top)
-                                : encodedBand(job, shape, band, job.pixels, 0);
+        auto bytes = job.strips ? encodedBand(job, shape, band, strip, top, memory)
+                                : encodedBand(job, shape, band, job.pixels, 0, memory);
         if (!bytes) return fail(std::move(bytes).error());
         bands.push_back(std::move(*bytes));
     }
@@ -222,11 +246,16 @@ bool append(const EncodeJob& job, const JpegShape& shape, int band, std::span<st
 Result<void> encodeJpeg(const EncodeJob& job) {
     const JpegShape shape(job);
     int band = 0;
-    const auto make = [&](int group) { return encodedBands(job, shape, group * kBandsAtOnce); };
+    BandMemory memory;
+    const auto make = [&](int group) {
+        return encodedBands(job, shape, group * kBandsAtOnce, memory);
+    };
     const auto take = [&](Result<Bands> bands) -> Result<void> {
         if (!bands) return fail(job.afterError(std::move(bands).error()));
-        for (auto& bytes : *bands)
+        for (auto& bytes : *bands) {
             if (!append(job, shape, band++, bytes)) return fail(job.afterLibraryError());
+            memory.giveBack(std::move(bytes));
+        }
         return {};
     };
     return takeInOrder((shape.bands + kBandsAtOnce - 1) / kBandsAtOnce, make, take);

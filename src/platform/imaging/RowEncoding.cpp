@@ -23,11 +23,29 @@ struct EncodeRow {
     bool matrix;
 };
 
+// Within 2e-7 of itself; 0 at 0. A seed for the inverse root r from the exponent, within 0.03; then
+// x r³ is the root but for (1 - e)^(-3/4), e = 1 - x r⁴, for which a polynomial does: two square
+// roots take three times as long.
+HWY_INLINE V fourthRoot(V x) {
+    const D d;
+    const hn::RebindToSigned<D> di;
+    const V r =
+        hn::BitCast(d, hn::Sub(hn::Set(di, 1331173520), hn::ShiftRight<2>(hn::BitCast(di, x))));
+    const V root = hn::Mul(hn::Mul(x, r), hn::Mul(r, r));
+    const V e = hn::NegMulAdd(root, r, hn::Set(d, 1.0f)); // within 0.124
+    static constexpr float c[] = {7.500000635e-01f, 6.562087439e-01f, 6.014907110e-01f,
+                                  5.743102653e-01f, 5.477603720e-01f};
+    V y = hn::Set(d, c[4]);
+    for (int i = 3; i >= 0; --i)
+        y = hn::MulAdd(y, e, hn::Set(d, c[i]));
+    return hn::MulAdd(hn::Mul(root, e), y, root);
+}
+
 HWY_INLINE V srgbCurve(V x) {
     const D d;
     static constexpr float c[] = {1.461524844e+00f,  -1.155892968e+00f, 1.209145427e+00f,
                                   -8.984079957e-01f, 3.947105110e-01f,  -7.620964199e-02f};
-    const V u = hn::Sqrt(hn::Sqrt(x));
+    const V u = fourthRoot(x);
     V y = hn::Set(d, c[5]);
     for (int i = 4; i >= 0; --i)
         y = hn::MulAdd(y, u, hn::Set(d, c[i]));

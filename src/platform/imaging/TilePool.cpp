@@ -21,6 +21,34 @@ void TilePool::giveBack(AlignedFloats memory) {
     free_.insert(place, std::move(memory));
 }
 
+void TilePool::shrinkTo(std::size_t floats) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < free_.size(); ++i) {
+        kept += free_[i].size();
+        if (kept > floats) free_.resize(i);
+    }
+}
+
+TilePools::Lease::Lease(TilePools& pools) : pools_(pools) {
+    {
+        const std::lock_guard guard(pools.lock_);
+        if (!pools.free_.empty()) {
+            pool_ = std::move(pools.free_.back());
+            pools.free_.pop_back();
+        }
+    }
+    if (!pool_) pool_ = std::make_unique<TilePool>();
+}
+
+TilePools::Lease::~Lease() {
+    pool_->shrinkTo(kFloatsKept);
+    const std::lock_guard guard(pools_.lock_);
+    try {
+        if (pools_.free_.size() < kPoolsKept) pools_.free_.push_back(std::move(pool_));
+    } catch (const std::bad_alloc&) { // it is made anew where it is needed again
+    }
+}
+
 Tile::Tile(TilePool& pool, const PixelRect& rect, bool hasAlpha) : pool_(&pool) {
     const std::ptrdiff_t stride =
         (std::ptrdiff_t(rect.width) + kRowGroup - 1) / kRowGroup * kRowGroup;

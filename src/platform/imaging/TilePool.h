@@ -4,6 +4,8 @@
 
 #include "platform/Raster.h"
 
+#include <memory>
+#include <mutex>
 #include <vector>
 
 namespace kelvaro {
@@ -12,9 +14,35 @@ class TilePool {
 public:
     AlignedFloats take(std::size_t floats); // at least so many; throws std::bad_alloc
     void giveBack(AlignedFloats memory);
+    // Keeps at most so many floats, the smallest blocks.
+    void shrinkTo(std::size_t floats);
 
 private:
     std::vector<AlignedFloats> free_; // smallest first
+};
+
+// The pools of a renderer's workers between its renders: a picture that is drawn in strips would
+// touch new memory in each of them. Any thread.
+class TilePools {
+public:
+    // A pool until the end of its scope.
+    class Lease {
+    public:
+        explicit Lease(TilePools& pools);
+        ~Lease();
+        Lease(const Lease&) = delete;
+        Lease& operator=(const Lease&) = delete;
+        TilePool& operator*() const { return *pool_; }
+
+    private:
+        TilePools& pools_;
+        std::unique_ptr<TilePool> pool_;
+    };
+
+private:
+    static constexpr std::size_t kPoolsKept = 16, kFloatsKept = std::size_t(1) << 20; // of each
+    std::mutex lock_;
+    std::vector<std::unique_ptr<TilePool>> free_;
 };
 
 // Planar pixels over a rectangle, rows padded and aligned like a Raster's. Gives its memory back to

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <functional>
 #include <new>
 #include <optional>
 
@@ -130,7 +131,7 @@ private:
         const int columns = (rect.width + size.width - 1) / size.width;
         const int lines = (rect.height + size.height - 1) / size.height;
         const bool goesDown = plan.prefersColumns();
-        tbb::enumerable_thread_specific<TilePool> pools;
+        tbb::enumerable_thread_specific<TilePools::Lease> pools(std::ref(pools_));
         std::atomic<bool> stopped{false};
         const auto runTile = [&](int index) {
             if (cancellation && cancellation->isCancelled()) stopped = true;
@@ -140,12 +141,13 @@ private:
             const int line = goesDown ? index % lines : index / columns;
             const PixelRect cell{rect.x + column * size.width,
                                  rect.top() - (line + 1) * size.height, size.width, size.height};
-            evaluateTiles(plan, intersection(cell, rect), pools.local(), use);
+            evaluateTiles(plan, intersection(cell, rect), *pools.local(), use);
         };
         arena_.execute([&] { tbb::parallel_for(0, columns * lines, runTile); });
         return !stopped;
     }
 
+    TilePools pools_;
     tbb::task_arena arena_;
     std::optional<tbb::global_control>
         moreThreads_; // only where more than one per core is asked for

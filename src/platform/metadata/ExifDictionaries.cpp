@@ -77,7 +77,7 @@ std::string asUtf8(std::string text) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte < 0x80) {
             result.push_back(c);
-        } else {
+        } else if (byte >= 0xa0) { // those between are control characters, drawn as empty boxes
             result.push_back(char(0xc0 | byte >> 6));
             result.push_back(char(0x80 | (byte & 0x3f)));
         }

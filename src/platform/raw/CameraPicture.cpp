@@ -170,13 +170,16 @@ void CameraPicture::demosaic(const SensorRect& tile, Workshop& shop) const {
     shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, planes, Workshop::kStride);
 }
 
-void CameraPicture::makeRows(const SensorRect& tile, Workshop& shop, const UseRow& use) const {
+void CameraPicture::makeRows(const SensorRect& tile, bool goesOn, Workshop& shop,
+                             const UseRow& use) const {
     const SensorRect area{sensor_.crop.left + tile.left, sensor_.crop.top + tile.top, tile.width,
                           tile.height};
-    constexpr int kLines = kMaximumChannels; // the mosaic's own, which nobody else needs here
-    float* const rows[3] = {shop.row(kLines, 0), shop.row(kLines, 1), shop.row(kLines, 2)};
-    shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, rows, 0,
-                      [&](int row) { use(row, rows[0], rows[1], rows[2]); });
+    float* const rows[3] = {shop.lineOf(0), shop.lineOf(1), shop.lineOf(2)};
+    const auto finished = [&](int row) { use(row, rows[0], rows[1], rows[2]); };
+    if (goesOn)
+        shop.demosaic.goOn(*mosaic_, area.height, rows, 0, finished);
+    else
+        shop.demosaic.run(*mosaic_, reader_.phase(), area, toe_, rows, 0, finished);
 }
 
 // At half size from means of 2 × 2 finished pixels: its pattern has no smaller unit with all

@@ -33,9 +33,10 @@ public:
     void make(const SensorRect& tile, Workshop& shop) const;
     // Whether the rows of a rectangle can also be had one by one, each before the next is made.
     bool makesRows() const { return sensor_.layout == SensorLayout::bayer && reduction_ == 1; }
-    // Red, green and blue of each row in turn, the same memory for all.
+    // Red, green and blue of each row in turn, the same memory for all. `goesOn` tells that the
+    // workshop made the rows above these last.
     using UseRow = std::function<void(int row, float* red, float* green, float* blue)>;
-    void makeRows(const SensorRect& tile, Workshop& shop, const UseRow& use) const;
+    void makeRows(const SensorRect& tile, bool goesOn, Workshop& shop, const UseRow& use) const;
     // Means over `count` squares of `side` pixels, of which the first begins at (side × row, 0).
     // Only for sensors of three colours.
     void means(int row, int side, int count, float* const (&rows)[3]) const;

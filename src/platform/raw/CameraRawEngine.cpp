@@ -1,5 +1,6 @@
 #include "platform/raw/CameraRawEngine.h"
 
+#include "platform/raw/BinnedPicture.h"
 #include "platform/raw/BrightnessMatch.h"
 #include "platform/raw/Development.h"
 #include "platform/raw/RasterSource.h"
@@ -7,6 +8,7 @@
 #include "platform/raw/StreamedSource.h"
 #include "platform/raw/WhiteMatch.h"
 
+#include <algorithm>
 #include <cmath>
 #include <new>
 
@@ -28,8 +30,10 @@ public:
 
     const RawProperties& properties() const override { return properties_; }
 
-    Result<std::shared_ptr<const PixelSource>> develop(const RawDevelopSettings& settings,
+    Result<std::shared_ptr<const PixelSource>> develop(const RawDevelopSettings& asked,
                                                        const Cancellation* cancellation) override {
+        RawDevelopSettings settings = asked;
+        settings.reduction = std::min(asked.reduction, 2);
         auto sensor = decoder_->samples(settings.reduction, cancellation);
         if (!sensor) return fail(sensor.error());
         try {
@@ -39,15 +43,17 @@ public:
                 if (!sensor) return fail(sensor.error());
             }
             sensor->exposureStops = properties_.baselineExposureStops;
+            if (asked.reduction > 2 && asked.captureOnly && isBinnable(*sensor)) {
+                auto binned = binnedPicture(*sensor, cancellation);
+                if (!binned) return fail(cancelled());
+                return std::make_shared<const RasterSource>(std::move(*binned));
+            }
             // What the library itself processed is lost with its next picture.
             if (settings.streamed && !decoder_->processesItself())
                 return std::make_shared<const StreamedSource>(*sensor, settings, decoder_,
                                                               tileMemory_);
             auto raster = kelvaro::develop(*sensor, settings, cancellation);
-            if (!raster) {
-                return fail(FailureKind::cancelled,
-                            "Developing \"" + decoder_->name() + "\" was cancelled.");
-            }
+            if (!raster) return fail(cancelled());
             return std::make_shared<const RasterSource>(std::move(*raster));
         } catch (const std::bad_alloc&) {
             return fail(FailureKind::outOfMemory,
@@ -61,6 +67,10 @@ public:
     }
 
 private:
+    Failure cancelled() const {
+        return {FailureKind::cancelled, "Developing \"" + decoder_->name() + "\" was cancelled."};
+    }
+
     // Takes from the embedded preview what the file leaves open: the white and the brightness.
     // False when it was cancelled and should be tried again.
     bool match(SensorImage sensor, const Cancellation* cancellation) {

@@ -13,6 +13,7 @@
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 
@@ -22,17 +23,42 @@ namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 // Takes from the offsets the part of the detail (in − smooth) that does not stand out from `times`
-// the noise.
-void quietRow(const float* HWY_RESTRICT in, const float* HWY_RESTRICT smooth,
-              const float* HWY_RESTRICT y, const std::uint8_t* HWY_RESTRICT trusted,
-              NoiseLine noise, float times, float* HWY_RESTRICT offsets, std::size_t count) {
+// the noise. The first level begins them.
+template<bool isFirst>
+HWY_INLINE void quiet(const float* HWY_RESTRICT in, const float* HWY_RESTRICT smooth,
+                      const float* HWY_RESTRICT y, const NoiseLine& noise, float times,
+                      float* HWY_RESTRICT offsets, std::size_t count) {
     const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
+    const float dark = times * noise.dark, range = times * (noise.light - noise.dark);
     for (std::size_t i = 0; i < count; ++i) {
         const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
-        const float limit = times * (noise.dark + t * (noise.light - noise.dark));
+        const float limit = dark + t * range;
         const float d = in[i] - smooth[i], noiseSquare = limit * limit;
-        offsets[i] -= float(trusted[i]) * d * (noiseSquare / (d * d + noiseSquare + 1e-20f));
+        const float part = d * (noiseSquare / (d * d + noiseSquare + 1e-20f));
+        offsets[i] = isFirst ? -part : offsets[i] - part;
     }
+}
+
+void quietRow(const float* in, const float* smooth, const float* y, NoiseLine noise, float times,
+              float* offsets, std::size_t count, bool isFirst) {
+    if (isFirst)
+        quiet<true>(in, smooth, y, noise, times, offsets, count);
+    else
+        quiet<false>(in, smooth, y, noise, times, offsets, count);
+}
+
+// 1 where no channel is brighter than its limit, else 0.
+void trustRow(const float* HWY_RESTRICT r, const float* HWY_RESTRICT g, const float* HWY_RESTRICT b,
+              const float* limits, std::uint8_t* HWY_RESTRICT trusted, std::size_t count) {
+    const float red = limits[0], green = limits[1], blue = limits[2];
+    for (std::size_t i = 0; i < count; ++i)
+        trusted[i] = std::uint8_t((r[i] <= red) & (g[i] <= green) & (b[i] <= blue));
+}
+
+void keepTrusted(const std::uint8_t* HWY_RESTRICT trusted, float* HWY_RESTRICT offsets,
+                 std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        offsets[i] *= float(trusted[i]);
 }
 
 // Four pixels for each of `count` cells from the second on, interpolated between cell centres.
@@ -68,6 +94,8 @@ HWY_AFTER_NAMESPACE();
 namespace kelvaro {
 
 HWY_EXPORT(quietRow);
+HWY_EXPORT(trustRow);
+HWY_EXPORT(keepTrusted);
 HWY_EXPORT(spreadRow);
 HWY_EXPORT(mixRow);
 HWY_EXPORT(sumRow);
@@ -106,9 +134,13 @@ ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
                                                const ColourStep& colour, float toe) const {
     Cells cells;
     cells.luminance = AlignedFloats(size());
+    cells.smoothed = AlignedFloats(size());
     for (AlignedFloats& difference : cells.differences)
         difference = AlignedFloats(size());
-    cells.isTrusted.assign(size(), 1);
+    cells.isTrusted.resize(size());
+    std::array<float, 3> limits{};
+    for (std::size_t i = 0; i < 3; ++i)
+        limits[i] = kBright * picture.sensor().saturation[i];
     tbb::parallel_for(0, rows_, [&](int row) {
         std::vector<float> channels[3];
         for (auto& channel : channels)
@@ -116,12 +148,8 @@ ColourBlotches::Cells ColourBlotches::measured(const CameraPicture& picture,
         float* const c[3] = {channels[0].data(), channels[1].data(), channels[2].data()};
         picture.means(row, kSide, columns_, c);
         const auto first = std::size_t(row * columns_);
-        for (std::size_t x = 0; x < std::size_t(columns_); ++x) {
-            for (std::size_t i = 0; i < 3; ++i)
-                if (c[i][x] > kBright * picture.sensor().saturation[i]) {
-                    cells.isTrusted[first + x] = 0;
-                }
-        }
+        HWY_DYNAMIC_DISPATCH(trustRow)
+        (c[0], c[1], c[2], limits.data(), cells.isTrusted.data() + first, std::size_t(columns_));
         colour.run({c[0], c[1], c[2], nullptr}, columns_);
         splitColours(c[0], c[1], c[2], toe, cells.luminance.data() + first,
                      cells.differences[0].data() + first, cells.differences[1].data() + first,
@@ -134,7 +162,7 @@ void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel
     AlignedFloats& level = cells.differences[which];
     AlignedFloats& offsets = offsets_[which];
     offsets = AlignedFloats(size());
-    AlignedFloats smoothed(size());
+    AlignedFloats& smoothed = cells.smoothed;
     const auto width = std::size_t(columns_);
     for (int l = 0; l < kLevels; ++l) {
         const RowRing from{level.data(), int(std::bit_ceil(unsigned(rows_))), columns_, rows_,
@@ -143,12 +171,15 @@ void ColourBlotches::decompose(Cells& cells, std::size_t which, const NoiseModel
             std::vector<float> scratch(smoothingScratch(columns_));
             for (int row = range.begin(); row < range.end(); ++row) {
                 const auto first = std::size_t(row) * width;
-                if (l == 0) std::fill_n(offsets.data() + first, width, 0.0f);
                 smoothedRow(from, row, 1 << l, scratch.data(), smoothed.data() + first);
                 HWY_DYNAMIC_DISPATCH(quietRow)
                 (level.data() + first, smoothed.data() + first, cells.luminance.data() + first,
-                 cells.isTrusted.data() + first, noise.colour[which].back(),
-                 kNoiseTimes * kNoiseOfLevel[l], offsets.data() + first, width);
+                 noise.colour[which].back(), kNoiseTimes * kNoiseOfLevel[l], offsets.data() + first,
+                 width, l == 0);
+                if (l + 1 == kLevels) {
+                    HWY_DYNAMIC_DISPATCH(keepTrusted)
+                    (cells.isTrusted.data() + first, offsets.data() + first, width);
+                }
             }
         });
         std::swap(level, smoothed);

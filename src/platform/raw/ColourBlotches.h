@@ -9,6 +9,7 @@
 #include "platform/raw/ColourStep.h"
 #include "platform/raw/Finishing.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -34,7 +35,7 @@ private:
     static constexpr int kSide = 4; // pixels of a cell
     std::size_t size() const { return std::size_t(columns_) * std::size_t(rows_); }
     struct Cells {
-        AlignedFloats luminance, differences[2];
+        AlignedFloats luminance, differences[2], smoothed;
         std::vector<std::uint8_t>
             isTrusted; // not where nearly saturated: colours tell nothing there
     };

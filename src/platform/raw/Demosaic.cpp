@@ -11,6 +11,8 @@
 
 #include <hwy/highway.h>
 
+#include <algorithm>
+
 HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
 namespace HWY_NAMESPACE {
@@ -49,7 +51,8 @@ HWY_INLINE V decoded(V e, float toe) {
 // For every group of pairs.
 template<class F>
 HWY_INLINE void forPairs(Step s, F&& use) {
-    for (int k = 0; k < s.pairs; k += int(hn::Lanes(kTag)))
+    const int pairs = s.pairs; // which the compiler would take for something that rows overwrite
+    for (int k = 0; k < pairs; k += int(hn::Lanes(kTag)))
         use(k);
 }
 
@@ -60,55 +63,66 @@ HWY_INLINE V highPass(V a3, V a2, V a1, V b1, V b2, V b3, V middle) {
     return v * v;
 }
 
-void highPassRow(Step s, const float* const (&m)[7], float* out) {
+// Squared high-pass values down and across.
+void highPasses(Step s, int row) {
+    const float *even[7], *odd[7];
+    for (int d = -3; d <= 3; ++d) {
+        even[d + 3] = s.mosaic.tap(row + d, 0, 0);
+        odd[d + 3] = s.mosaic.tap(row + d, 1, 0);
+    }
+    float *down = s.single[0].tap(0, 0, 0), *oddDown = s.single[0].tap(0, 1, 0);
+    float *across = s.single[1].tap(0, 0, 0), *oddAcross = s.single[1].tap(0, 1, 0);
     forPairs(s, [&](int k) {
-        hn::StoreU(highPass(load(m[0] + k), load(m[1] + k), load(m[2] + k), load(m[4] + k),
-                            load(m[5] + k), load(m[6] + k), load(m[3] + k)),
-                   kTag, out + k);
+        const V e = load(even[3] + k), o = load(odd[3] + k);
+        const V e1 = load(even[3] + k - 1), e3 = load(even[3] + k + 1);
+        const V o1 = load(odd[3] + k - 1), o3 = load(odd[3] + k + 1);
+        const auto vertical = [&](const float* const(&m)[7], V middle) {
+            return highPass(load(m[0] + k), load(m[1] + k), load(m[2] + k), load(m[4] + k),
+                            load(m[5] + k), load(m[6] + k), middle);
+        };
+        hn::StoreU(vertical(even, e), kTag, down + k);
+        hn::StoreU(vertical(odd, o), kTag, oddDown + k);
+        hn::StoreU(highPass(load(odd[3] + k - 2), e1, o1, o, e3, o3, e), kTag, across + k);
+        hn::StoreU(highPass(e1, o1, e, e3, o3, load(even[3] + k + 2), o), kTag, oddAcross + k);
     });
 }
 
-// Which way is smoother: squared high-pass values down and across, each summed over three columns.
-void differences(Step s, int row) {
-    for (int parity = 0; parity < 2; ++parity) {
-        const float* m[7];
-        const float* n[7];
-        for (int d = -3; d <= 3; ++d) {
-            m[d + 3] = s.mosaic.tap(row + d, parity, 0);
-            n[d + 3] = s.mosaic.tap(row, parity, d);
-        }
-        highPassRow(s, m, s.single[0].tap(0, parity, 0));
-        highPassRow(s, n, s.single[1].tap(0, parity, 0));
-    }
-    for (int parity = 0; parity < 2; ++parity) {
-        for (int i = 0; i < 2; ++i) {
-            const float* left = s.single[i].tap(0, parity, -1);
-            const float *here = s.single[i].tap(0, parity, 0),
-                        *right = s.single[i].tap(0, parity, 1);
-            float* out = (i == 0 ? s.vertical : s.horizontal).tap(row, parity, 0);
-            forPairs(s, [&](int k) {
-                hn::StoreU(load(left + k) + load(here + k) + load(right + k), kTag, out + k);
-            });
-        }
-    }
-}
-
-// 0 vertical … 1 horizontal, from windows of 3 × 3.
+// Which way is smoother: the high-pass values of the row are summed over three columns and, with
+// the two rows above it, over windows of 3 × 3. The row in the middle of them gets its directions,
+// 0 vertical … 1 horizontal.
 void directions(Step s, int row) {
-    for (int parity = 0; parity < 2; ++parity) {
-        const float *v[3], *h[3];
-        for (int d = -1; d <= 1; ++d) {
-            v[d + 1] = s.vertical.tap(row + d, parity, 0);
-            h[d + 1] = s.horizontal.tap(row + d, parity, 0);
+    const V least = constant(1e-10f);
+    struct Sums {
+        const float *even, *odd;  // of the row
+        const float* above[2][2]; // [row][parity]
+        float* out[2];
+    };
+    const auto sums = [&](FullRing<1>& single, FullRing<4>& ring) {
+        Sums t{single.tap(0, 0, 0), single.tap(0, 1, 0), {}, {}};
+        for (int parity = 0; parity < 2; ++parity) {
+            t.above[0][parity] = ring.tap(row - 2, parity, 0);
+            t.above[1][parity] = ring.tap(row - 1, parity, 0);
+            t.out[parity] = ring.tap(row, parity, 0);
         }
-        float* out = s.direction.tap(row, parity, 0);
-        const V least = constant(1e-10f);
-        forPairs(s, [&](int k) {
-            const V down = hn::Max(least, load(v[0] + k) + load(v[1] + k) + load(v[2] + k));
-            const V across = hn::Max(least, load(h[0] + k) + load(h[1] + k) + load(h[2] + k));
-            hn::StoreU(down / (down + across), kTag, out + k);
-        });
-    }
+        return t;
+    };
+    const Sums v = sums(s.single[0], s.vertical), h = sums(s.single[1], s.horizontal);
+    float* const direction[2] = {s.direction.tap(row - 1, 0, 0), s.direction.tap(row - 1, 1, 0)};
+    const auto windows = [&](const Sums& t, int k, V& even, V& odd) {
+        const V e = load(t.even + k), o = load(t.odd + k);
+        const V three = load(t.odd + k - 1) + e + o, oddThree = e + o + load(t.even + k + 1);
+        hn::StoreU(three, kTag, t.out[0] + k);
+        hn::StoreU(oddThree, kTag, t.out[1] + k);
+        even = hn::Max(least, load(t.above[0][0] + k) + load(t.above[1][0] + k) + three);
+        odd = hn::Max(least, load(t.above[0][1] + k) + load(t.above[1][1] + k) + oddThree);
+    };
+    forPairs(s, [&](int k) {
+        V down, oddDown, across, oddAcross;
+        windows(v, k, down, oddDown);
+        windows(h, k, across, oddAcross);
+        hn::StoreU(down / (down + across), kTag, direction[0] + k);
+        hn::StoreU(oddDown / (oddDown + oddAcross), kTag, direction[1] + k);
+    });
 }
 
 // The direction that is decided more clearly, the photosite's own or its neighbours' mean.
@@ -121,10 +135,8 @@ HWY_INLINE V refined(V own, V a, V b, V c, V d) {
 // Sources of `refined` in a ring of both parities.
 struct DirectionTaps {
     const float* p[5];
-    DirectionTaps(FullRing& ring, int row, int parity)
-        : p{ring.tap(row, parity, 0), ring.tap(row - 1, parity, -1), ring.tap(row - 1, parity, 1),
-            ring.tap(row + 1, parity, -1), ring.tap(row + 1, parity, 1)} {}
-    DirectionTaps(ColourRing& ring, int row, int parity)
+    template<class Ring>
+    HWY_INLINE DirectionTaps(Ring& ring, int row, int parity)
         : p{ring.tap(row, parity, 0), ring.tap(row - 1, parity, -1), ring.tap(row - 1, parity, 1),
             ring.tap(row + 1, parity, -1), ring.tap(row + 1, parity, 1)} {}
     HWY_INLINE V at(int k) const {
@@ -158,8 +170,8 @@ HWY_INLINE Fraction greenAlong(const float* const (&m)[9], int k) {
     return {hn::MulAdd(bRough, a, aRough * b), aRough + bRough};
 }
 
+template<int p> // the colour's parity
 void green(Step s, int row) {
-    const int p = s.colourParity(row);
     const float *v[9], *h[9];
     for (int d = -4; d <= 4; ++d) {
         v[d + 4] = s.mosaic.tap(row + d, p, 0);
@@ -173,19 +185,27 @@ void green(Step s, int row) {
 }
 
 // At red and blue: squared high-pass values along the diagonals.
+template<int p>
 void diagonalDifferences(Step s, int row) {
-    const int p = s.colourParity(row);
     const float *a[7], *b[7];
     for (int d = -3; d <= 3; ++d) {
         a[d + 3] = s.mosaic.tap(row + d, p, d);
         b[d + 3] = s.mosaic.tap(row + d, p, -d);
     }
-    highPassRow(s, a, s.diagonalP.tap(row, p, 0));
-    highPassRow(s, b, s.diagonalQ.tap(row, p, 0));
+    float *down = s.diagonalP.tap(row, p, 0), *up = s.diagonalQ.tap(row, p, 0);
+    forPairs(s, [&](int k) {
+        const V middle = load(a[3] + k);
+        const auto along = [&](const float* const(&m)[7]) {
+            return highPass(load(m[0] + k), load(m[1] + k), load(m[2] + k), load(m[4] + k),
+                            load(m[5] + k), load(m[6] + k), middle);
+        };
+        hn::StoreU(along(a), kTag, down + k);
+        hn::StoreU(along(b), kTag, up + k);
+    });
 }
 
+template<int p>
 void diagonalDirections(Step s, int row) {
-    const int p = s.colourParity(row);
     const float *a0 = s.diagonalP.tap(row - 1, p, -1), *a1 = s.diagonalP.tap(row, p, 0);
     const float *a2 = s.diagonalP.tap(row + 1, p, 1), *b0 = s.diagonalQ.tap(row - 1, p, 1);
     const float *b1 = s.diagonalQ.tap(row, p, 0), *b2 = s.diagonalQ.tap(row + 1, p, -1);
@@ -198,32 +218,31 @@ void diagonalDirections(Step s, int row) {
     });
 }
 
-// What a colour difference needs along one line: the colour at ±1 and ±3 steps, green at ±1, and
-// green at 0 and ±2.
+// What a colour difference needs along one line: the colour at ±1 and ±3 steps; and, of green, what
+// stands at ±1 steps and how rough it is between 0 and ±2.
 struct LineTaps {
-    const float *c[4], *g[2], *far[2];
+    const float* c[4];
+};
+struct GreenLine {
+    V before, after, roughBefore, roughAfter;
 };
 
 // Mean of the two differences from green, each weighted by the other's roughness.
-HWY_INLINE Fraction differenceAlong(const LineTaps& t, V greenHere, int k) {
+HWY_INLINE Fraction differenceAlong(const LineTaps& t, const GreenLine& g, int k) {
     const V a1 = load(t.c[1] + k), b1 = load(t.c[2] + k);
     const V shared = distance(a1, b1) + tiny();
-    const V aRough =
-        shared + distance(a1, load(t.c[0] + k)) + distance(greenHere, load(t.far[0] + k));
-    const V bRough =
-        shared + distance(b1, load(t.c[3] + k)) + distance(greenHere, load(t.far[1] + k));
-    const V a = a1 - load(t.g[0] + k), b = b1 - load(t.g[1] + k);
+    const V aRough = shared + distance(a1, load(t.c[0] + k)) + g.roughBefore;
+    const V bRough = shared + distance(b1, load(t.c[3] + k)) + g.roughAfter;
+    const V a = a1 - g.before, b = b1 - g.after;
     return {hn::MulAdd(bRough, a, aRough * b), aRough + bRough};
 }
 
 // The other colour at red and blue.
+template<int p>
 void opposite(Step s, int row) {
-    const int p = s.colourParity(row);
     const auto line = [&](int x) {
         return LineTaps{{s.mosaic.tap(row - 3, p, -3 * x), s.mosaic.tap(row - 1, p, -x),
-                         s.mosaic.tap(row + 1, p, x), s.mosaic.tap(row + 3, p, 3 * x)},
-                        {s.green.tap(row - 1, p, -x), s.green.tap(row + 1, p, x)},
-                        {s.green.tap(row - 2, p, -2 * x), s.green.tap(row + 2, p, 2 * x)}};
+                         s.mosaic.tap(row + 1, p, x), s.mosaic.tap(row + 3, p, 3 * x)}};
     };
     const LineTaps a = line(1), b = line(-1);
     const float* greenHere = s.green.tap(row, p, 0);
@@ -231,25 +250,30 @@ void opposite(Step s, int row) {
     float* out = s.opposite.tap(row, p, 0);
     forPairs(s, [&](int k) {
         const V g = load(greenHere + k);
-        hn::StoreU(g + mixed(differenceAlong(a, g, k), differenceAlong(b, g, k), direction.at(k)),
+        const auto greenAlongLine = [&](int x) {
+            return GreenLine{load(s.green.tap(row - 1, p, -x) + k),
+                             load(s.green.tap(row + 1, p, x) + k),
+                             distance(g, load(s.green.tap(row - 2, p, -2 * x) + k)),
+                             distance(g, load(s.green.tap(row + 2, p, 2 * x) + k))};
+        };
+        const V f = direction.at(k);
+        hn::StoreU(g + mixed(differenceAlong(a, greenAlongLine(1), k),
+                             differenceAlong(b, greenAlongLine(-1), k), f),
                    kTag, out + k);
     });
 }
 
-// Red and blue at green, and the finished row.
-void finish(Step s, int row, bool isRedRow, float* red, float* greenOut, float* blue) {
-    const int p = s.colourParity(row), q = 1 - p;
+// Red and blue at green, and the finished row. `own` is the colour of the row's photosites.
+template<int p>
+void finish(Step s, int row, float* own, float* greenOut, float* other) {
+    constexpr int q = 1 - p;
     const auto across = [&](auto& ring) {
         return LineTaps{
-            {ring.tap(row, q, -3), ring.tap(row, q, -1), ring.tap(row, q, 1), ring.tap(row, q, 3)},
-            {s.green.tap(row, q, -1), s.green.tap(row, q, 1)},
-            {s.mosaic.tap(row, q, -2), s.mosaic.tap(row, q, 2)}};
+            {ring.tap(row, q, -3), ring.tap(row, q, -1), ring.tap(row, q, 1), ring.tap(row, q, 3)}};
     };
     const auto down = [&](auto& ring) {
         return LineTaps{{ring.tap(row - 3, q, 0), ring.tap(row - 1, q, 0), ring.tap(row + 1, q, 0),
-                         ring.tap(row + 3, q, 0)},
-                        {s.green.tap(row - 1, q, 0), s.green.tap(row + 1, q, 0)},
-                        {s.mosaic.tap(row - 2, q, 0), s.mosaic.tap(row + 2, q, 0)}};
+                         ring.tap(row + 3, q, 0)}};
     };
     // The row's own colour is in the mosaic to the left and right; above and below it was
     // interpolated.
@@ -258,56 +282,77 @@ void finish(Step s, int row, bool isRedRow, float* red, float* greenOut, float* 
     const DirectionTaps direction(s.direction, row, q);
     const float *mosaicHere = s.mosaic.tap(row, p, 0), *greenSites = s.mosaic.tap(row, q, 0);
     const float *greenHere = s.green.tap(row, p, 0), *oppositeHere = s.opposite.tap(row, p, 0);
-    float* own = isRedRow ? red : blue;
-    float* other = isRedRow ? blue : red;
+    const float *left = s.green.tap(row, q, -1), *right = s.green.tap(row, q, 1);
+    const float *above = s.green.tap(row - 1, q, 0), *below = s.green.tap(row + 1, q, 0);
+    const float *farAbove = s.mosaic.tap(row - 2, q, 0), *farBelow = s.mosaic.tap(row + 2, q, 0);
     // Pairs begin at the border; the first output column is the even one.
     constexpr int first = kDemosaicBorder / 2;
+    const float toe = s.toe;
     const auto store = [&](V atColour, V atGreen, float* out, int k) {
-        const V colour = decoded(atColour, s.toe), greens = decoded(atGreen, s.toe);
+        const V colour = decoded(atColour, toe), greens = decoded(atGreen, toe);
         const V even = p == 0 ? colour : greens, odd = p == 0 ? greens : colour;
         hn::StoreInterleaved2(even, odd, kTag, out + 2 * (k - first));
     };
-    for (int k = first; k < s.pairs - first; k += int(hn::Lanes(kTag))) {
+    const int end = s.pairs - first;
+    for (int k = first; k < end; k += int(hn::Lanes(kTag))) {
         const V g = load(greenSites + k), f = direction.at(k);
-        const V c0 = g + mixed(differenceAlong(ownDown, g, k), differenceAlong(ownAcross, g, k), f);
-        const V c1 =
-            g + mixed(differenceAlong(otherDown, g, k), differenceAlong(otherAcross, g, k), f);
+        const GreenLine onRow{load(left + k), load(right + k),
+                              distance(g, load(greenSites - 1 + k)),
+                              distance(g, load(greenSites + 1 + k))};
+        const GreenLine onColumn{load(above + k), load(below + k), distance(g, load(farAbove + k)),
+                                 distance(g, load(farBelow + k))};
+        const V c0 = g + mixed(differenceAlong(ownDown, onColumn, k),
+                               differenceAlong(ownAcross, onRow, k), f);
+        const V c1 = g + mixed(differenceAlong(otherDown, onColumn, k),
+                               differenceAlong(otherAcross, onRow, k), f);
         store(load(mosaicHere + k), c0, own, k);
         store(load(greenHere + k), g, greenOut, k);
         store(load(oppositeHere + k), c1, other, k);
     }
 }
 
-void work(Step s, const SplitRows& source, BayerPhase phase, const SensorRect& area, float toe,
-          float* const* planes, std::ptrdiff_t stride, const std::function<void(int)>& finished) {
-    s.toe = toe;
-    const int top = area.top - kDemosaicBorder, left = area.left - kDemosaicBorder;
-    const int height = area.height + 2 * kDemosaicBorder;
-    s.pairs = (area.width + 1) / 2 + kDemosaicBorder;
-    const int redRow = (phase.redRow - top) & 1;
-    s.parity = (phase.redColumn - left + redRow) & 1;
-    const auto within = [&](int row, int border) { return row >= border && row < height - border; };
-    for (int t = 0; t < height; ++t) {
-        float* const halves[2] = {s.mosaic.tap(t, 0, 0), s.mosaic.tap(t, 1, 0)};
-        source.split(top + t, left, s.pairs, halves[0], halves[1]);
-        for (float* half : halves) {
-            forPairs(s, [&](int k) { hn::StoreU(encoded(load(half + k), s.toe), kTag, half + k); });
-        }
-        if (within(t - 3, 3)) {
-            differences(s, t - 3);
-            diagonalDifferences(s, t - 3);
-        }
-        if (within(t - 4, 4)) {
-            directions(s, t - 4);
-            diagonalDirections(s, t - 4);
-        }
-        if (within(t - 5, 5)) green(s, t - 5);
-        if (within(t - 7, 7)) opposite(s, t - 7);
-        const int row = t - kDemosaicBorder;
-        if (!within(row, kDemosaicBorder)) continue;
-        const std::ptrdiff_t at = (row - kDemosaicBorder) * stride;
-        finish(s, row, (row & 1) == redRow, planes[0] + at, planes[1] + at, planes[2] + at);
-        if (finished) finished(row - kDemosaicBorder);
+void encodeRow(Step s, float* row) {
+    const float toe = s.toe;
+    forPairs(s, [&](int k) { hn::StoreU(encoded(load(row + k), toe), kTag, row + k); });
+}
+
+// What the row `t`, the newest of the mosaic, makes possible.
+void advance(Step s, int t) {
+    const auto reaches = [&](int border) { return t - 2 * border >= s.begin; };
+    // Calls the version for the parity of red or blue in the row.
+    const auto forParity = [&](int row, auto&& zero, auto&& one) {
+        s.colourParity(row) == 0 ? zero(s, row) : one(s, row);
+    };
+    if (reaches(3)) {
+        highPasses(s, t - 3);
+        directions(s, t - 3);
+        forParity(t - 3, diagonalDifferences<0>, diagonalDifferences<1>);
+    }
+    if (reaches(4)) forParity(t - 4, diagonalDirections<0>, diagonalDirections<1>);
+    if (reaches(5)) forParity(t - 5, green<0>, green<1>);
+    if (reaches(7)) forParity(t - 7, opposite<0>, opposite<1>);
+}
+
+// The rows above `end`, after those that were worked through before.
+void work(Step s, const SplitRows& source, int end, float* const* planes, std::ptrdiff_t stride,
+          const std::function<void(int)>& finished) {
+    const int top = std::max(s.begin + kDemosaicBorder, s.next - kDemosaicBorder);
+    for (; s.next < end + kDemosaicBorder; ++s.next) {
+        float* const halves[2] = {s.mosaic.tap(s.next, 0, 0), s.mosaic.tap(s.next, 1, 0)};
+        source.split(s.next, s.left, s.pairs, halves[0], halves[1]);
+        encodeRow(s, halves[0]);
+        encodeRow(s, halves[1]);
+        advance(s, s.next);
+        const int row = s.next - kDemosaicBorder;
+        if (row < top) continue;
+        const std::ptrdiff_t at = (row - top) * stride;
+        const bool isRedRow = (row & 1) == s.redRow;
+        float *own = planes[isRedRow ? 0 : 2] + at, *other = planes[isRedRow ? 2 : 0] + at;
+        if (s.colourParity(row) == 0)
+            finish<0>(s, row, own, planes[1] + at, other);
+        else
+            finish<1>(s, row, own, planes[1] + at, other);
+        if (finished) finished(row - top);
     }
 }
 
@@ -328,7 +373,21 @@ BayerDemosaic::~BayerDemosaic() = default;
 void BayerDemosaic::run(const SplitRows& source, BayerPhase phase, const SensorRect& area,
                         float toe, float* const (&planes)[3], std::ptrdiff_t stride,
                         const std::function<void(int)>& finished) {
-    HWY_DYNAMIC_DISPATCH(work)(*rings_, source, phase, area, toe, planes, stride, finished);
+    DemosaicRings& s = *rings_;
+    s.toe = toe;
+    s.left = area.left - kDemosaicBorder;
+    s.pairs = (area.width + 1) / 2 + kDemosaicBorder;
+    s.redRow = phase.redRow;
+    s.parity = (phase.redColumn - s.left + s.redRow) & 1;
+    s.begin = s.next = area.top - kDemosaicBorder;
+    HWY_DYNAMIC_DISPATCH(work)(s, source, area.bottom(), planes, stride, finished);
+}
+
+void BayerDemosaic::goOn(const SplitRows& source, int height, float* const (&planes)[3],
+                         std::ptrdiff_t stride, const std::function<void(int)>& finished) {
+    DemosaicRings& s = *rings_;
+    HWY_DYNAMIC_DISPATCH(work)
+    (s, source, s.next - kDemosaicBorder + height, planes, stride, finished);
 }
 
 } // namespace kelvaro

@@ -35,7 +35,7 @@ public:
     virtual void split(int row, int column, int pairs, float* even, float* odd) const = 0;
 };
 
-// Works through a rectangle row by row with the last 16 rows of every intermediate plane at hand,
+// Works through a rectangle row by row with the last few rows of every intermediate plane at hand,
 // so that they stay in the second level cache. One thread at a time.
 class BayerDemosaic {
 public:
@@ -50,6 +50,10 @@ public:
     void run(const SplitRows& source, BayerPhase phase, const SensorRect& area, float toe,
              float* const (&planes)[3], std::ptrdiff_t stride,
              const std::function<void(int)>& finished = {});
+    // The next `height` rows below those that were worked through last, from the same source: the
+    // same values, but nothing is worked out twice.
+    void goOn(const SplitRows& source, int height, float* const (&planes)[3], std::ptrdiff_t stride,
+              const std::function<void(int)>& finished = {});
 
 private:
     struct Rings;

@@ -9,12 +9,14 @@
 
 #include <tbb/blocked_range2d.h>
 #include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cmath>
 #include <memory>
+#include <utility>
 
 namespace kelvaro {
 
@@ -61,7 +63,8 @@ public:
           picture_(sensor, halves_ ? 1 : usedReduction(sensor, settings.reduction)),
           places_(picture_.sensor(), picture_.reduction()),
           size_(pictureSize(picture_.sensor(), usedReduction(sensor, settings.reduction))),
-          colour_(sensor) {
+          colour_(sensor),
+          workshops_(workshopsFor(settings)) {
         finishing_.toe = picture_.toe() * float(std::exp2(sensor.exposureStops));
         if (!settings.captureOnly) {
             finishing_.sharpening = sharpeningOf(settings.sharpness, picture_.reduction());
@@ -80,18 +83,20 @@ public:
     // What one tile may cover, so that it fits the workshop with its border.
     int tileWidth() const { return tileSide(Workshop::kWidth); }
     int tileHeight() const {
-        // What is only halved passes over its rows several times, and reaches for few others.
-        const bool isLow = picture_.reduction() == 2 && border() == 0;
+        // What is only halved passes over its rows several times, and reaches for few others. What
+        // goes on from tile to tile reaches for none twice.
+        const bool isLow = (picture_.reduction() == 2 && border() == 0) || goesOn();
         return std::min(tileSide(Workshop::kHeight), isLow ? kLowTile : kTile);
     }
 
     // One tile of the picture, in its own coordinates before orientation.
     void tile(const SensorRect& tile, const UprightWriter& writer) const {
+        if (goesOn() && writer.place(tile, 0)) return tileBelow(tile, writer);
         const WorkshopPool::Lease lease(workshops_);
         Workshop& shop = *lease;
-        const int border = this->border(), scale = halves_ ? 2 : 1;
-        const SensorRect wide{scale * tile.left - border, scale * tile.top - border,
-                              scale * tile.width + 2 * border, scale * tile.height + 2 * border};
+        const int scale = halves_ ? 2 : 1;
+        const SensorRect wide = withBorder(
+            {scale * tile.left, scale * tile.top, scale * tile.width, scale * tile.height});
         std::optional<TileOffsets> offsets;
         if (blotches_) offsets.emplace(*blotches_, places_, wide);
         const int finished = Finishing::border(finishing_);
@@ -101,13 +106,10 @@ public:
         Finishing::Target target{{planes[0], planes[1], planes[2]}, Workshop::kStride};
         // Straight to where it belongs, if nothing is to be done with it on the way.
         const bool isDirect = finished > 0 && !halves_ && writer.place(tile, 0);
-        if (isDirect) {
-            target = {{writer.place(tile, 0), writer.place(tile, 1), writer.place(tile, 2)},
-                      writer.stride()};
-        }
-        finish(
-            wide, shop,
-            {wide.width, wide.height, noise_, finishing_, target, offsets ? &*offsets : nullptr});
+        if (isDirect) target = targetOf(tile, writer);
+        finish(wide, shop,
+               {wide.width, wide.height, noise_, finishing_, target, offsets ? &*offsets : nullptr,
+                0});
         if (isDirect) return;
         if (halves_) {
             for (float* plane : planes)
@@ -119,13 +121,59 @@ public:
 private:
     static constexpr int kTile = 256, kLowTile = 64; // rows of a tile at most
 
-    // Makes the rectangle and finishes it, each row while it is in the cache where that can be.
+    // One for each thread; and one for each column of tiles of what is read from top to bottom.
+    std::size_t workshopsFor(const RawDevelopSettings& settings) const {
+        const int threads = tbb::this_task_arena::max_concurrency();
+        constexpr int kNarrowest = Workshop::kWidth - 64; // tiles with the widest border
+        return std::size_t(threads + (settings.streamed ? size_.width / kNarrowest + 1 : 0));
+    }
+    // Whether tiles are made row by row and straight to where they belong, so that one can go on
+    // where the one above it ended.
+    bool goesOn() const { return finishesRows() && !halves_ && picture_.sensor().orientation <= 1; }
+    bool finishesRows() const {
+        return picture_.makesRows() && places_.isIdentity() && Finishing::border(finishing_) > 0;
+    }
+
+    SensorRect withBorder(const SensorRect& r) const {
+        const int border = this->border();
+        return {r.left - border, r.top - border, r.width + 2 * border, r.height + 2 * border};
+    }
+    static Finishing::Target targetOf(const SensorRect& tile, const UprightWriter& writer) {
+        return {{writer.place(tile, 0), writer.place(tile, 1), writer.place(tile, 2)},
+                writer.stride()};
+    }
+
+    // A tile that goes on with the one above it, if there is a workshop that made it.
+    void tileBelow(const SensorRect& tile, const UprightWriter& writer) const {
+        const WorkshopPool::Lease lease(workshops_, tile);
+        Workshop& shop = *lease;
+        const FinishedColumns above = std::exchange(shop.finished, {});
+        const bool goesOn = above.width > 0;
+        const int top = goesOn ? above.top : tile.top;
+        const SensorRect wide = withBorder({tile.left, top, tile.width, tile.bottom() - top});
+        const int done = goesOn ? wide.height - tile.height : 0;
+        std::optional<TileOffsets> offsets;
+        if (blotches_) offsets.emplace(*blotches_, places_, wide);
+        finishRows({wide.left, wide.top + done, wide.width, wide.height - done}, done, shop,
+                   {wide.width, wide.height, noise_, finishing_, targetOf(tile, writer),
+                    offsets ? &*offsets : nullptr, tile.top - top});
+        if (tile.bottom() < rows()) shop.finished = {tile.left, tile.width, top, tile.bottom()};
+    }
+
+    // Makes rows after the `done` first ones and finishes each while it is in the cache.
+    void finishRows(const SensorRect& rows, int done, Workshop& shop,
+                    const Finishing::Job& job) const {
+        picture_.makeRows(rows, done > 0, shop,
+                          [&](int row, float* red, float* green, float* blue) {
+                              toWorkingColours(rows, row, {red, green, blue, nullptr});
+                              shop.finishing.addRow(job, done + row, red, green, blue);
+                          });
+    }
+
+    // Makes the rectangle and finishes it.
     void finish(const SensorRect& wide, Workshop& shop, const Finishing::Job& job) const {
-        if (picture_.makesRows() && places_.isIdentity() && Finishing::border(finishing_) > 0) {
-            picture_.makeRows(wide, shop, [&](int row, float* red, float* green, float* blue) {
-                toWorkingColours(wide, row, {red, green, blue, nullptr});
-                shop.finishing.addRow(job, row, red, green, blue);
-            });
+        if (finishesRows()) {
+            finishRows(wide, 0, shop, job);
             return;
         }
         make(wide, shop);
@@ -296,9 +344,11 @@ std::optional<Raster> develop(const SensorImage& sensor, const RawDevelopSetting
     const TileView target = raster.view();
     const auto [across, down] = development.tiles();
     std::atomic<bool> stopped{false};
-    tbb::parallel_for(tbb::blocked_range2d<int>(0, down, 0, across), [&](const auto& range) {
-        for (int r = range.rows().begin(); r < range.rows().end(); ++r) {
-            for (int c = range.cols().begin(); c < range.cols().end(); ++c) {
+    constexpr int kRowsTogether = 16; // of tiles: each goes on where the one above it ended
+    const tbb::blocked_range2d<int> tiles(0, down, kRowsTogether, 0, across, 1);
+    tbb::parallel_for(tiles, [&](const auto& range) {
+        for (int c = range.cols().begin(); c < range.cols().end(); ++c) {
+            for (int r = range.rows().begin(); r < range.rows().end(); ++r) {
                 if (stopped || (cancellation && cancellation->isCancelled())) {
                     stopped = true;
                     return;

@@ -57,7 +57,7 @@ void Finishing::resize(int width) {
 void Finishing::run(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
                     const NoiseModel& noise, const FinishingSettings& settings,
                     const Target& target, const ColourOffsets* offsets) {
-    const Job job{width, height, noise, settings, target, offsets};
+    const Job job{width, height, noise, settings, target, offsets, 0};
     for (int row = 0; row < height; ++row) {
         const std::ptrdiff_t in = row * stride;
         addRow(job, row, planes[0] + in, planes[1] + in, planes[2] + in);
@@ -89,11 +89,11 @@ void Finishing::addRow(const Job& job, int t, const float* red, const float* gre
     }
     if (reduces) reduceColourNoise(t, y, job.noise);
     const int done = t - lag;
-    if (done < lag) return;
+    if (done < lag + job.above) return;
     const float* parts[2];
     for (int c = 0; c < 2; ++c)
         parts[c] = (reduces ? ring(colour_[c].sum) : level0(c)).row(done) + lag;
-    const std::ptrdiff_t out = (done - lag) * job.target.stride;
+    const std::ptrdiff_t out = (done - lag - job.above) * job.target.stride;
     joinColours((sharpens ? sharpened : y).row(done) + lag, parts[0], parts[1], settings.toe,
                 job.target.planes[0] + out, job.target.planes[1] + out, job.target.planes[2] + out,
                 w - 2 * std::size_t(lag));
@@ -174,9 +174,16 @@ void Finishing::sample(const float* const (&planes)[3], std::ptrdiff_t stride, i
 NoiseModel noiseModel(std::vector<Finishing::Sample> samples) {
     NoiseModel model;
     if (samples.size() < 1000) return model;
-    std::sort(samples.begin(), samples.end(),
-              [](const auto& a, const auto& b) { return a.luminance < b.luminance; });
+    // The darker half of the samples, the lighter half, and the middle of each in its place.
     const std::size_t half = samples.size() / 2;
+    const auto settle = [&](std::size_t from, std::size_t place, std::size_t to) {
+        const auto at = [&](std::size_t i) { return samples.begin() + std::ptrdiff_t(i); };
+        std::nth_element(at(from), at(place), at(to),
+                         [](const auto& a, const auto& b) { return a.luminance < b.luminance; });
+    };
+    settle(0, half, samples.size());
+    settle(0, half / 2, half);
+    settle(half, half + half / 2, samples.size());
     // Of the magnitudes of Gaussian noise, a third lie below 0.43 of its standard deviation and
     // half below 0.6745. Luminance has texture everywhere, so its noise is taken from the quieter
     // third.

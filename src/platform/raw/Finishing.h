@@ -50,13 +50,15 @@ public:
     void run(const float* const (&planes)[3], std::ptrdiff_t stride, int width, int height,
              const NoiseModel& noise, const FinishingSettings& settings, const Target& target,
              const ColourOffsets* offsets = nullptr);
-    // The same row by row, in their order from 0 on.
+    // The same row by row, in their order from 0 on. Of what is finished the first `above` rows
+    // stand above the target: rows may go on from one target to the one below it.
     struct Job {
         int width, height;
         const NoiseModel& noise;
         const FinishingSettings& settings;
         Target target;
         const ColourOffsets* offsets = nullptr;
+        int above = 0;
     };
     void addRow(const Job& job, int row, const float* red, const float* green, const float* blue);
     // What a tile contributes to the measurement: its interior's encoded luminance and details, one

@@ -44,7 +44,8 @@ StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettin
       sampleBytes_(bytesOf(sensor)),
       development_(sensor, settings),
       tiles_(development_.tiles()),
-      capacity_(capacityOf(development_, sensor.orientation)) {}
+      capacity_(capacityOf(development_, sensor.orientation)),
+      wasRead_(std::size_t(tiles_.width) * std::size_t(tiles_.height)) {}
 
 StreamedSource::~StreamedSource() {
     for (const auto& tile : kept_)
@@ -82,8 +83,7 @@ void StreamedSource::forgetOldest() const {
 }
 
 // Null while another thread makes the tile, unless `waits` is set.
-std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int row,
-                                                                 bool waits) const {
+std::shared_ptr<StreamedSource::Tile> StreamedSource::made(int column, int row, bool waits) const {
     const int index = row * tiles_.width + column;
     auto tile = std::make_shared<Tile>();
     {
@@ -101,6 +101,7 @@ std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int
                 return now == places_.end() || (*now->second)->isReady;
             });
         }
+        readsAgain_ = readsAgain_ || wasRead_[std::size_t(index)];
         tile->index = index;
         kept_.push_front(tile);
         places_[index] = kept_.begin();
@@ -119,12 +120,14 @@ std::shared_ptr<const StreamedSource::Tile> StreamedSource::made(int column, int
     }
     const std::lock_guard guard(lock_);
     tile->isReady = true;
+    tile->unread = std::int64_t(tile->pixels.rect.width) * tile->pixels.rect.height;
     forgetOldest();
     finished_.notify_all();
     return tile;
 }
 
-void StreamedSource::copyPart(const Tile& tile, const TileView& wanted) {
+// How many pixels they were.
+std::int64_t StreamedSource::copyPart(const Tile& tile, const TileView& wanted) {
     const ConstTileView from = tile.pixels;
     const PixelRect &place = from.rect, part = intersection(place, wanted.rect);
     const int firstFrom = place.y + place.height - (part.y + part.height);
@@ -134,23 +137,44 @@ void StreamedSource::copyPart(const Tile& tile, const TileView& wanted) {
             std::copy_n(from.row(plane, firstFrom + y) + (part.x - place.x), part.width,
                         wanted.row(plane, firstTo + y) + (part.x - wanted.rect.x));
     }
+    return std::int64_t(part.width) * part.height;
 }
 
-// What another thread is making is taken last: two that read rows of the same tiles would make them
-// in turn otherwise, one waiting for the other.
+// A tile that was read to its end is let go of at once, so that the next one is made in memory that
+// the caches still hold; not where readers overlap, who would have it made again.
+void StreamedSource::take(const std::shared_ptr<Tile>& tile, const TileView& wanted) const {
+    const std::int64_t count = copyPart(*tile, wanted);
+    const std::lock_guard guard(lock_);
+    tile->unread -= count;
+    readsAgain_ = readsAgain_ || tile->unread < 0;
+    const auto place = places_.find(tile->index);
+    if (tile->unread != 0 || readsAgain_ || place == places_.end() || *place->second != tile)
+        return;
+    wasRead_[std::size_t(tile->index)] = true;
+    kept_.erase(place->second);
+    places_.erase(place);
+    if (tile.use_count() == 1) memory_->giveBack(std::move(tile->memory));
+}
+
+// What another thread is making is taken last, and with it what stands below: two that read rows of
+// the same tiles would make them in turn otherwise, one waiting for the other, and no tile could go
+// on with the one above it.
 void StreamedSource::read(const TileView& wanted) const {
     std::vector<std::pair<int, int>> underWay;
-    for (int row = 0; row < tiles_.height; ++row) {
-        for (int column = 0; column < tiles_.width; ++column) {
+    for (int column = 0; column < tiles_.width; ++column) {
+        bool waits = false;
+        for (int row = 0; row < tiles_.height; ++row) {
             if (intersection(development_.tile(column, row), wanted.rect).isEmpty()) continue;
-            if (const auto tile = made(column, row, false))
-                copyPart(*tile, wanted);
+            const auto tile = waits ? nullptr : made(column, row, false);
+            waits = !tile;
+            if (tile)
+                take(tile, wanted);
             else
                 underWay.emplace_back(column, row);
         }
     }
     for (const auto& [column, row] : underWay)
-        copyPart(*made(column, row, true), wanted);
+        take(made(column, row, true), wanted);
 }
 
 } // namespace kelvaro

@@ -32,13 +32,15 @@ public:
 private:
     struct Tile {
         int index = 0;
-        bool isReady = false; // false while another thread makes it
+        bool isReady = false;    // false while another thread makes it
+        std::int64_t unread = 0; // pixels
         AlignedFloats memory;
         TileView pixels;
     };
     using Kept = std::list<std::shared_ptr<Tile>>; // the latest first
-    std::shared_ptr<const Tile> made(int column, int row, bool waits) const;
-    static void copyPart(const Tile& tile, const TileView& wanted);
+    std::shared_ptr<Tile> made(int column, int row, bool waits) const;
+    static std::int64_t copyPart(const Tile& tile, const TileView& wanted);
+    void take(const std::shared_ptr<Tile>& tile, const TileView& wanted) const;
     void forget(int index) const;
     void forgetOldest() const;
 
@@ -52,6 +54,8 @@ private:
     mutable std::condition_variable finished_;
     mutable Kept kept_;
     mutable std::unordered_map<int, Kept::iterator> places_;
+    mutable std::vector<bool> wasRead_; // tiles that were let go of because all of them was read
+    mutable bool readsAgain_ = false;   // some pixels were asked for twice
 };
 
 } // namespace kelvaro

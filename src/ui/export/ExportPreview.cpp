@@ -38,6 +38,12 @@ ExportPreview::ExportPreview(const Appearance& appearance, QWidget* parent)
 
 void ExportPreview::setPhoto(const QImage& photo) {
     photo_ = photo;
+    setFailure({});
+}
+
+void ExportPreview::setFailure(const QString& why) {
+    failure_ = why;
+    setAccessibleDescription(why);
     update();
 }
 
@@ -77,7 +83,12 @@ void ExportPreview::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(theme.canvas);
     painter.drawRoundedRect(rect(), measure::controlRadius, measure::controlRadius);
-    if (photo_.isNull()) return;
+    if (photo_.isNull()) {
+        painter.setPen(theme.secondary);
+        painter.drawText(rect().adjusted(air, air, -air, -air), Qt::AlignCenter | Qt::TextWordWrap,
+                         failure_);
+        return;
+    }
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     QRectF room = QRectF(rect()).adjusted(air, air, -air, -air);
     if (hasStamp()) {

@@ -16,7 +16,8 @@ class ExportPreview final : public QWidget {
 public:
     explicit ExportPreview(const Appearance& appearance, QWidget* parent = nullptr);
 
-    void setPhoto(const QImage& photo);
+    void setPhoto(const QImage& photo);  // null: none yet
+    void setFailure(const QString& why); // in the photo's place
     void setDay(std::chrono::year_month_day day);
     void show(const ExportSettings& settings);
     using QWidget::show;
@@ -33,6 +34,7 @@ private:
 
     const Appearance& appearance_;
     QImage photo_;
+    QString failure_;
     std::chrono::year_month_day day_{};
     ExportSettings settings_;
 };

@@ -273,14 +273,14 @@ void LibraryPage::showSelection() {
 }
 
 void LibraryPage::tellSelection() {
-    PhotoSet chosen;
+    PhotoSet::Urls chosen;
     const std::vector<int> selected = grid_->selection().indexes();
     chosen.reserve(selected.size());
     for (const int index : selected)
         chosen.insert(content_.photo(index).url);
     finder_.cancel();
     telling_ = true;
-    lib_.setSelection(std::move(chosen));
+    lib_.setSelection(PhotoSet(std::move(chosen)));
     telling_ = false;
 }
 

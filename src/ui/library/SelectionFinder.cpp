@@ -16,7 +16,7 @@ SelectionFinder::SelectionFinder(const LibraryGridContent& content) : content_(c
     QObject::connect(&slices_, &QTimer::timeout, &slices_, [this] { look(slice); });
 }
 
-void SelectionFinder::begin(const PhotoSet& photos, CellRange onScreen) {
+void SelectionFinder::begin(PhotoSet photos, CellRange onScreen) {
     cancel();
     found_.clear();
     if (photos.size() < fewPhotos) {
@@ -26,10 +26,10 @@ void SelectionFinder::begin(const PhotoSet& photos, CellRange onScreen) {
         std::ranges::sort(found_);
         return onFound(found_);
     }
-    photos_ = &photos;
+    photos_ = std::move(photos);
     if (content_.count() <= smallGrid) return finish();
     for (int index = onScreen.first; index < std::min(onScreen.last, content_.count()); ++index) {
-        if (photos.contains(content_.photo(index).url)) found_.push_back(index);
+        if (photos_->contains(content_.photo(index).url)) found_.push_back(index);
     }
     onFound(found_);
     found_.clear();
@@ -52,7 +52,7 @@ void SelectionFinder::finish() {
 
 void SelectionFinder::cancel() {
     slices_.stop();
-    photos_ = nullptr;
+    photos_.reset();
     next_ = 0;
 }
 

@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -18,9 +19,8 @@ public:
     explicit SelectionFinder(const LibraryGridContent& content);
 
     // Calls `onFound` before it returns, with all of them or with those of `onScreen`, and for a
-    // large selection again when all have been found. `photos` stays until the search has ended or
-    // another one begins.
-    void begin(const PhotoSet& photos, CellRange onScreen);
+    // large selection again when all have been found.
+    void begin(PhotoSet photos, CellRange onScreen);
     // The rest at once: somebody is about to work with the selection.
     void finish();
     void cancel();
@@ -31,7 +31,7 @@ private:
     void look(int count);
 
     const LibraryGridContent& content_;
-    const PhotoSet* photos_ = nullptr; // null: no search goes on
+    std::optional<PhotoSet> photos_; // while a search goes on
     std::vector<int> found_;
     int next_ = 0;
     QTimer slices_;

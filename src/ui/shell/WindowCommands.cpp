@@ -109,12 +109,15 @@ void MainWindow::beginExport() {
         sheet.preview().setDay(std::chrono::floor<std::chrono::days>(
             std::chrono::sys_seconds(std::chrono::seconds(seconds))));
     }
-    previewTicket_ =
-        parts_.thumbnails.request({first, editOf(first), previewPx}, ThumbnailPriority::visible,
-                                  [this](const ThumbnailResult& result) {
-                                      if (result)
-                                          exportSheet_->preview().setPhoto(imageOf(*result).copy());
-                                  });
+    const auto arrived = [this](const ThumbnailResult& result) {
+        ExportPreview& preview = exportSheet_->preview();
+        if (result)
+            preview.setPhoto(imageOf(*result).copy());
+        else
+            preview.setFailure(fromUtf8(result.error().message));
+    };
+    previewTicket_ = parts_.thumbnails.request({first, editOf(first), previewPx},
+                                               ThumbnailPriority::visible, arrived);
     sheet.begin(ExportSettings::load(parts_.settings, parts_.folders),
                 static_cast<int>(exporting_.size()), largestMegapixels(exporting_));
 }

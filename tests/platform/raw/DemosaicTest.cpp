@@ -116,6 +116,33 @@ TEST(Demosaic, VectorCodeEqualsThePlainForm) {
     }
 }
 
+TEST(Demosaic, GoesOnBelowAsIfItHadNotStopped) {
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> value(0, 1);
+    Picture picture{70, 61, {}};
+    for (int i = 0; i < 70 * 61 * 3; ++i)
+        picture.rgb.push_back(value(random));
+    const BayerPhase phase{1, 0};
+    const MosaicOf mosaic(picture, phase);
+    constexpr int stride = 128;
+    const auto whole = demosaiced(picture, phase, stride);
+    std::vector<float> parts(whole.size());
+    BayerDemosaic demosaic;
+    int top = 0;
+    for (const int rows : {5, 1, 30, 25}) {
+        float* out[3];
+        for (int c = 0; c < 3; ++c)
+            out[c] = parts.data() + (c * picture.height + top) * stride;
+        if (top == 0)
+            demosaic.run(mosaic, phase, {0, 0, 70, rows}, kLeastToe, {out[0], out[1], out[2]},
+                         stride);
+        else
+            demosaic.goOn(mosaic, rows, {out[0], out[1], out[2]}, stride);
+        top += rows;
+    }
+    EXPECT_EQ(parts, whole);
+}
+
 // The Kodak pictures as light, with their samples.
 struct KodakPicture {
     std::string name;
