@@ -32,12 +32,10 @@ std::string_view title(Aspect aspect) {
 std::optional<double> aspectRatio(Aspect aspect, bool portrait, PixelSize photo) {
     if (aspect == Aspect::free) return std::nullopt;
     const Entry& entry = entryOf(aspect);
-    double larger = entry.larger, smaller = entry.smaller;
-    if (aspect == Aspect::original) {
-        larger = std::max({photo.width, photo.height, 1});
-        smaller = std::max(std::min(photo.width, photo.height), 1);
-    }
-    return portrait ? smaller / larger : larger / smaller;
+    const double ratio = aspect == Aspect::original
+                             ? double(std::max(photo.width, 1)) / std::max(photo.height, 1)
+                             : entry.larger / entry.smaller;
+    return portrait ? 1 / ratio : ratio;
 }
 
 std::string_view orientationTip(bool portrait) {

@@ -17,8 +17,8 @@ inline constexpr std::array allAspects{
 
 std::string_view title(Aspect aspect);
 
-// Width ÷ height of the crop; none for `free`. Lying, the larger number of the title comes first
-// (of the photo's sides for `original`), so that "landscape" is true of each; `portrait` inverts.
+// Width ÷ height of the crop; none for `free`. Lying, the larger number of the title comes first;
+// `original` is the photo's own shape, whichever way that stands. `portrait` inverts.
 std::optional<double> aspectRatio(Aspect aspect, bool portrait, PixelSize photo);
 
 // What the orientation toggle says, with its key.

@@ -10,7 +10,7 @@ namespace kelvaro {
 
 struct CropState {
     Aspect aspect = Aspect::free;
-    bool portrait = false; // a fixed ratio stands upright
+    bool portrait = false; // a fixed ratio is inverted, so that those of titles stand upright
     bool automatic = true; // the orientation follows the crop until the user chooses one
     bool dragging = false;
     bool rotating = false; // the drag turns the photo

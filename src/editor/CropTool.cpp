@@ -104,15 +104,20 @@ void CropTool::applyRatio(std::string name) {
     editor_.apply(std::move(name), withCropBox(edit, box, photo));
 }
 
+bool CropTool::standsUpright() const {
+    const auto own = state_.aspect == Aspect::original ? ratio() : std::nullopt;
+    return own ? *own < 1 : state_.portrait;
+}
+
 void CropTool::setAspect(Aspect aspect) {
+    const bool stood = standsUpright();
     state_.aspect = aspect;
-    const PixelSize photo = editor_.photo().size;
-    const Box crop = cropBox(editor_.edit(), photo);
+    const Box crop = cropBox(editor_.edit(), editor_.photo().size);
     // "Original" is first of all the photo's own shape, whatever was chosen before.
     if (aspect == Aspect::original)
-        state_.portrait = photo.height > photo.width;
-    else if (state_.automatic)
-        state_.portrait = crop.height > crop.width;
+        state_.portrait = false;
+    else
+        state_.portrait = state_.automatic ? crop.height > crop.width : stood;
     applyRatio(cropName);
 }
 
@@ -124,6 +129,7 @@ void CropTool::togglePortrait() {
 
 void CropTool::reset() {
     editor_.resetPanel(AdjustmentSpec::Group::crop);
+    state_.portrait = standsUpright();
     state_.aspect = Aspect::free;
     state_.automatic = true;
 }

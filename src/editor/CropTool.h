@@ -15,6 +15,9 @@ public:
 
     const CropState& state() const { return state_; }
     std::optional<CropHandle> active() const { return active_; }
+    // What the orientation toggle shows: of "Original" what its shape is, which for an upright
+    // photo is upright while `portrait`, which inverts, is not set.
+    bool standsUpright() const;
 
     // The crop as drawn, in upright view points (y up, 0 at the view's upper edge); none where
     // there is nothing to draw.

@@ -173,6 +173,10 @@ TEST(CropAspect, TitlesRatiosAndOrientation) {
         EXPECT_NEAR(*aspectRatio(c.aspect, false, {600, 400}), c.landscape, 1e-12);
         EXPECT_NEAR(*aspectRatio(c.aspect, true, {600, 400}), 1 / c.landscape, 1e-12);
     }
+    // An upright photo's own shape is upright, and only that one is.
+    EXPECT_NEAR(*aspectRatio(Aspect::original, false, {400, 600}), 400 / 600.0, 1e-12);
+    EXPECT_NEAR(*aspectRatio(Aspect::original, true, {400, 600}), 600 / 400.0, 1e-12);
+    EXPECT_NEAR(*aspectRatio(Aspect::fourToFive, false, {400, 600}), 1.25, 1e-12);
     EXPECT_EQ(title(Aspect::free), "Free");
     EXPECT_EQ(aspectRatio(Aspect::free, false, {600, 400}), std::nullopt);
 }

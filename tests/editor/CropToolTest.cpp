@@ -79,10 +79,36 @@ TEST(CropTool, AspectsApplyAtOnce) {
     tool.togglePortrait();
     EXPECT_NEAR(shape(), 0.8, 1e-6);
     EXPECT_EQ(orientationTip(tool.state().portrait), "Portrait (click for landscape)");
+    EXPECT_TRUE(tool.standsUpright());
     tool.setAspect(Aspect::original);
     EXPECT_NEAR(shape(), 1000.0 / 600, 1e-6);
     tool.reset();
     EXPECT_EQ(editor.model.edit(), Adjustments());
+}
+
+// "Original" of an upright photo is upright; the toggle lays it down and says what is seen.
+TEST(CropTool, OriginalFollowsAnUprightPhoto) {
+    test::OpenEditor editor({}, {600, 1000});
+    CropTool tool(editor.model);
+    const auto shape = [&] {
+        const Box crop = cropBox(editor.model.edit(), {600, 1000});
+        return crop.width / crop.height;
+    };
+    tool.setAspect(Aspect::original);
+    EXPECT_NEAR(shape(), 0.6, 1e-6);
+    EXPECT_TRUE(tool.standsUpright());
+    tool.togglePortrait();
+    EXPECT_NEAR(shape(), 1 / 0.6, 1e-3);
+    EXPECT_FALSE(tool.standsUpright());
+    tool.setAspect(Aspect::fourToFive); // goes on lying, as the user chose
+    EXPECT_NEAR(shape(), 1.25, 1e-3);
+    tool.togglePortrait();
+    tool.setAspect(Aspect::original); // its own shape, whatever was chosen before
+    EXPECT_NEAR(shape(), 0.6, 1e-3);
+    EXPECT_TRUE(tool.standsUpright());
+    tool.reset();
+    tool.setAspect(Aspect::fourToFive);
+    EXPECT_NEAR(shape(), 0.8, 1e-3);
 }
 
 TEST(CropTool, ALineAlongTheHorizonMakesItLevel) {

@@ -1,4 +1,4 @@
-// An editor with a photo of 1000 × 600 open, without a window or a disk.
+// An editor with a photo open, of 1000 × 600 unless told otherwise, without a window or a disk.
 #pragma once
 
 #include "editor/EditorModel.h"
@@ -8,7 +8,10 @@
 namespace kelvaro::test {
 
 struct OpenEditor {
-    explicit OpenEditor(const Adjustments& stored = {}) { model.open(photo, stored); }
+    explicit OpenEditor(const Adjustments& stored = {}, PixelSize size = {1000, 600}) {
+        photo.size = size;
+        model.open(photo, stored);
+    }
 
     EditedPhoto photo{"/photos/a.jpg", {1000, 600}, false, 5000, 0};
     FakeEditStore store;

@@ -1,5 +1,7 @@
 #include "ui/editor/CanvasFrame.h"
 
+#include "ui/editor/FrameEnlarging.h"
+
 #include <cmath>
 
 namespace kelvaro {
@@ -110,6 +112,7 @@ void drawFrame(QPainter& painter, const CanvasFrame& frame, const QRectF& target
     }
     const bool isExact = isClose(target.width() * pixelRatio, frame.image.width()) &&
                          isClose(target.height() * pixelRatio, frame.image.height());
+    if (!isExact && drawEnlarged(painter, frame.image, target)) return;
     painter.setRenderHint(QPainter::SmoothPixmapTransform, !isExact);
     painter.drawImage(target, frame.image);
 }

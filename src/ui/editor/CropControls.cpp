@@ -74,14 +74,13 @@ CropControls::CropControls(const Appearance& appearance, QWidget* parent) : QWid
     column->addStretch(1);
 }
 
-void CropControls::show(const CropState& state, const Adjustments& edit, bool canChange,
+void CropControls::show(Aspect aspect, bool upright, const Adjustments& edit, bool canChange,
                         bool drawsHorizon) {
-    aspect_->setCurrentIndex(static_cast<int>(state.aspect));
-    orientation_->setIconName(state.portrait ? IconName::portrait : IconName::landscape);
-    orientation_->setToolTip(words(orientationTip(state.portrait)));
+    aspect_->setCurrentIndex(static_cast<int>(aspect));
+    orientation_->setIconName(upright ? IconName::portrait : IconName::landscape);
+    orientation_->setToolTip(words(orientationTip(upright)));
     orientation_->setAccessibleDescription(orientation_->toolTip());
-    orientation_->setEnabled(canChange && state.aspect != Aspect::free &&
-                             state.aspect != Aspect::square);
+    orientation_->setEnabled(canChange && aspect != Aspect::free && aspect != Aspect::square);
     straighten_->show(straightenRow(edit));
     horizon_->setHighlighted(drawsHorizon);
     for (QWidget* widget : {static_cast<QWidget*>(aspect_), static_cast<QWidget*>(straighten_),

@@ -16,7 +16,9 @@ class CropControls final : public QWidget {
 public:
     explicit CropControls(const Appearance& appearance, QWidget* parent = nullptr);
 
-    void show(const CropState& state, const Adjustments& edit, bool canChange, bool drawsHorizon);
+    // `upright`: how a crop of the chosen aspect stands.
+    void show(Aspect aspect, bool upright, const Adjustments& edit, bool canChange,
+              bool drawsHorizon);
     using QWidget::show;
     SliderRow* straighten() const { return straighten_; }
 

@@ -147,8 +147,8 @@ void EditorPage::leaveCrop(bool keeps) {
 void EditorPage::showTools() {
     const bool canChange = !model_.isReadOnly();
     if (mode() == Mode::crop && crop_)
-        inspector_->crop().show(crop_->tool().state(), model_.edit(), canChange,
-                                crop_->drawsHorizon());
+        inspector_->crop().show(crop_->tool().state().aspect, crop_->tool().standsUpright(),
+                                model_.edit(), canChange, crop_->drawsHorizon());
     if (mode() == Mode::masks) inspector_->masks().show(model_.edit(), mask_.state(), canChange);
     inspector_->showStraighten(model_.edit(), canChange);
     canvas_->update();

@@ -1,6 +1,8 @@
 // Picture memory that waits for the next picture is nobody else's meanwhile.
 #include "platform/PixelMemory.h"
 
+#include "platform/FreeMemory.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -52,6 +54,34 @@ TEST(PixelMemory, IsHandedOutOnlyOnce) {
         thread.join();
     EXPECT_EQ(wrong, 0);
     releaseSparePixels();
+}
+
+// Pictures of many sizes, one after another as somebody walks through a folder: what waits never
+// grows beyond its bound, goes when that is asked for, and serves the next picture of its size.
+TEST(PixelMemory, KeepsABoundedAmount) {
+    releaseSparePixels();
+    EXPECT_EQ(sparePixelBytes(), 0u);
+    std::mt19937 random(11);
+    std::vector<PixelMemory> held;
+    for (int photo = 0; photo < 400; ++photo) {
+        const std::size_t most = photo % 7 == 0 ? 300 : 40;
+        held.push_back(PixelMemory(allocatePixels(kMiB * (1 + random() % most))));
+        if (held.size() > 6) held.erase(held.begin() + random() % 6);
+        ASSERT_LE(sparePixelBytes(), mostSparePixelBytes) << photo;
+    }
+    const bool keepsAny = sparePixelBytes() > 0; // builds that look for faults keep none
+    held.clear();
+    EXPECT_LE(sparePixelBytes(), mostSparePixelBytes);
+    PixelMemory(allocatePixels(mostSparePixelBytes + 8 * kMiB)).reset();
+    EXPECT_LE(sparePixelBytes(), mostSparePixelBytes);
+    releaseSparePixels();
+    EXPECT_EQ(sparePixelBytes(), 0u);
+    if (!keepsAny) return;
+    PixelMemory(allocatePixels(5 * kMiB)).reset();
+    const std::size_t waits = sparePixelBytes();
+    EXPECT_GE(waits, 5 * kMiB);
+    const PixelMemory again(allocatePixels(5 * kMiB));
+    EXPECT_EQ(sparePixelBytes(), 0u);
 }
 
 } // namespace
