@@ -68,61 +68,116 @@ TEST_F(EditorTrouble, SavesOnceAnUnpluggedDriveIsBack) {
     EXPECT_EQ(model().presence(), PhotoPresence::here);
 }
 
-// Frames go on while caches are emptied under a drag, and what stays is the picture that a fresh
-// start shows.
-// A mask that somebody painted for long, and all of it taken back step by step and done again.
+// A mask that somebody painted for long, and all of it taken back step by step and done again:
+// every step is its own, on the canvas and on the disk.
 TEST_F(EditorTrouble, SavesManyLargeStrokes) {
     openEditor(1);
-    constexpr int strokes = 60, points = 1000;
+    constexpr std::size_t strokes = 60, points = 1000;
+    const QImage unpainted = canvas().grab().toImage();
     SeededRandom random;
     model().change("Brush", [&](Adjustments& edit) {
         addMask(edit, MaskComponent::Kind::brush, model().photo().size, random);
         edit.masks.back().exposure = 0.5;
     });
-    for (int at = 0; at < strokes; ++at) {
+    const auto point = [](std::size_t stroke, std::size_t at) {
+        return MaskPoint{0.5 + 0.4 * std::cos(double(at) * 0.01 + double(stroke)),
+                         0.3 + 0.001 * double(stroke) * std::sin(double(at) * 0.02)};
+    };
+    for (std::size_t at = 0; at < strokes; ++at) {
         model().change("Paint", [&](Adjustments& edit) {
             BrushStroke& stroke = edit.masks.back().components.back().strokes.emplace_back();
-            for (int point = 0; point < points; ++point)
-                stroke.points.push_back({0.5 + 0.4 * std::cos(point * 0.01 + at),
-                                         0.3 + 0.001 * at * std::sin(point * 0.02)});
+            for (std::size_t in = 0; in < points; ++in)
+                stroke.points.push_back(point(at, in));
         });
         QApplication::processEvents();
     }
-    const Adjustments painted = model().edit();
+    // What the hand painted so far, whole.
+    const auto expectPainted = [&](const Adjustments& edit, std::size_t count) {
+        ASSERT_EQ(edit.masks.size(), 1u);
+        const auto& painted = edit.masks[0].components.back().strokes;
+        ASSERT_EQ(painted.size(), count);
+        for (std::size_t at = 0; at < count; ++at) {
+            ASSERT_EQ(painted[at].points.size(), points) << at;
+            for (const std::size_t in : {std::size_t(0), points / 2, points - 1})
+                ASSERT_EQ(painted[at].points[in], point(at, in)) << at;
+        }
+    };
     settleSaving();
     EXPECT_EQ(model().saveProblem(), "");
     PosixFileSystem files;
     const auto stored = [&] {
         return Sidecar(files, random).loadPhoto(shoot() / fileNameOf(openUrl()));
     };
-    EXPECT_TRUE(stored()->value().adjustments == painted);
-    while (model().canUndo())
+    ASSERT_NO_FATAL_FAILURE(expectPainted(model().edit(), strokes));
+    ASSERT_TRUE(stored()->has_value());
+    ASSERT_NO_FATAL_FAILURE(expectPainted(stored()->value().adjustments, strokes));
+    settleCanvas();
+    const QImage painted = canvas().grab().toImage();
+    EXPECT_GT(largestDifference(painted, unpainted), 20);
+    for (std::size_t left = strokes; left-- > 0;) {
         model().undo();
+        ASSERT_NO_FATAL_FAILURE(expectPainted(model().edit(), left)) << left;
+    }
+    model().undo(); // the mask
+    EXPECT_FALSE(model().canUndo());
+    EXPECT_EQ(model().edit(), Adjustments());
     settleSaving();
     EXPECT_FALSE(stored()->has_value());
-    while (model().canRedo())
+    settleCanvas();
+    EXPECT_EQ(largestDifference(canvas().grab().toImage(), unpainted), 0);
+    model().redo();
+    for (std::size_t count = 1; count <= strokes; ++count) {
         model().redo();
+        ASSERT_NO_FATAL_FAILURE(expectPainted(model().edit(), count)) << count;
+    }
+    EXPECT_FALSE(model().canRedo());
     settleSaving();
-    EXPECT_TRUE(stored()->value().adjustments == painted);
+    ASSERT_TRUE(stored()->has_value());
+    ASSERT_NO_FATAL_FAILURE(expectPainted(stored()->value().adjustments, strokes));
+    settleCanvas();
+    EXPECT_EQ(largestDifference(canvas().grab().toImage(), painted), 0);
 }
 
+// Of a picture as it is drawn, in steps of 8 bits.
+double averageGreen(const QImage& image) {
+    double sum = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            sum += qGreen(image.pixel(x, y));
+    }
+    return sum / std::max(1, image.width() * image.height());
+}
+
+// Caches are emptied under a drag: each frame still follows the hand, what was emptied is made
+// again, and what stays is the picture that a fresh start shows.
 TEST_F(EditorTrouble, GoesOnDrawingWhileMemoryIsShort) {
     openEditor(2);
     window->resize(800, 560); // the photo reduced
     settleCanvas();
+    const auto session = render->sessions().session(std::filesystem::path(openUrl()));
+    ASSERT_TRUE(session);
+    const auto made = [&] { return (*session)->counts().reductions; };
+    const auto madeBefore = made();
     SliderRow* row = this->row("exposure");
     QTest::mousePress(row, Qt::LeftButton, {}, QPoint(150, 20));
+    double light = 0;
+    int short_ = 0;
     for (int step = 1; step <= 40; ++step) {
         const std::uint64_t before = canvas().askedCount();
-        sendMove(row, QPointF(190 + step, 20));
         if (step % 4 == 0) {
             render->engine().pressure().post(step % 8 ? MemoryPressure::critical
                                                       : MemoryPressure::warning);
+            ++short_;
         }
+        sendMove(row, QPointF(190 + step, 20));
         until([&] { return canvas().frame().asked > before; });
+        const double shown = averageGreen(canvas().frame().image);
+        EXPECT_GT(shown, light) << "step " << step;
+        light = shown;
     }
     QTest::mouseRelease(row, Qt::LeftButton, {}, QPoint(230, 20));
     EXPECT_GT(model().edit().exposure, 0.5);
+    EXPECT_GE(made() - madeBefore, short_);
     settleCanvas();
     const QImage afterDrag = canvas().grab().toImage();
     settleSaving();
