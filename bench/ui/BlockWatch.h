@@ -22,7 +22,8 @@ public:
         std::string where; // our own functions that were running, innermost first
     };
 
-    BlockWatch(int& argc, char** argv, double limitMs = 50);
+    // Keeps blocks from `limitMs` on.
+    BlockWatch(int& argc, char** argv, double limitMs = 20);
     ~BlockWatch() override;
 
     bool notify(QObject* receiver, QEvent* event) override;

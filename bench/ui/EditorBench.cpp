@@ -179,12 +179,12 @@ private:
             model().change("Exposure",
                            [&](Adjustments& edit) { edit.exposure = 0.1 + 0.02 * round; });
             until([&] { return shown_.asked > before && shown_.stage != ViewStage::coarse; });
-            const QImage sharp = canvas().frame().image.copy();
-            const bool isSettled = canvas().frame().isFinal;
             times.first.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
+            const QImage sharp = canvas().frame().image; // shared, not copied
+            const bool isSettled = canvas().frame().isFinal;
             until([&] { return canvas().isSettled() && canvas().frame().isFinal; });
             times.second.milliseconds.push_back(double(clock.nsecsElapsed()) / 1e6);
-            if (round > 0 || isSettled) continue;
+            if (round > 0 || isSettled) continue; // the comparison takes long
             const Apart apart = Apart::between(sharp, canvas().frame().image);
             std::printf("    the full-quality frame is %.2f (p50), %.2f (p99) from the settled one "
                         "in colour (at most 1)\n",

@@ -223,11 +223,14 @@ void Child::use(double minutes) {
     pause(double(IdleMemory::rest.count()) + 2);
     const double rested = megabytes("VmRSS");
     const auto blocks = application_.blocks();
+    constexpr double most = 50;
     const auto busy =
-        std::ranges::count_if(blocks, [](const auto& block) { return block.busyMs > 50; });
+        std::ranges::count_if(blocks, [](const auto& block) { return block.busyMs > most; });
+    const auto byTheClock =
+        std::ranges::count_if(blocks, [](const auto& block) { return block.ms > most; });
     const auto inMegabytes = [](std::size_t bytes) { return double(bytes) / (1 << 20); };
     const struct mallinfo2 heap = ::mallinfo2();
-    std::printf("%zu %d %.0f %.0f %d %.0f %.0f %.0f %.0f %.0f\n", blocks.size(), done, atOnce,
+    std::printf("%d %d %.0f %.0f %d %.0f %.0f %.0f %.0f %.0f\n", int(byTheClock), done, atOnce,
                 megabytes("VmHWM"), int(busy), rested,
                 inMegabytes(services_.render().thumbnails().memoryBytes()),
                 inMegabytes(services_.render().sessions().bytes()),
