@@ -118,6 +118,17 @@ struct Spares {
         }
         return dropped;
     }
+    // Those that waited longest, until there are `size` bytes of them or nothing is left.
+    Spares dropped(std::size_t size) {
+        Spares oldest;
+        for (std::size_t at = most; at-- > 0 && oldest.bytes < size;) {
+            if (!blocks[at]) continue;
+            oldest.bytes += headerOf(blocks[at]).size;
+            oldest.blocks[at] = std::exchange(blocks[at], nullptr);
+        }
+        bytes -= oldest.bytes;
+        return oldest;
+    }
     void giveBack() const noexcept {
         for (std::byte* block : blocks)
             returned(block);
@@ -148,7 +159,9 @@ std::byte* allocatePixels(std::size_t bytes) {
     if (size >= kSpareBytes) {
         if (std::byte* spare = spares().with([&](Spares& kept) { return kept.taken(size); }))
             return spare;
-        if (size >= kLargeBytes) releaseSparePixels(); // never on top of what is kept
+        // Never on top of what is kept; and no more is returned than that takes, which is time.
+        if (size >= kLargeBytes)
+            spares().with([&](Spares& kept) { return kept.dropped(size); }).giveBack();
     }
     std::byte* memory = newBlock(size);
     if (!memory) { // where address space is limited, what waits may be all that is in the way
