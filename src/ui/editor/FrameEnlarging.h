@@ -1,5 +1,5 @@
 // Draws coarse frames as large as they are meant, smoothly: straight into the memory that the
-// painter fills, for a third of the work of the painter's own enlarging. Main thread.
+// painter fills, sooner than the painter's own enlarging does it. Main thread.
 #pragma once
 
 #include <QImage>
