@@ -89,11 +89,12 @@ void Finishing::addRow(const Job& job, int t, const float* red, const float* gre
     splitColours(red, green, blue, settings.toe, y.row(t), level0(0).row(t), level0(1).row(t), w);
     if (job.offsets) job.offsets->add(t, width, level0(0).row(t), level0(1).row(t));
     const int sharp = t - kSharpeningBorder;
-    if (!sharpens && sharp >= 0) std::copy_n(y.row(sharp), width, sharpened.row(sharp));
-    if (sharpens && sharp >= 0) {
-        smoothedRow(y, sharp, 1, scratch_[0].data(), sharpened.row(sharp));
-        sharpenLuminance(y.row(sharp), job.noise.luminance, kDefaultAmount * settings.sharpening,
-                         sharpened.row(sharp), w);
+    if (sharp >= 0 && sharpens) {
+        sharpenLuminance(y.row(sharp), smoothedDown(y, sharp, 1, scratch_[0].data()),
+                         job.noise.luminance, kDefaultAmount * settings.sharpening,
+                         sharpened.row(sharp), width);
+    } else if (sharp >= 0) {
+        std::copy_n(y.row(sharp), width, sharpened.row(sharp));
     }
     if (reduces) reduceColourNoise(t, job);
     const int done = t - lag;

@@ -128,15 +128,26 @@ void takeFromRow(const float* HWY_RESTRICT above, const float* HWY_RESTRICT belo
     }
 }
 
-void sharpenRow(const float* HWY_RESTRICT y, NoiseLine noise, float amount,
-                float* HWY_RESTRICT smooth, std::size_t count) {
-    const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
-    for (std::size_t i = 0; i < count; ++i) {
-        const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
-        const float limit = 2 * (noise.dark + t * (noise.light - noise.dark));
-        const float d = y[i] - smooth[i], square = d * d;
-        const float seen = square / (square + limit * limit + 1e-20f);
-        smooth[i] = y[i] + amount * d * seen / (1 + 14 * std::abs(d));
+void sharpenRow(const float* HWY_RESTRICT y, const float* HWY_RESTRICT down, NoiseLine noise,
+                float amount, float* HWY_RESTRICT out, int count) {
+    const hn::ScalableTag<float> tag;
+    const auto constant = [&](float v) HWY_ATTR { return hn::Set(tag, v); };
+    const auto slope = constant(1 / std::max(1e-6f, noise.lightAt - noise.darkAt));
+    const auto darkAt = constant(noise.darkAt), amounts = constant(amount);
+    const auto dark = constant(2 * noise.dark), range = constant(2 * (noise.light - noise.dark));
+    const auto zero = hn::Zero(tag), one = constant(1), tiny = constant(1e-20f),
+               strong = constant(14);
+    for (int x = 0; x < count; x += int(hn::Lanes(tag))) {
+        const auto here = hn::LoadU(tag, y + x);
+        const auto d = hn::Sub(here, splineAt(tag, down + x, 1));
+        const auto bent = hn::Mul(hn::Sub(here, darkAt), slope);
+        const auto limit = hn::MulAdd(hn::Min(hn::Max(bent, zero), one), range, dark);
+        const auto square = hn::Mul(d, d);
+        // Seen d² / (d² + limit²), and weakened by 1 + 14 |d|.
+        const auto bottom = hn::Mul(hn::Add(square, hn::MulAdd(limit, limit, tiny)),
+                                    hn::MulAdd(strong, hn::Abs(d), one));
+        const auto added = hn::Div(hn::Mul(hn::Mul(amounts, d), square), bottom);
+        hn::StoreU(hn::Add(here, added), tag, out + x);
     }
 }
 
@@ -164,9 +175,9 @@ void joinColours(const float* y, const float* u, const float* v, float toe, floa
     HWY_DYNAMIC_DISPATCH(joinRow)(y, u, v, toe, r, g, b, count);
 }
 
-void sharpenLuminance(const float* y, const NoiseLine& noise, float amount, float* smooth,
-                      std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(sharpenRow)(y, noise, amount, smooth, count);
+void sharpenLuminance(const float* y, const float* down, const NoiseLine& noise, float amount,
+                      float* out, int count) {
+    HWY_DYNAMIC_DISPATCH(sharpenRow)(y, down, noise, amount, out, count);
 }
 
 void shrinkDetails(const LevelRows& rows, Details use, int step, const NoiseLine (&noise)[2],

@@ -18,10 +18,11 @@ void splitColours(const float* r, const float* g, const float* b, float toe, flo
 void joinColours(const float* y, const float* u, const float* v, float toe, float* r, float* g,
                  float* b, std::size_t count);
 
-// In place from smoothed luminance to sharpened: less is added where the detail is no more than
-// noise, less where it is already strong.
-void sharpenLuminance(const float* y, const NoiseLine& noise, float amount, float* smooth,
-                      std::size_t count);
+// Sharpens a row of luminance, of which `down` is smoothed downwards with its edges repeated: less
+// is added where the detail is no more than noise, less where it is already strong. Rows have room
+// for a whole vector at their end.
+void sharpenLuminance(const float* y, const float* down, const NoiseLine& noise, float amount,
+                      float* out, int count);
 
 // A row of both colour differences at one level of the decomposition.
 struct LevelRows {
