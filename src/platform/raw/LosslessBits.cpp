@@ -21,7 +21,8 @@ bool HuffmanTable::set(std::span<const std::byte> counts, std::span<const std::b
             longest_ = std::max(longest_, length + category % kNoBits);
             if (length > kFastBits || category == kNoBits) continue;
             std::fill_n(fast_.begin() + std::ptrdiff_t(code << (kFastBits - length)),
-                        std::size_t(1) << (kFastBits - length), Entry(length, category));
+                        std::size_t(1) << (kFastBits - length),
+                        Entry{std::uint16_t((1 << category) - 1), std::uint8_t(length + category)});
         }
         endCode_[length] = int(code);
         code <<= 1;

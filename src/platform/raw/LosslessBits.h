@@ -15,23 +15,10 @@ namespace kelvaro {
 // Codes of one table.
 class HuffmanTable {
 public:
-    // What the bits that begin with a code stand for, in one word so that the next code is found
-    // soon: how many bits both the code and its difference have, the code's own, and what is added
-    // to differences that begin with a 0.
-    class Entry {
-    public:
-        Entry() = default;
-        Entry(int length, int category)
-            : word_(unsigned(1 - (1 << category)) << 16 | unsigned(length) << 8 |
-                    unsigned(length + category)) {}
-        // A code longer than kFastBits, none, or the difference that has no bits.
-        bool isRare() const { return word_ == 0; }
-        int total() const { return int(word_ & 63); }
-        int length() const { return int(word_ >> 8 & 63); }
-        int offset() const { return std::int32_t(word_) >> 16; }
-
-    private:
-        std::uint32_t word_ = 0;
+    // What the bits that begin with a code stand for.
+    struct Entry {
+        std::uint16_t mask = 0; // of the difference's bits, the last ones of `total`
+        std::uint8_t total = 0; // 0: a longer code than kFastBits, none, or kNoBits
     };
     struct Rare {
         int total = 0, difference = 0; // no bits: there is no such code
@@ -43,7 +30,7 @@ public:
     // `counts` of codes of 1 … 16 bits, then the categories in order. False when they are no code.
     bool set(std::span<const std::byte> counts, std::span<const std::byte> categories);
     // Of bits whose highest come next.
-    Entry find(std::uint64_t bits) const { return fast_[bits >> (64 - kFastBits)]; }
+    const Entry& find(std::uint64_t bits) const { return fast_[bits >> (64 - kFastBits)]; }
     Rare findRare(std::uint64_t bits) const;
 
 private:
@@ -78,19 +65,19 @@ public:
     }
     // The next one, which takes at most `table.longest()` bits of those that are ready.
     [[gnu::always_inline]] int difference(const HuffmanTable& table) {
-        const HuffmanTable::Entry entry = table.find(bits_);
-        if (entry.isRare()) [[unlikely]] {
+        const HuffmanTable::Entry& entry = table.find(bits_);
+        if (entry.total == 0) [[unlikely]] {
             const HuffmanTable::Rare rare = table.findRare(bits_);
             isSound_ = isSound_ && rare.total > 0;
             skip(rare.total);
             return rare.difference;
         }
-        const std::uint64_t own = bits_ << entry.length();
-        const int isNegative = int(~std::int64_t(own) >> 63); // all bits or none
-        // Two steps, as a difference of 0 has no bits at all.
-        const int magnitude = int(own >> 1 >> (63 - (entry.total() - entry.length())));
-        skip(entry.total());
-        return magnitude + (entry.offset() & isNegative);
+        const unsigned mask = entry.mask;
+        const unsigned own = unsigned(std::rotl(bits_, entry.total)) & mask;
+        skip(entry.total);
+        // Negative when it begins with a 0; compilers would make a branch of a condition.
+        const auto isNegative = unsigned(int(2 * own - mask - 1) >> 31); // all bits or none
+        return int(own - (mask & isNegative));
     }
     // Bits since the first byte, those not read again among them.
     std::size_t used() const { return std::size_t(at_ - first_) * 8 - std::size_t(count_); }

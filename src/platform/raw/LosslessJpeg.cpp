@@ -123,13 +123,15 @@ private:
 template<int kComponents, bool kShort, bool kSums>
 void readRow(BitReader& reader, const Frame& frame, std::uint16_t* row) {
     constexpr int kGroup = kComponents == 1 ? 2 : kComponents;
-    BitReader bits = reader; // a copy, which stays in registers
+    // Copies, which stay in registers.
+    BitReader bits = reader;
+    const std::array tables = frame.tables;
     std::array<unsigned, kComponents> last{};
     std::copy_n(row, kComponents, last.begin());
     const auto next = [&](int i) __attribute__((always_inline)) {
         if (!kShort || i % 2 == 0) bits.fill();
         const auto c = std::size_t(i % kComponents);
-        const auto difference = unsigned(bits.difference(*frame.tables[c]));
+        const auto difference = unsigned(bits.difference(*tables[c]));
         last[c] = kSums ? last[c] + difference : difference;
         return std::uint16_t(last[c]);
     };
