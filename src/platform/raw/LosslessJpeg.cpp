@@ -1,8 +1,9 @@
 #include "platform/raw/LosslessJpeg.h"
 
+#include "platform/raw/LosslessBits.h"
+
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -11,116 +12,6 @@ namespace kelvaro {
 namespace {
 
 constexpr int kMaximumComponents = 4;
-constexpr int kFastBits = 12;
-
-// Code lengths and categories of one Huffman table.
-class HuffmanTable {
-public:
-    bool isSet() const { return isSet_; }
-    // `counts` of codes of 1 … 16 bits, then the categories in order. False when they are no code.
-    bool set(std::span<const std::byte> counts, std::span<const std::byte> categories) {
-        unsigned code = 0;
-        std::size_t next = 0;
-        std::fill(fast_.begin(), fast_.end(), Entry{});
-        for (int length = 1; length <= 16; ++length) {
-            const auto count = std::to_integer<unsigned>(counts[std::size_t(length - 1)]);
-            firstCode_[length] = int(code);
-            firstIndex_[length] = int(next);
-            if (code + count > 1u << length || next + count > categories.size()) return false;
-            for (unsigned i = 0; i < count; ++i, ++code, ++next) {
-                const auto category = std::to_integer<std::uint8_t>(categories[next]);
-                if (category > 16) return false;
-                categories_[next] = category;
-                if (length > kFastBits) continue;
-                std::fill_n(fast_.begin() + std::ptrdiff_t(code << (kFastBits - length)),
-                            std::size_t(1) << (kFastBits - length),
-                            Entry{std::uint8_t(length), category});
-            }
-            endCode_[length] = int(code);
-            code <<= 1;
-        }
-        isSet_ = true;
-        return true;
-    }
-    struct Entry {
-        std::uint8_t length = 0, category = 0; // length 0: a longer code, or none
-    };
-    // The code that the 16 bits begin with.
-    Entry find(unsigned bits) const {
-        const Entry quick = fast_[bits >> (16 - kFastBits)];
-        if (quick.length) return quick;
-        for (int length = kFastBits + 1; length <= 16; ++length) {
-            const int code = int(bits >> (16 - length));
-            if (code < endCode_[length] && code >= firstCode_[length])
-                return {std::uint8_t(length),
-                        categories_[std::size_t(firstIndex_[length] + code - firstCode_[length])]};
-        }
-        return {};
-    }
-
-private:
-    bool isSet_ = false;
-    std::array<Entry, 1 << kFastBits> fast_{};
-    std::array<int, 17> firstCode_{}, endCode_{}, firstIndex_{};
-    std::array<std::uint8_t, 256> categories_{};
-};
-
-// The entropy-coded bits, without the zero bytes stuffed behind 0xff. Past the end come zeros.
-class BitReader {
-public:
-    explicit BitReader(std::span<const std::byte> data)
-        : at_(reinterpret_cast<const std::uint8_t*>(data.data())), end_(at_ + data.size()) {}
-    // At least 32 bits ready.
-    void fill() {
-        if (count_ >= 32) return;
-        if (end_ - at_ >= 8) {
-            std::uint32_t word;
-            std::memcpy(&word, at_, sizeof word);
-            const std::uint32_t inverse = ~word;
-            const bool hasMark = ((inverse - 0x01010101u) & ~inverse & 0x80808080u) != 0;
-            if (!hasMark) {
-                bits_ |= std::uint64_t(__builtin_bswap32(word)) << (32 - count_);
-                count_ += 32;
-                at_ += 4;
-                return;
-            }
-        }
-        while (count_ <= 56)
-            addByte();
-    }
-    unsigned peek16() const { return unsigned(bits_ >> 48); }
-    void skip(int n) {
-        bits_ <<= n;
-        count_ -= n;
-    }
-    // n is 1 … 16.
-    unsigned take(int n) {
-        const auto value = unsigned(bits_ >> (64 - n));
-        skip(n);
-        return value;
-    }
-    // Whether more was asked for than there is.
-    bool isOver() const { return added_ * 8 > count_; }
-
-private:
-    void addByte() {
-        std::uint64_t byte = 0;
-        if (at_ < end_ && !(at_[0] == 0xff && (end_ - at_ < 2 || at_[1] != 0))) {
-            byte = *at_;
-            at_ += byte == 0xff ? 2 : 1;
-        } else {
-            at_ = end_; // a marker ends the data
-            ++added_;
-        }
-        bits_ |= byte << (56 - count_);
-        count_ += 8;
-    }
-    const std::uint8_t* at_;
-    const std::uint8_t* end_;
-    std::uint64_t bits_ = 0;
-    int count_ = 0;
-    int added_ = 0;
-};
 
 struct Frame {
     int precision = 0, width = 0, height = 0, components = 0;
@@ -128,21 +19,6 @@ struct Frame {
     std::array<int, kMaximumComponents> identifiers{};
     std::array<const HuffmanTable*, kMaximumComponents> tables{};
 };
-
-int differenceFrom(BitReader& bits, const HuffmanTable& table, bool& isSound) {
-    bits.fill();
-    const HuffmanTable::Entry entry = table.find(bits.peek16());
-    if (entry.length == 0) {
-        isSound = false;
-        return 0;
-    }
-    bits.skip(entry.length);
-    const int n = entry.category;
-    if (n == 0) return 0;
-    if (n == 16) return 32768;
-    const int value = int(bits.take(n));
-    return value < 1 << (n - 1) ? value - (1 << n) + 1 : value;
-}
 
 int predicted(int predictor, int left, int above, int corner) {
     switch (predictor) {
@@ -241,48 +117,107 @@ private:
     std::array<HuffmanTable, 4> tables_;
 };
 
-// One row; `above` is null for the first.
-bool decodeRow(BitReader& bits, const Frame& frame, const std::uint16_t* above,
-               std::uint16_t* row) {
-    const int n = frame.components, samples = n * frame.width;
-    bool isSound = true;
-    for (int c = 0; c < n; ++c) {
-        const int start = above ? above[c] : 1 << (frame.precision - frame.shift - 1);
-        row[c] =
-            std::uint16_t(start + differenceFrom(bits, *frame.tables[std::size_t(c)], isSound));
+// Writes the differences of a row of `kComponents` side by side. Where `kSums`, each is added to
+// the one before of its component, and the first to what the row begins with. Where `kShort`, the
+// bits of one filling are enough for two.
+template<int kComponents, bool kShort, bool kSums>
+void readRow(BitReader& reader, const Frame& frame, std::uint16_t* row) {
+    constexpr int kGroup = kComponents == 1 ? 2 : kComponents;
+    // Copies, which stay in registers.
+    BitReader bits = reader;
+    const std::array tables = frame.tables;
+    std::array<unsigned, kComponents> last{};
+    std::copy_n(row, kComponents, last.begin());
+    const auto next = [&](int i) __attribute__((always_inline)) {
+        if (!kShort || i % 2 == 0) bits.fill();
+        const auto c = std::size_t(i % kComponents);
+        const auto difference = unsigned(bits.difference(*tables[c]));
+        last[c] = kSums ? last[c] + difference : difference;
+        return std::uint16_t(last[c]);
+    };
+    const int samples = kComponents * frame.width;
+    int at = 0;
+    for (; at + kGroup <= samples; at += kGroup) {
+        for (int i = 0; i < kGroup; ++i)
+            row[at + i] = next(i);
     }
-    // In the first row the left neighbour predicts whatever the header says.
-    const int predictor = above ? frame.predictor : 1;
-    if (predictor == 1) {
-        std::array<int, kMaximumComponents> left{};
-        std::copy_n(row, n, left.begin());
-        for (int i = n; i < samples; i += n) {
-            for (int c = 0; c < n; ++c) {
-                int& value = left[std::size_t(c)];
-                value = std::uint16_t(value +
-                                      differenceFrom(bits, *frame.tables[std::size_t(c)], isSound));
-                row[i + c] = std::uint16_t(value);
-            }
-        }
-        return isSound;
-    }
-    for (int i = n; i < samples; ++i) {
-        const int guess = predicted(predictor, row[i - n], above[i], above[i - n]);
-        row[i] =
-            std::uint16_t(guess + differenceFrom(bits, *frame.tables[std::size_t(i % n)], isSound));
-    }
-    return isSound;
+    if (at < samples) row[at] = next(0);
+    reader = bits;
 }
+
+using ReadRow = void (*)(BitReader&, const Frame&, std::uint16_t*);
+
+template<bool kShort, bool kSums>
+ReadRow readerOf(int components) {
+    constexpr ReadRow kReaders[kMaximumComponents] = {
+        readRow<1, kShort, kSums>, readRow<2, kShort, kSums>, readRow<3, kShort, kSums>,
+        readRow<4, kShort, kSums>};
+    return kReaders[components - 1];
+}
+
+// How the frame's rows are read, with sums of the differences or without.
+std::array<ReadRow, 2> readersFor(const Frame& frame) {
+    const int n = frame.components;
+    int longest = 0;
+    for (int c = 0; c < n; ++c)
+        longest = std::max(longest, frame.tables[std::size_t(c)]->longest());
+    if (2 * longest <= BitReader::kReady)
+        return {readerOf<true, false>(n), readerOf<true, true>(n)};
+    return {readerOf<false, false>(n), readerOf<false, true>(n)};
+}
+
+// Makes samples of a row of differences that are no sums.
+template<int kPredictor>
+void addPredictions(int components, int samples, const std::uint16_t* above, std::uint16_t* row) {
+    for (int c = 0; c < components; ++c) {
+        int left = row[c] = std::uint16_t(row[c] + above[c]), corner = above[c];
+        for (int i = c + components; i < samples; i += components) {
+            left = std::uint16_t(row[i] + predicted(kPredictor, left, above[i], corner));
+            row[i] = std::uint16_t(left);
+            corner = above[i];
+        }
+    }
+}
+
+using AddPredictions = void (*)(int, int, const std::uint16_t*, std::uint16_t*);
+constexpr AddPredictions kAddPredictions[] = {
+    nullptr,           addPredictions<1>, addPredictions<2>, addPredictions<3>,
+    addPredictions<4>, addPredictions<5>, addPredictions<6>, addPredictions<7>};
 
 } // namespace
 
 struct LosslessRows::State {
     explicit State(std::span<const std::byte> data)
-        : headers(data), coded(headers.read(frame)), bits(coded) {}
+        : headers(data), coded(headers.read(frame)), bytes(coded, longestRow()) {
+        if (!coded.empty()) readers = readersFor(frame);
+    }
+    // Bytes of a row, all of it in the longest codes with the longest differences.
+    std::size_t longestRow() const {
+        return std::size_t(frame.width) * std::size_t(frame.components) * sizeof(std::uint32_t) +
+               BitReader::kAhead;
+    }
+    // `above` is null for the first row. False where the data are damaged.
+    bool read(const std::uint16_t* above, std::uint16_t* row) {
+        for (int c = 0; c < frame.components; ++c)
+            row[c] = std::uint16_t(above ? above[c] : 1 << (frame.precision - frame.shift - 1));
+        // In the first row the left neighbour predicts whatever the header says.
+        const bool isSum = !above || frame.predictor == 1;
+        BitReader bits(bytes.next(usedBits / 8, longestRow()), int(usedBits % 8));
+        readers[isSum](bits, frame, row);
+        usedBits = bits.used();
+        if (!bits.isSound() || bytes.isOver(usedBits)) return false;
+        if (!isSum) {
+            kAddPredictions[frame.predictor](frame.components, frame.width * frame.components,
+                                             above, row);
+        }
+        return true;
+    }
     Frame frame;
     Headers headers; // which own the frame's tables
     std::span<const std::byte> coded;
-    BitReader bits;
+    CodedBytes bytes;
+    std::array<ReadRow, 2> readers{};
+    std::size_t usedBits = 0; // of the bytes given last
     std::vector<std::uint16_t> rows[2];
     int done = 0;
 };
@@ -312,7 +247,10 @@ const std::uint16_t* LosslessRows::next() {
     if (s.done == count()) return nullptr;
     std::uint16_t* row = s.rows[s.done & 1].data();
     const std::uint16_t* above = s.done > 0 ? s.rows[1 - (s.done & 1)].data() : nullptr;
-    if (!decodeRow(s.bits, s.frame, above, row) || s.bits.isOver()) return nullptr;
+    if (!s.read(above, row)) {
+        s.done = count(); // nothing that follows can be right
+        return nullptr;
+    }
     ++s.done;
     if (s.frame.shift == 0) return row;
     // The next row is predicted from what is not shifted yet.

@@ -12,15 +12,23 @@ namespace kelvaro::test {
 
 using Bytes = std::vector<std::byte>;
 
-// Writes T.81's lossless process with one table: categories 0 … 16 as codes of five bits, so that
-// every difference has a place.
+// Writes T.81's lossless process with one table of categories 0 … 16, so that every difference has
+// a place: as codes of five bits, or as one code of each length and two of 16.
 class LosslessEncoder {
 public:
-    LosslessEncoder(int width, int height, int components, int predictor, int precision)
-        : width_(width), components_(components), predictor_(predictor), precision_(precision) {
+    enum class Codes { even, uneven };
+    LosslessEncoder(int width, int height, int components, int predictor, int precision,
+                    Codes codes = Codes::even)
+        : width_(width),
+          components_(components),
+          predictor_(predictor),
+          precision_(precision),
+          codes_(codes) {
         bytes({0xff, 0xd8, 0xff, 0xc4, 0, 2 + 17 + 17, 0});
-        for (int length = 1; length <= 16; ++length)
-            bytes({length == 5 ? 17 : 0});
+        for (int length = 1; length <= 16; ++length) {
+            const int even = length == 5 ? 17 : 0, uneven = length == 16 ? 2 : 1;
+            bytes({codes == Codes::even ? even : uneven});
+        }
         for (int category = 0; category <= 16; ++category)
             bytes({category});
         bytes({0xff, 0xc3, 0, 8 + 3 * components, precision, height >> 8, height & 255, width >> 8,
@@ -73,8 +81,14 @@ private:
             bit(extra >> i & 1);
     }
     void code(int category) {
-        for (int i = 5; i-- > 0;)
-            bit(category >> i & 1);
+        if (codes_ == Codes::even) {
+            for (int i = 5; i-- > 0;)
+                bit(category >> i & 1);
+            return;
+        }
+        for (int i = 0; i < category; ++i)
+            bit(1);
+        if (category < 16) bit(0);
     }
     void bit(int b) {
         byte_ = byte_ << 1 | b;
@@ -84,6 +98,7 @@ private:
         byte_ = used_ = 0;
     }
     int width_, components_, predictor_, precision_;
+    Codes codes_;
     Bytes out_;
     int byte_ = 0, used_ = 0;
 };

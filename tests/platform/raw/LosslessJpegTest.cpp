@@ -40,6 +40,23 @@ TEST(LosslessJpeg, DecodesWhatTheStandardEncodes) {
     }
 }
 
+// More than is read at a time, with codes of every length: the longest take 31 bits with their
+// difference, and the one difference without bits is among them.
+TEST(LosslessJpeg, DecodesLongDataAndLongCodes) {
+    for (const auto codes : {Encoder::Codes::even, Encoder::Codes::uneven}) {
+        for (const int components : {1, 2, 3}) {
+            const int width = 173, height = 211, row = width * components;
+            auto samples = noise(std::size_t(row * height), 16, 5);
+            for (std::size_t i = 0; i + 1000 < samples.size(); i += 1000)
+                samples[i + std::size_t(components)] = std::uint16_t(samples[i] - 0x8000);
+            const Bytes data = Encoder(width, height, components, 1, 16, codes).encode(samples);
+            std::vector<std::uint16_t> got(samples.size());
+            ASSERT_TRUE(decodeLosslessJpeg(data, row, {got.data(), row, row, height}));
+            EXPECT_EQ(got, samples) << components;
+        }
+    }
+}
+
 TEST(LosslessJpeg, RefusesDamage) {
     const int width = 40, height = 30;
     const auto samples = noise(std::size_t(width * height), 14, 1);
