@@ -221,6 +221,12 @@ private:
             samples.insert(samples.end(), part.begin(), part.end());
         noise_ = noiseModel(std::move(samples));
         finishing_.reducesColourNoise = finishing_.reducesColourNoise && noise_.hasColourNoise();
+        const SensorImage& sensor = picture_.sensor();
+        if (picture_.interpolates()) {
+            noise_.grain = grainModel(noise_.luminance, sensor.sensitivity, double(finishing_.toe),
+                                      std::exp2(sensor.exposureStops));
+        }
+        finishing_.reducesGrain = finishing_.reducesColourNoise && noise_.grain.share > 0;
         if (finishing_.reducesColourNoise && picture_.sensor().colours == 3 &&
             ColourBlotches::areVisible(noise_))
             blotches_.emplace(picture_, colour_, noise_, finishing_.toe);

@@ -39,7 +39,7 @@ bool NoiseModel::hasColourNoise() const {
 }
 
 int Finishing::border(const FinishingSettings& settings) {
-    if (settings.reducesColourNoise) return kColourBorder;
+    if (settings.reducesColourNoise || settings.reducesGrain) return kColourBorder;
     return settings.sharpening > 0 || settings.removesFalseColour ? kSharpeningBorder : 0;
 }
 
@@ -53,6 +53,7 @@ void Finishing::resize(int width) {
     fit(luminance_, kKeptRows);
     fit(sharpened_, kKeptRows);
     fit(halfLuminance_, 1);
+    grain_.resize(width, stride_);
     for (auto& scratch : scratch_) {
         if (scratch.size() < smoothingScratch(width)) scratch.resize(smoothingScratch(width));
     }
@@ -105,6 +106,7 @@ void Finishing::addRow(const Job& job, int t, const float* red, const float* gre
     } else if (sharp >= 0) {
         std::copy_n(y.row(sharp), width, sharpened.row(sharp));
     }
+    if (settings.reducesGrain) grain_.addRow(job.noise.grain, y, sharpened, t);
     if (reduces) reduceColourNoise(calms ? t - 1 : t, job);
     const int done = t - lag;
     if (done < lag + job.above) return;

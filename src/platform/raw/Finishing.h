@@ -7,6 +7,7 @@
 #pragma once
 
 #include "platform/raw/FinishingRows.h"
+#include "platform/raw/LuminanceNoise.h"
 #include "platform/raw/SplineSmoothing.h"
 
 #include <array>
@@ -18,6 +19,7 @@ namespace kelvaro {
 struct NoiseModel {
     static constexpr int kLevels = 3; // details of 1, 2 and 4 pixels
     NoiseLine luminance;              // of the finest detail
+    GrainModel grain;                 // what of it is taken away
     std::array<std::array<NoiseLine, kLevels>, 2> colour{};
     bool hasColourNoise() const; // enough to be seen
 };
@@ -27,6 +29,7 @@ struct FinishingSettings {
     bool reducesColourNoise = false;
     bool removesFalseColour = false; // of a demosaic
     float toe = 0.016f;              // of the compressive domain
+    bool reducesGrain = false;       // as the noise model says
 };
 
 // What is added to the two colour differences of a tile's row before they are reduced.
@@ -95,6 +98,7 @@ private:
     std::ptrdiff_t stride_ = 0; // of all rings; half of it of those of every second pixel
     std::vector<float> luminance_, sharpened_, scratch_[2], smooth_[2], halfLuminance_;
     Colour colour_[2];
+    LuminanceNoise grain_;
 };
 
 // From samples of the whole picture; nothing from fewer than a thousand.

@@ -29,6 +29,7 @@ public:
     float white() const;
     // How far the maker means the samples to be brightened; none where the file does not say.
     std::optional<double> exposureStops() const;
+    double sensitivity() const { return double(imgdata.other.iso_speed); } // ISO; 0: none stated
     bool isLossyDng();
     JpegPlace thumbnail(); // unchecked
 

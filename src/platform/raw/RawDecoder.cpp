@@ -188,6 +188,7 @@ void RawDecoder::describe() {
 void RawDecoder::describeExposure() {
     const auto stated = dng_ ? dng_->baselineExposureStops : library_->exposureStops();
     description_.exposureStops = stated.value_or(0);
+    description_.sensitivity = library_->sensitivity();
     // 0 is also what programs write that know nothing of the camera.
     if (stated) exposureDoubtStops_ = *stated == 0 ? std::optional(kDoubtOfZero) : std::nullopt;
 }

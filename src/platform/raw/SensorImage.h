@@ -95,6 +95,7 @@ struct SensorImage {
     bool isReduced = false;                         // already at half size
     int orientation = 1;                            // EXIF
     double exposureStops = 0;                       // baseline exposure
+    double sensitivity = 0;                         // ISO; 0: not known
     // Of these samples, shared by their developments; each measures for itself where it is null.
     std::shared_ptr<PictureMeasure> measure;
 };
