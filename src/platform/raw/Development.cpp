@@ -101,8 +101,7 @@ public:
         if (blotches_) offsets.emplace(*blotches_, places_, wide);
         const int finished = Finishing::border(finishing_);
         const std::ptrdiff_t inner = finished * Workshop::kStride + finished;
-        float* const planes[3] = {shop.row(0, 0) + inner, shop.row(1, 0) + inner,
-                                  shop.row(2, 0) + inner};
+        float* planes[3] = {shop.row(0, 0) + inner, shop.row(1, 0) + inner, shop.row(2, 0) + inner};
         Finishing::Target target{{planes[0], planes[1], planes[2]}, Workshop::kStride};
         // Straight to where it belongs, if nothing is to be done with it on the way.
         const bool isDirect = finished > 0 && !halves_ && writer.place(tile, 0);
@@ -112,14 +111,19 @@ public:
                 0});
         if (isDirect) return;
         if (halves_) {
-            for (float* plane : planes)
+            constexpr int kSpare = kAroundHalved - kHalvingBorder;
+            for (float*& plane : planes) {
+                plane += kSpare * Workshop::kStride + kSpare;
                 halveFinely(plane, Workshop::kStride, tile.width, tile.height);
+            }
         }
         writer.write(tile, planes, Workshop::kStride);
     }
 
 private:
     static constexpr int kTile = 256, kLowTile = 64; // rows of a tile at most
+    // Finishing makes every second row and column differ: an even number.
+    static constexpr int kAroundHalved = kHalvingBorder + 1;
 
     // One for each thread; and one for each column of tiles of what is read from top to bottom.
     std::size_t workshopsFor(const RawDevelopSettings& settings) const {
@@ -190,7 +194,7 @@ private:
     static bool isFinelyHalved(const SensorImage& sensor, const RawDevelopSettings& settings) {
         return settings.fine && usedReduction(sensor, settings.reduction) == 2;
     }
-    int border() const { return Finishing::border(finishing_) + (halves_ ? kHalvingBorder : 0); }
+    int border() const { return Finishing::border(finishing_) + (halves_ ? kAroundHalved : 0); }
     int tileSide(int workshop) const { return (workshop - 2 * border()) / (halves_ ? 2 : 1); }
 
     // Measures the noise on a few tiles over the whole picture; without visible colour noise that

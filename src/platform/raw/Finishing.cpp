@@ -7,11 +7,14 @@ namespace kelvaro {
 
 namespace {
 
-constexpr int kSharpeningBorder = 2, kColourBorder = 14; // 2 (1 + 2 + 4)
+// The levels of colour reach 2 (1 + 2 + 4) pixels, and the coarsest of them, of which every second
+// row is made, one more. Even, so that these are the same rows and columns of every tile.
+constexpr int kSharpeningBorder = 2, kColourBorder = 16;
 constexpr float kDefaultAmount = 1.1f;
 // How far a detail must stand out to be kept. The finest noise after a demosaic has many large
 // outliers.
 constexpr float kNoiseTimes[NoiseModel::kLevels] = {5.0f, 4.0f, 3.0f};
+constexpr int kRemovedRows = 2;
 constexpr float kVisible = 0.0015f; // of encoded values; a display step is about 0.004
 
 float quantile(std::vector<float>& values, double q) {
@@ -39,18 +42,24 @@ int Finishing::border(const FinishingSettings& settings) {
 
 void Finishing::resize(int width) {
     // Rows of one column must not all fall into the same lines of the cache.
-    stride_ = (width + 15) / 16 * 16 + 48;
+    stride_ = (width + 31) / 32 * 32 + 96;
     const auto fit = [&](std::vector<float>& rows, int count) {
         const std::size_t size = std::size_t(stride_) * std::size_t(count);
         if (rows.size() < size) rows.resize(size);
     };
     fit(luminance_, kKeptRows);
     fit(sharpened_, kKeptRows);
-    if (scratch_.size() < smoothingScratch(width)) scratch_.resize(smoothingScratch(width));
+    fit(halfLuminance_, 1);
+    for (auto& scratch : scratch_) {
+        if (scratch.size() < smoothingScratch(width)) scratch.resize(smoothingScratch(width));
+    }
+    for (auto& smooth : smooth_)
+        fit(smooth, 1);
     for (auto& colour : colour_) {
         for (std::size_t level = 0; level < NoiseModel::kLevels; ++level)
             fit(colour.levels[level], kLevelRows[level]);
         fit(colour.sum, kKeptRows);
+        fit(colour.removed, kRemovedRows);
     }
 }
 
@@ -69,60 +78,90 @@ void Finishing::run(const float* const (&planes)[3], std::ptrdiff_t stride, int 
 void Finishing::addRow(const Job& job, int t, const float* red, const float* green,
                        const float* blue) {
     const auto& settings = job.settings;
-    const int lag = border(settings), width = job.width, height = job.height;
+    const int lag = border(settings), width = job.width;
     if (lag == 0 || width <= 2 * lag) return;
     if (t == 0) resize(width);
     const auto w = std::size_t(width);
-    const auto ring = [&](std::vector<float>& v, int rows = kKeptRows) {
-        return RowRing{v.data(), rows, width, height, stride_};
-    };
-    const auto level0 = [&](int c) { return ring(colour_[c].levels[0], kLevelRows[0]); };
-    const RowRing y = ring(luminance_), sharpened = ring(sharpened_);
+    const auto level0 = [&](int c) { return ring(job, colour_[c].levels[0], kLevelRows[0]); };
+    const RowRing y = ring(job, luminance_, kKeptRows),
+                  sharpened = ring(job, sharpened_, kKeptRows);
     const bool reduces = settings.reducesColourNoise, sharpens = settings.sharpening > 0;
     splitColours(red, green, blue, settings.toe, y.row(t), level0(0).row(t), level0(1).row(t), w);
     if (job.offsets) job.offsets->add(t, width, level0(0).row(t), level0(1).row(t));
     const int sharp = t - kSharpeningBorder;
-    if (sharpens && sharp >= 0) {
-        smoothedRow(y, sharp, 1, scratch_.data(), sharpened.row(sharp));
-        sharpenLuminance(y.row(sharp), job.noise.luminance, kDefaultAmount * settings.sharpening,
-                         sharpened.row(sharp), w);
+    if (sharp >= 0 && sharpens) {
+        sharpenLuminance(y.row(sharp), smoothedDown(y, sharp, 1, scratch_[0].data()),
+                         job.noise.luminance, kDefaultAmount * settings.sharpening,
+                         sharpened.row(sharp), width);
+    } else if (sharp >= 0) {
+        std::copy_n(y.row(sharp), width, sharpened.row(sharp));
     }
-    if (reduces) reduceColourNoise(t, y, job.noise);
+    if (reduces) reduceColourNoise(t, job);
     const int done = t - lag;
     if (done < lag + job.above) return;
+    if (reduces) takeCoarseNoise(done, job);
     const float* parts[2];
     for (int c = 0; c < 2; ++c)
-        parts[c] = (reduces ? ring(colour_[c].sum) : level0(c)).row(done) + lag;
+        parts[c] = (reduces ? ring(job, colour_[c].sum, kKeptRows) : level0(c)).row(done) + lag;
     const std::ptrdiff_t out = (done - lag - job.above) * job.target.stride;
-    joinColours((sharpens ? sharpened : y).row(done) + lag, parts[0], parts[1], settings.toe,
+    joinColours(sharpened.row(done) + lag, parts[0], parts[1], settings.toe,
                 job.target.planes[0] + out, job.target.planes[1] + out, job.target.planes[2] + out,
                 w - 2 * std::size_t(lag));
 }
 
 // What the newest row `t` of both colour differences makes possible.
-void Finishing::reduceColourNoise(int t, const RowRing& y, const NoiseModel& noise) {
-    for (std::size_t c = 0; c < 2; ++c) {
-        Colour& colour = colour_[c];
-        const auto ring = [&](std::vector<float>& v, int rows) {
-            return RowRing{v.data(), rows, y.width, y.height, stride_};
-        };
-        int row = t;
-        for (std::size_t level = 0; level < NoiseModel::kLevels; ++level) {
-            row -= 2 << level;
-            if (row < 0 || row >= y.height) continue;
-            const bool isLast = level + 1 == NoiseModel::kLevels;
-            const RowRing from = ring(colour.levels[level], kLevelRows[level]);
-            float* smooth =
-                isLast ? nullptr : ring(colour.levels[level + 1], kLevelRows[level + 1]).row(row);
-            const LevelRow what{smoothedDown(from, row, 1 << level, scratch_.data()),
-                                from.row(row),
-                                y.row(row),
-                                smooth,
-                                ring(colour.sum, kKeptRows).row(row),
-                                level == 0,
-                                isLast};
-            shrinkDetail(what, 1 << level, noise.colour[c][level], kNoiseTimes[level], y.width);
+void Finishing::reduceColourNoise(int t, const Job& job) {
+    const RowRing y = ring(job, luminance_, kKeptRows);
+    int row = t;
+    for (std::size_t level = 0; level < 2; ++level) {
+        row -= 2 << level;
+        if (row < 0) return;
+        const int step = 1 << level;
+        LevelRows what{};
+        what.y = y.row(row);
+        for (int c = 0; c < 2; ++c) {
+            Colour& colour = colour_[c];
+            const RowRing from = ring(job, colour.levels[level], kLevelRows[level]);
+            what.in[c] = from.row(row);
+            what.down[c] = smoothedDown(from, row, step, scratch_[c].data());
+            what.smooth[c] = level == 0 ? ring(job, colour.levels[1], kLevelRows[1]).row(row)
+                                        : smooth_[c].data();
+            what.parts[c] = ring(job, colour.sum, kKeptRows).row(row);
         }
+        shrinkDetails(what, level == 0 ? Details::begun : Details::summed, step,
+                      {job.noise.colour[0][level], job.noise.colour[1][level]}, kNoiseTimes[level],
+                      job.width);
+    }
+    if (row % 2 != 0) return;
+    for (int c = 0; c < 2; ++c) {
+        takeHalf(smooth_[c].data(), halfRing(job, colour_[c].levels[2], kLevelRows[2]).row(row / 2),
+                 job.width);
+    }
+    if (row >= 8) reduceCoarsely(row / 2 - 4, job);
+}
+
+// The coarsest level, whose input has no detail that every second pixel would not show. `row`
+// counts every second one.
+void Finishing::reduceCoarsely(int row, const Job& job) {
+    takeHalf(ring(job, luminance_, kKeptRows).row(2 * row), halfLuminance_.data(), job.width);
+    LevelRows what{};
+    what.y = halfLuminance_.data();
+    for (int c = 0; c < 2; ++c) {
+        const RowRing from = halfRing(job, colour_[c].levels[2], kLevelRows[2]);
+        what.in[c] = from.row(row);
+        what.down[c] = smoothedDown(from, row, 2, scratch_[c].data());
+        what.parts[c] = halfRing(job, colour_[c].removed, kRemovedRows).row(row);
+    }
+    shrinkDetails(what, Details::removed, 2, {job.noise.colour[0][2], job.noise.colour[1][2]},
+                  kNoiseTimes[2], (job.width + 1) / 2);
+}
+
+// Before a row is finished.
+void Finishing::takeCoarseNoise(int row, const Job& job) {
+    for (auto& colour : colour_) {
+        const RowRing removed = halfRing(job, colour.removed, kRemovedRows);
+        takeAway(removed.row(row / 2), removed.row((row + 1) / 2),
+                 ring(job, colour.sum, kKeptRows).row(row), job.width);
     }
 }
 

@@ -72,15 +72,24 @@ public:
 
 private:
     // Powers of two above every lag, and above what the taps of each level span.
-    static constexpr int kKeptRows = 16, kLevelRows[NoiseModel::kLevels] = {8, 16, 32};
-    // One colour difference: itself, then smoothed once, twice, …; and what its details keep.
+    static constexpr int kKeptRows = 16, kLevelRows[NoiseModel::kLevels] = {8, 16, 16};
+    // One colour difference: itself, then smoothed once and twice, of the latter every second pixel
+    // of every second row; and what its details keep, but that the coarsest ones lose `removed`.
     struct Colour {
-        std::vector<float> levels[NoiseModel::kLevels], sum;
+        std::vector<float> levels[NoiseModel::kLevels], sum, removed;
     };
     void resize(int width);
-    void reduceColourNoise(int t, const RowRing& y, const NoiseModel& noise);
-    std::ptrdiff_t stride_ = 0; // of all rings
-    std::vector<float> luminance_, sharpened_, scratch_;
+    void reduceColourNoise(int t, const Job& job);
+    void reduceCoarsely(int t, const Job& job);
+    void takeCoarseNoise(int row, const Job& job);
+    RowRing ring(const Job& job, std::vector<float>& v, int rows) const {
+        return {v.data(), rows, job.width, job.height, stride_};
+    }
+    RowRing halfRing(const Job& job, std::vector<float>& v, int rows) const {
+        return {v.data(), rows, (job.width + 1) / 2, (job.height + 1) / 2, stride_ / 2};
+    }
+    std::ptrdiff_t stride_ = 0; // of all rings; half of it of those of every second pixel
+    std::vector<float> luminance_, sharpened_, scratch_[2], smooth_[2], halfLuminance_;
     Colour colour_[2];
 };
 

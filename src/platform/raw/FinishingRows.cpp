@@ -19,6 +19,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace kelvaro {
 namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
 
 void splitRow(const float* HWY_RESTRICT r, const float* HWY_RESTRICT g, const float* HWY_RESTRICT b,
               float toe, float* HWY_RESTRICT y, float* HWY_RESTRICT u, float* HWY_RESTRICT v,
@@ -48,58 +49,105 @@ void joinRow(const float* HWY_RESTRICT y, const float* HWY_RESTRICT u, const flo
 
 // A detail of half its limit is worth a sixth of itself, one of the limit a half, and one of twice
 // as much all of itself. `noise` may fall or rise with luminance; it is its reciprocal that runs
-// evenly, which spares a division.
-template<bool isFirst, bool isLast>
-HWY_INLINE void shrink(const float* HWY_RESTRICT down, const float* HWY_RESTRICT in,
-                       const float* HWY_RESTRICT y, float* HWY_RESTRICT smoothOut,
-                       float* HWY_RESTRICT sumOut, int step, const NoiseLine& noise, float times,
+// evenly, which spares a division. The differences have all that depends on luminance alone in
+// common but the range of their noise.
+template<Details use>
+HWY_INLINE void shrink(const LevelRows& rows, int step, const NoiseLine* noise, float times,
                        int count) {
-    namespace hn = hwy::HWY_NAMESPACE;
     const hn::ScalableTag<float> tag;
     const auto reciprocal = [times](float deviation) {
         return 0.5f / std::max(1e-6f, times * deviation);
     };
-    const float dark = reciprocal(noise.dark), light = reciprocal(noise.light);
-    const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
+    const float slope = 1 / std::max(1e-6f, noise->lightAt - noise->darkAt);
     const auto zero = hn::Zero(tag), one = hn::Set(tag, 1.0f);
     const auto two = hn::Set(tag, 2.0f), three = hn::Set(tag, 3.0f);
-    const auto slopes = hn::Set(tag, slope), start = hn::Set(tag, -noise.darkAt * slope);
-    const auto scale = hn::Set(tag, dark), range = hn::Set(tag, light - dark);
+    const auto slopes = hn::Set(tag, slope), start = hn::Set(tag, -noise->darkAt * slope);
+    hn::Vec<decltype(tag)> scale[2], range[2];
+    for (int c = 0; c < 2; ++c) {
+        const float dark = reciprocal(noise[c].dark);
+        scale[c] = hn::Set(tag, dark);
+        range[c] = hn::Set(tag, reciprocal(noise[c].light) - dark);
+    }
+    const LevelRows r = rows; // which the compiler would take for something that rows overwrite
     for (int x = 0; x < count; x += int(hn::Lanes(tag))) {
-        const auto smooth = splineAt(tag, down + x, step);
-        const auto part = hn::MulAdd(hn::LoadU(tag, y + x), slopes, start);
-        const auto inverse = hn::MulAdd(hn::Min(hn::Max(part, zero), one), range, scale);
-        const auto d = hn::Sub(hn::LoadU(tag, in + x), smooth);
-        const auto t = hn::Min(hn::Abs(hn::Mul(d, inverse)), one);
-        const auto worth = hn::Mul(hn::Mul(t, t), hn::NegMulAdd(two, t, three));
-        auto sum = isLast ? hn::MulAdd(d, worth, smooth) : hn::Mul(d, worth);
-        if (!isFirst) sum = hn::Add(sum, hn::LoadU(tag, sumOut + x));
-        if (!isLast) hn::StoreU(smooth, tag, smoothOut + x);
-        hn::StoreU(sum, tag, sumOut + x);
+        const auto bent = hn::MulAdd(hn::LoadU(tag, r.y + x), slopes, start);
+        const auto part = hn::Min(hn::Max(bent, zero), one);
+        for (int c = 0; c < 2; ++c) {
+            const auto smooth = splineAt(tag, r.down[c] + x, step);
+            const auto d = hn::Sub(hn::LoadU(tag, r.in[c] + x), smooth);
+            const auto inverse = hn::MulAdd(part, range[c], scale[c]);
+            const auto t = hn::Min(hn::Abs(hn::Mul(d, inverse)), one);
+            const auto worth = hn::Mul(hn::Mul(t, t), hn::NegMulAdd(two, t, three));
+            if (use == Details::removed) {
+                hn::StoreU(hn::NegMulAdd(d, worth, d), tag, r.parts[c] + x);
+                continue;
+            }
+            hn::StoreU(smooth, tag, r.smooth[c] + x);
+            const auto sum = use == Details::begun ? hn::Mul(d, worth)
+                                                   : hn::Add(hn::MulAdd(d, worth, smooth),
+                                                             hn::LoadU(tag, r.parts[c] + x));
+            hn::StoreU(sum, tag, r.parts[c] + x);
+        }
     }
 }
 
-void shrinkRow(const LevelRow& row, int step, const NoiseLine& noise, float times, int count) {
-    if (row.isFirst) {
-        shrink<true, false>(row.down, row.in, row.y, row.smooth, row.sum, step, noise, times,
-                            count);
-    } else if (row.isLast) {
-        shrink<false, true>(row.down, row.in, row.y, nullptr, row.sum, step, noise, times, count);
-    } else {
-        shrink<false, false>(row.down, row.in, row.y, row.smooth, row.sum, step, noise, times,
-                             count);
+void shrinkRows(const LevelRows& rows, Details use, int step, const NoiseLine* noise, float times,
+                int count) {
+    switch (use) {
+    case Details::begun:
+        return shrink<Details::begun>(rows, step, noise, times, count);
+    case Details::summed:
+        return shrink<Details::summed>(rows, step, noise, times, count);
+    case Details::removed:
+        return shrink<Details::removed>(rows, step, noise, times, count);
     }
 }
 
-void sharpenRow(const float* HWY_RESTRICT y, NoiseLine noise, float amount,
-                float* HWY_RESTRICT smooth, std::size_t count) {
-    const float slope = 1 / std::max(1e-6f, noise.lightAt - noise.darkAt);
-    for (std::size_t i = 0; i < count; ++i) {
-        const float t = std::min(std::max((y[i] - noise.darkAt) * slope, 0.0f), 1.0f);
-        const float limit = 2 * (noise.dark + t * (noise.light - noise.dark));
-        const float d = y[i] - smooth[i], square = d * d;
-        const float seen = square / (square + limit * limit + 1e-20f);
-        smooth[i] = y[i] + amount * d * seen / (1 + 14 * std::abs(d));
+void halfOfRow(const float* HWY_RESTRICT in, float* HWY_RESTRICT out, int count) {
+    for (int x = 0; x < (count + 1) / 2; ++x)
+        out[x] = in[2 * x];
+}
+
+void takeFromRow(const float* HWY_RESTRICT above, const float* HWY_RESTRICT below,
+                 float* HWY_RESTRICT values, int count) {
+    const hn::ScalableTag<float> tag;
+    const int lanes = int(hn::Lanes(tag));
+    const auto half = hn::Set(tag, 0.5f);
+    const auto sumAt = [&](int k) HWY_ATTR {
+        return hn::Mul(hn::Add(hn::LoadU(tag, above + k), hn::LoadU(tag, below + k)), half);
+    };
+    HWY_ALIGN float parts[2 * hn::MaxLanes(tag)];
+    for (int x = 0; x < count; x += 2 * lanes) {
+        const auto here = sumAt(x / 2);
+        const auto between = hn::Mul(hn::Add(here, sumAt(x / 2 + 1)), half);
+        hn::StoreInterleaved2(here, between, tag, parts);
+        for (int i = 0; i < 2; ++i) {
+            float* to = values + x + i * lanes;
+            hn::StoreU(hn::Sub(hn::LoadU(tag, to), hn::Load(tag, parts + i * lanes)), tag, to);
+        }
+    }
+}
+
+void sharpenRow(const float* HWY_RESTRICT y, const float* HWY_RESTRICT down, NoiseLine noise,
+                float amount, float* HWY_RESTRICT out, int count) {
+    const hn::ScalableTag<float> tag;
+    const auto constant = [&](float v) HWY_ATTR { return hn::Set(tag, v); };
+    const auto slope = constant(1 / std::max(1e-6f, noise.lightAt - noise.darkAt));
+    const auto darkAt = constant(noise.darkAt), amounts = constant(amount);
+    const auto dark = constant(2 * noise.dark), range = constant(2 * (noise.light - noise.dark));
+    const auto zero = hn::Zero(tag), one = constant(1), tiny = constant(1e-20f),
+               strong = constant(14);
+    for (int x = 0; x < count; x += int(hn::Lanes(tag))) {
+        const auto here = hn::LoadU(tag, y + x);
+        const auto d = hn::Sub(here, splineAt(tag, down + x, 1));
+        const auto bent = hn::Mul(hn::Sub(here, darkAt), slope);
+        const auto limit = hn::MulAdd(hn::Min(hn::Max(bent, zero), one), range, dark);
+        const auto square = hn::Mul(d, d);
+        // Seen d² / (d² + limit²), and weakened by 1 + 14 |d|.
+        const auto bottom = hn::Mul(hn::Add(square, hn::MulAdd(limit, limit, tiny)),
+                                    hn::MulAdd(strong, hn::Abs(d), one));
+        const auto added = hn::Div(hn::Mul(hn::Mul(amounts, d), square), bottom);
+        hn::StoreU(hn::Add(here, added), tag, out + x);
     }
 }
 
@@ -112,7 +160,9 @@ namespace kelvaro {
 
 HWY_EXPORT(splitRow);
 HWY_EXPORT(joinRow);
-HWY_EXPORT(shrinkRow);
+HWY_EXPORT(shrinkRows);
+HWY_EXPORT(halfOfRow);
+HWY_EXPORT(takeFromRow);
 HWY_EXPORT(sharpenRow);
 
 void splitColours(const float* r, const float* g, const float* b, float toe, float* y, float* u,
@@ -125,13 +175,22 @@ void joinColours(const float* y, const float* u, const float* v, float toe, floa
     HWY_DYNAMIC_DISPATCH(joinRow)(y, u, v, toe, r, g, b, count);
 }
 
-void sharpenLuminance(const float* y, const NoiseLine& noise, float amount, float* smooth,
-                      std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(sharpenRow)(y, noise, amount, smooth, count);
+void sharpenLuminance(const float* y, const float* down, const NoiseLine& noise, float amount,
+                      float* out, int count) {
+    HWY_DYNAMIC_DISPATCH(sharpenRow)(y, down, noise, amount, out, count);
 }
 
-void shrinkDetail(const LevelRow& row, int step, const NoiseLine& noise, float times, int count) {
-    HWY_DYNAMIC_DISPATCH(shrinkRow)(row, step, noise, times, count);
+void shrinkDetails(const LevelRows& rows, Details use, int step, const NoiseLine (&noise)[2],
+                   float times, int count) {
+    HWY_DYNAMIC_DISPATCH(shrinkRows)(rows, use, step, noise, times, count);
+}
+
+void takeHalf(const float* in, float* out, int count) {
+    HWY_DYNAMIC_DISPATCH(halfOfRow)(in, out, count);
+}
+
+void takeAway(const float* above, const float* below, float* values, int count) {
+    HWY_DYNAMIC_DISPATCH(takeFromRow)(above, below, values, count);
 }
 
 } // namespace kelvaro

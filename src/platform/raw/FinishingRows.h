@@ -18,21 +18,32 @@ void splitColours(const float* r, const float* g, const float* b, float toe, flo
 void joinColours(const float* y, const float* u, const float* v, float toe, float* r, float* g,
                  float* b, std::size_t count);
 
-// In place from smoothed luminance to sharpened: less is added where the detail is no more than
-// noise, less where it is already strong.
-void sharpenLuminance(const float* y, const NoiseLine& noise, float amount, float* smooth,
-                      std::size_t count);
+// Sharpens a row of luminance, of which `down` is smoothed downwards with its edges repeated: less
+// is added where the detail is no more than noise, less where it is already strong. Rows have room
+// for a whole vector at their end.
+void sharpenLuminance(const float* y, const float* down, const NoiseLine& noise, float amount,
+                      float* out, int count);
 
-// What one level of the decomposition leaves of a row.
-struct LevelRow {
-    const float* down;    // the row smoothed downwards, its edges repeated
-    const float *in, *y;  // the row itself, and its luminance
-    float *smooth, *sum;  // smoothed; what is kept of the details so far
-    bool isFirst, isLast; // of the levels
+// A row of both colour differences at one level of the decomposition.
+struct LevelRows {
+    const float* down[2];        // smoothed downwards, the edges repeated
+    const float *in[2], *y;      // as it is, and its luminance
+    float *smooth[2], *parts[2]; // smoothed; what becomes of the details
 };
-// Smooths the row across and adds to `sum` the part of the detail (in − smooth) that stands out
-// from `times` the noise; the first level begins the sum, the last one adds what is smooth instead
-// of storing it. Rows have room for a whole vector at their end.
-void shrinkDetail(const LevelRow& row, int step, const NoiseLine& noise, float times, int count);
+enum class Details {
+    begun,  // `parts` begins with what is kept of them
+    summed, // what is kept is added, and what is smooth
+    removed // `parts` is what is not kept; `smooth` is not written
+};
+// Smooths the rows across and shrinks their details (in − smooth) by how they stand out from
+// `times` the noise of each difference. Rows have room for a whole vector at their end.
+void shrinkDetails(const LevelRows& rows, Details use, int step, const NoiseLine (&noise)[2],
+                   float times, int count);
+
+// Every second value, the first one included: (count + 1) / 2.
+void takeHalf(const float* in, float* out, int count);
+// Takes from `count` values what lies halfway between two rows of half the width, interpolated.
+// Both rows have one value more than half of `count`.
+void takeAway(const float* above, const float* below, float* values, int count);
 
 } // namespace kelvaro
