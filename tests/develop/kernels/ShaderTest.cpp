@@ -42,7 +42,7 @@ std::vector<Family> families() {
         {"Mask", {&twMaskLinear(), &twMaskRadial(), &twMaskCombine(), &twMaskFinish(), &twLocal()}},
         {"Overlay", {&twMaskOverlay(), &twClipping()}},
         {"Rendering", {&rawRendering()}},
-        {"SceneTone", {&rawGain(), &sceneTone(), &bitmapTone()}}};
+        {"SceneTone", {&rawGain(), &sceneTone(), &rawTone(), &bitmapTone()}}};
 }
 
 // One call per kernel, its arguments read off the text's own signature.
