@@ -23,12 +23,21 @@ struct ColumnSums {
     std::vector<std::uint32_t> squares;
 };
 
-void addColumns(const std::uint8_t* __restrict from, std::uint16_t* __restrict sum,
-                std::uint32_t* __restrict squares, std::size_t count) {
+// Of `kRows` rows at once, as the sums take longer to load and store than the samples.
+template<int kRows>
+void addColumns(const std::uint8_t* __restrict from, std::size_t stride,
+                std::uint16_t* __restrict sum, std::uint32_t* __restrict squares,
+                std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        const std::uint16_t value = from[i];
-        sum[i] = std::uint16_t(sum[i] + value);
-        squares[i] += std::uint16_t(value * value);
+        std::uint16_t values = 0;
+        std::uint32_t squared = 0;
+        for (int row = 0; row < kRows; ++row) {
+            const std::uint16_t value = from[std::size_t(row) * stride + i];
+            values = std::uint16_t(values + value);
+            squared += std::uint16_t(value * value);
+        }
+        sum[i] = std::uint16_t(sum[i] + values);
+        squares[i] += squared;
     }
 }
 
@@ -36,14 +45,20 @@ void addColumns(const std::uint8_t* __restrict from, std::uint16_t* __restrict s
 // ahead.
 ColumnSums columnsOf(const Bitmap& pixels, const PixelRect& rect) {
     constexpr std::size_t kPanel = 1536;
+    constexpr int kRowsTogether = 4;
+    const std::size_t stride = pixels.rowBytes();
     const auto columns = std::size_t(3 * rect.width);
     ColumnSums sums(columns);
     for (std::size_t first = 0; first < columns; first += kPanel) {
         const std::size_t count = std::min(kPanel, columns - first);
-        for (int row = rect.y; row < rect.y + rect.height; ++row) {
-            const auto* from = pixels.row<std::uint8_t>(row) + 3 * rect.x + first;
-            addColumns(from, sums.sum.data() + first, sums.squares.data() + first, count);
-        }
+        auto* sum = sums.sum.data() + first;
+        auto* squares = sums.squares.data() + first;
+        const auto* from = pixels.row<std::uint8_t>(rect.y) + 3 * rect.x + first;
+        int left = rect.height;
+        for (; left >= kRowsTogether; left -= kRowsTogether, from += kRowsTogether * stride)
+            addColumns<kRowsTogether>(from, stride, sum, squares, count);
+        for (; left > 0; --left, from += stride)
+            addColumns<1>(from, stride, sum, squares, count);
     }
     return sums;
 }

@@ -46,6 +46,7 @@ std::vector<Case> cases() {
             {twOutputGamut(), {1, 0, 0, 0, 1, 0, 0, 0, 1}},
             {twOutputGamut(), p3},
             {displayGamut(), p3},
+            {displayGamut(), {1, 0, 0, 0, 1, 0, 0, 0, 1}},
             {sceneHaze(), {0.5, 0.8, 0.85, 0.9}},
             {kelvaroTone(), {0, 0.4, 1, 0}},
             {twVignette(), {1024, 700, 0, 0, 1024, 700, 1, 0, -0.5}},

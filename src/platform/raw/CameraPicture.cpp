@@ -100,12 +100,14 @@ void CameraPicture::means(int row, int side, int count, float* const (&rows)[3])
 void CameraPicture::bayerMeans(int top, int photosites, int count, float* const (&rows)[3]) const {
     const int left = sensor_.crop.left, each = photosites / 2; // columns of a colour in a square
     const auto pairs = std::size_t(count) * std::size_t(each);
-    std::vector<float> memory(6 * pairs, 0.0f);
-    float* const halves[2] = {memory.data(), memory.data() + pairs};
+    const auto memory = std::make_unique_for_overwrite<float[]>(6 * pairs);
+    float* const halves[2] = {memory.get(), memory.get() + pairs};
     const auto sums = [&](int y, int half) {
-        return memory.data() + std::size_t(2 + 2 * (y & 1) + half) * pairs;
+        return memory.get() + std::size_t(2 + 2 * (y & 1) + half) * pairs;
     };
-    for (int y = top; y < top + photosites; ++y) {
+    for (int y = top; y < top + 2; ++y)
+        mosaic_->split(y, left, int(pairs), sums(y, 0), sums(y, 1));
+    for (int y = top + 2; y < top + photosites; ++y) {
         mosaic_->split(y, left, int(pairs), halves[0], halves[1]);
         for (int h = 0; h < 2; ++h) {
             float* sum = sums(y, h);

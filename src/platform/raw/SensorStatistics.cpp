@@ -1,7 +1,7 @@
 #include "platform/raw/SensorStatistics.h"
 
-#include <tbb/blocked_range.h>
-#include <tbb/parallel_reduce.h>
+#include <tbb/enumerable_thread_specific.h>
+#include <tbb/parallel_for.h>
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t kLevels = 65536;
 constexpr int kRowsTaken = 2, kRowsStep = 8; // whole pairs of rows, so that every filter is met
-constexpr int kParts = 8;
 
 // Of the magnitudes of Gaussian noise a third lie below 0.4307 of its standard deviation.
 float deviation(std::vector<float>& magnitudes) {
@@ -35,23 +34,12 @@ void countRow(const SensorImage& sensor, int row, Histograms& histograms) {
         }
         return;
     }
-    // Several photosites of one column pattern share a histogram; the pointers are found once.
     const int period = sensor.filters.period;
-    std::array<std::uint32_t*, 6> byColumn{};
-    for (int c = 0; c < period; ++c)
-        byColumn[std::size_t(c)] = histograms[std::size_t(sensor.filters.at(row, c))].data();
-    int c = left % period;
-    for (int x = left; x < right; ++x) {
-        ++byColumn[std::size_t(c)][line[x]];
-        if (++c == period) c = 0;
+    for (int first = left; first < std::min(left + period, right); ++first) {
+        auto* histogram = histograms[std::size_t(sensor.filters.at(row, first))].data();
+        for (int x = first; x < right; x += period)
+            ++histogram[line[x]];
     }
-}
-
-Histograms sumOf(Histograms a, const Histograms& b) {
-    if (a[0].empty()) return b;
-    for (std::size_t c = 0; c < 3 && !b[0].empty(); ++c)
-        std::transform(a[c].begin(), a[c].end(), b[c].begin(), a[c].begin(), std::plus<>());
-    return a;
 }
 
 } // namespace
@@ -63,23 +51,23 @@ SensorStatistics measure(const SensorImage& sensor) {
         sensor.layout != SensorLayout::fullColour && sensor.filters.period == 6;
     const int step = isLargePattern ? 3 * kRowsStep : kRowsStep;
     const int taken = isLargePattern ? 6 : kRowsTaken;
-    const auto counted = [&](const tbb::blocked_range<int>& groups, Histograms histograms) {
-        if (histograms[0].empty()) {
-            for (auto& histogram : histograms)
-                histogram.assign(kLevels, 0);
-        }
-        for (int group = groups.begin(); group < groups.end(); ++group) {
-            const int end = std::min(group * step + taken, sensor.active.height);
-            for (int y = group * step; y < end; ++y)
-                countRow(sensor, sensor.active.top + y, histograms);
-        }
-        return histograms;
-    };
     const int groups = (sensor.active.height + step - 1) / step;
-    // Few parts: each has histograms of its own, which take longer to clear than many rows to read.
-    const int grain = std::max(1, groups / kParts);
-    statistics.histograms = tbb::parallel_reduce(
-        tbb::blocked_range<int>(0, groups, std::size_t(grain)), Histograms(), counted, sumOf);
+    // Histograms of each thread, which take longer to clear than many rows to read.
+    const std::vector<std::uint32_t> none(kLevels);
+    tbb::enumerable_thread_specific<Histograms> counted(Histograms{none, none, none});
+    tbb::parallel_for(0, groups, [&](int group) {
+        Histograms& histograms = counted.local();
+        const int end = std::min(group * step + taken, sensor.active.height);
+        for (int y = group * step; y < end; ++y)
+            countRow(sensor, sensor.active.top + y, histograms);
+    });
+    statistics.histograms = Histograms{none, none, none};
+    for (const Histograms& part : counted) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            auto& sum = statistics.histograms[c];
+            std::transform(sum.begin(), sum.end(), part[c].begin(), sum.begin(), std::plus<>());
+        }
+    }
     for (std::size_t c = 0; c < 3; ++c) {
         for (const std::uint32_t n : statistics.histograms[c])
             statistics.counts[c] += n;
