@@ -22,20 +22,10 @@ Result<ImageSource> developedRaw(RawFile& file, const std::filesystem::path& pho
 }
 
 // The measurement looks at 512 pixels, of which noise and sharpness tell nothing.
-Result<ImageSource> streamedRaw(RawFile& file, const std::filesystem::path& photo,
-                                std::string identity, RawDevelopSettings settings, bool isMeasured,
-                                const Cancellation* cancellation) {
-    Image measured;
-    if (isMeasured) {
-        auto pixels =
-            file.develop(smallCapture(file.properties(), kAnalysisLongerSide), cancellation);
-        if (!pixels) return fail(std::move(pixels).error());
-        measured = imageFrom(std::move(*pixels));
-    }
-    settings.streamed = true;
-    auto source = developedRaw(file, photo, std::move(identity), settings, cancellation);
-    if (source) source->measured = std::move(measured);
-    return source;
+Result<Image> analysisImage(RawFile& file, const Cancellation* cancellation) {
+    auto pixels = file.develop(smallCapture(file.properties(), kAnalysisLongerSide), cancellation);
+    if (!pixels) return fail(std::move(pixels).error());
+    return imageFrom(std::move(*pixels));
 }
 
 } // namespace
@@ -60,18 +50,27 @@ Result<ImageSource> PhotoOpener::open(const std::filesystem::path& photo, const 
     if (*kind == PhotoKind::raw) {
         auto file = raw.open(photo);
         if (!file) return fail(std::move(file).error());
-        const auto settings = rawSettings(edit, (*file)->properties(), scale);
-        if (streams && settings.reduction == 1)
-            return streamedRaw(**file, photo, std::move(*identity), settings,
-                               ToneNeeds::of(edit).any(), cancellation);
-        return developedRaw(**file, photo, std::move(*identity), settings, cancellation);
+        auto settings = rawSettings(edit, (*file)->properties(), scale);
+        settings.streamed = streams && settings.reduction == 1;
+        auto source = developedRaw(**file, photo, std::move(*identity), settings, cancellation);
+        if (!source) return source;
+        if (analyses) analyses->recall(*source);
+        const auto needs = ToneNeeds::of(edit).onCapture();
+        if (settings.streamed && !source->rawToneAnalysis->known().covers(needs)) {
+            auto measured = analysisImage(**file, cancellation);
+            if (!measured) return fail(std::move(measured).error());
+            source->measured = std::move(*measured);
+        }
+        return source;
     }
     auto decoded = reader.decode(photo, {}, cancellation);
     if (!decoded) return fail(std::move(decoded).error());
     const PixelSize size = decoded->pixels.size;
-    return bitmapSource(
+    auto source = bitmapSource(
         photo, std::move(*identity),
         imageFrom(sourceFrom(std::move(decoded->pixels), std::move(decoded->colour))), size);
+    if (analyses) analyses->recall(source);
+    return source;
 }
 
 Result<ImageSource> PhotoOpener::openCapture(const std::filesystem::path& photo,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Cancellation.h"
+#include "develop/AnalysisCache.h"
 #include "develop/ImageSource.h"
 #include "platform/FileSystem.h"
 #include "platform/ImageFiles.h"
@@ -20,6 +21,9 @@ struct PhotoOpener {
     // The pixels of RAW files will be read once, from edge to edge: they are made where they are
     // read instead of being kept. Analyses look at a smaller decode.
     bool streams = false;
+    // Where analyses are looked up, or null. Of a streamed photo that they cover for the edit, that
+    // smaller decode is not made.
+    AnalysisCache* analyses = nullptr;
 
     // The photo decoded for `edit` at `scale` output pixels per full-resolution pixel. RAW files
     // are told by their extension, pictures by their content. Fails with `unsupported` for a file

@@ -9,8 +9,7 @@ Image RawToneFilter::outputImage() const {
     Image image = linearInput ? linearInput : inputImage;
     image = colourMatrix(image, {{{g, 0, 0}, {0, g, 0}, {0, 0, g}}});
     image = dehazed(image, settings, haze, airlight);
-    image = regionsMoved(image, settings, guide, guideShift);
-    return toneCurved(image, settings, endpoints, guideShift);
+    return sceneToned(image, settings, guide, endpoints, guideShift);
 }
 
 } // namespace kelvaro

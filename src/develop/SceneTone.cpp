@@ -11,25 +11,24 @@ Image dehazed(const Image& image, const Adjustments& edit, const Image& haze,
                        {edit.dehaze / 100, airlight[0], airlight[1], airlight[2]});
 }
 
-Image regionsMoved(const Image& scene, const Adjustments& edit, const Image& sceneGuide,
-                   double shiftStops) {
-    if (!movesRegions(edit) || !sceneGuide) return scene;
-    return applyKernel(kernel::rawGain(), {scene, stretched(sceneGuide, scene.extent())},
-                       {edit.shadows / 100, edit.highlights / 100, shiftStops});
-}
-
 ToneEndpoints endpointsOf(const std::optional<ToneEndpoints>& known, const Adjustments& edit,
                           double shiftStops) {
     return known.value_or(toneEndpoints({}, shiftStops, edit.shadows / 100, edit.highlights / 100));
 }
 
-Image toneCurved(const Image& scene, const Adjustments& edit,
+Image sceneToned(const Image& scene, const Adjustments& edit, const Image& sceneGuide,
                  const std::optional<ToneEndpoints>& endpoints, double shiftStops) {
-    if (!curvesTone(edit)) return scene;
+    const bool moves = movesRegions(edit) && sceneGuide, curves = curvesTone(edit);
+    if (!moves && !curves) return scene;
+    const std::vector<double> gain{edit.shadows / 100, edit.highlights / 100, shiftStops};
+    const Image guide = moves ? stretched(sceneGuide, scene.extent()) : Image{};
+    if (!curves) return applyKernel(kernel::rawGain(), {scene, guide}, gain);
     const ToneEndpoints e = endpointsOf(endpoints, edit, shiftStops);
-    return applyKernel(
-        kernel::sceneTone(), {scene},
-        {edit.contrast / 100, edit.white / 100, edit.black / 100, e.x, e.y, e.z, e.w});
+    std::vector<double> curve{
+        edit.contrast / 100, edit.white / 100, edit.black / 100, e.x, e.y, e.z, e.w};
+    if (!moves) return applyKernel(kernel::sceneTone(), {scene}, curve);
+    curve.insert(curve.begin(), gain.begin(), gain.end());
+    return applyKernel(kernel::rawTone(), {scene, guide}, curve);
 }
 
 } // namespace kelvaro

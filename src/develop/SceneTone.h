@@ -1,6 +1,6 @@
-// The steps that RAW photos and bitmaps share in the scene domain: haze, regional gain and tone
-// curve. Each returns the very image it was given when its own controls are 0 or what it needs is
-// missing.
+// The steps in the scene domain: haze, which RAW photos and bitmaps share, and the regional gain
+// and tone curve of RAW photos. Each returns the very image it was given when its own controls are
+// 0 or what it needs is missing.
 #pragma once
 
 #include "develop/ToneMaps.h"
@@ -19,17 +19,14 @@ inline bool curvesTone(const Adjustments& edit) {
 Image dehazed(const Image& image, const Adjustments& edit, const Image& haze,
               const std::array<double, 3>& airlight);
 
-// Shadows and highlights on scene-linear light. The guide was measured `shiftStops` below `scene`.
-Image regionsMoved(const Image& scene, const Adjustments& edit, const Image& sceneGuide,
-                   double shiftStops);
-
 // The measured endpoints, or those of an unmeasured photo, shifted by `shiftStops`.
 ToneEndpoints endpointsOf(const std::optional<ToneEndpoints>& known, const Adjustments& edit,
                           double shiftStops);
 
-// Contrast, whites and blacks on scene-linear light. Without endpoints those of an unmeasured
-// photo, shifted by `shiftStops`.
-Image toneCurved(const Image& scene, const Adjustments& edit,
+// Shadows and highlights, which need the guide, then contrast, whites and blacks, on scene-linear
+// light. The guide was measured `shiftStops` below `scene`. Without endpoints those of an
+// unmeasured photo count, shifted as much.
+Image sceneToned(const Image& scene, const Adjustments& edit, const Image& sceneGuide,
                  const std::optional<ToneEndpoints>& endpoints, double shiftStops);
 
 } // namespace kelvaro

@@ -37,8 +37,8 @@ Result<Image> developedGuide(const ImageSource& source, const Adjustments& edit,
 
 Result<ToneMaps> rawToneMaps(const ImageSource& source, const Adjustments& edit, ToneNeeds needs,
                              Renderer& renderer, const Cancellation* cancellation) {
-    const bool guided = std::exchange(needs.guide, false);
-    needs.small = guided;
+    const bool guided = needs.guide;
+    needs = needs.onCapture();
     const Image& looked = source.measured ? source.measured : source.linearCapture;
     auto parts = source.rawToneAnalysis->parts(looked, needs, renderer, cancellation);
     if (!parts) return fail(parts.error());

@@ -150,6 +150,19 @@ ToneNeeds ToneNeeds::of(const Adjustments& edit) {
     return needs;
 }
 
+ToneNeeds ToneNeeds::onCapture() const {
+    ToneNeeds needs = *this;
+    needs.small = guide;
+    needs.guide = false;
+    return needs;
+}
+
+bool ToneMeasurement::covers(const ToneNeeds& needs) const {
+    return (small || !needs.small) && (guide || !needs.guide) &&
+           (sceneGuide || !needs.sceneGuide) && (levels || !needs.levels) &&
+           (hazeSought || !needs.haze);
+}
+
 std::size_t ToneMeasurement::bytes() const {
     const std::size_t scene = sceneSmall == small ? 0 : bytesOf(sceneSmall);
     return bytesOf(small) + scene + bytesOf(guide) + bytesOf(sceneGuide) +

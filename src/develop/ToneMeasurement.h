@@ -17,6 +17,9 @@ struct ToneNeeds {
     bool small = false, guide = false, sceneGuide = false, levels = false, haze = false;
 
     static ToneNeeds of(const Adjustments& edit);
+    // What of it is measured on a RAW photo's capture: its guide is that of the developed picture,
+    // which is made from the small one.
+    ToneNeeds onCapture() const;
     bool any() const { return small || guide || sceneGuide || levels || haze; }
 };
 
@@ -35,6 +38,8 @@ struct ToneMeasurement {
     std::optional<HazeModel> haze;
 
     std::size_t bytes() const; // memory that the images hold
+    // Whether all that is needed is there, so that the photo need not be looked at.
+    bool covers(const ToneNeeds& needs) const;
 };
 
 // `known` with the needed parts added, measured on `photo` (at full resolution, or the best there

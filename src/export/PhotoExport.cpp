@@ -73,13 +73,12 @@ Result<void, PhotoFailure> PhotoExport::checkTarget(const ExportJob& job,
 // Decoded and developed at full size, straightened and cropped.
 Result<Image, PhotoFailure> PhotoExport::developed(const ExportJob& job) const {
     if (!parts.work.waitForQuiet(cancellation)) return Unexpected{checkNotCancelled().error()};
-    const PhotoOpener opener{parts.files, parts.reader, parts.raw, true};
+    const PhotoOpener opener{parts.files, parts.reader, parts.raw, true, parts.analyses};
     auto source = [&] {
         const TimedPhase phase(times, "decode");
         return opener.open(job.photo, job.edit, 1, cancellation);
     }();
     if (!source) return failed(ExportError::unreadable, source.error());
-    if (parts.analyses) parts.analyses->recall(*source);
     auto photo =
         developedPhoto(*source, job.edit, 1, parts.renderer, parts.brushes, cancellation, times);
     if (!photo) return failed(ExportError::renderFailed, photo.error());

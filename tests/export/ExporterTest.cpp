@@ -97,6 +97,23 @@ TEST_F(ExportStage, RawPhotosLookAsOnTheScreen) {
     EXPECT_LE(worst, 257);
 }
 
+// What was measured of a photo before is not looked at again, unless the edit needs more of it.
+TEST_F(ExportStage, AnalysedRawPhotosAreDecodedOnce) {
+    test::SyntheticDng dng;
+    dng.scene = [](int row, int, int) { return 0.1 + 0.001 * row; };
+    const auto photo = dng.write("analysed.dng");
+    AnalysisCache analyses(real, folder / "cache", *renderer, {});
+    const PhotoOpener opener{real, *reader, raw, true, &analyses};
+    edit.contrast = edit.clarity = 20;
+    const auto first = opener.open(photo, edit, 1, nullptr).value();
+    EXPECT_TRUE(first.measured);
+    ASSERT_TRUE(developedPhoto(first, edit, 1, *renderer, brushes, nullptr));
+    analyses.remember(first);
+    EXPECT_FALSE(opener.open(photo, edit, 1, nullptr).value().measured);
+    edit.dehaze = 20;
+    EXPECT_TRUE(opener.open(photo, edit, 1, nullptr).value().measured);
+}
+
 TEST_F(ExportStage, NamesPhotosInTheirOrderAndReportsEach) {
     const std::vector photos{photo("1/A.jpg", {60, 40}, 30), photo("2/a.png", {60, 40}, 90),
                              photo("3/A.tif", {60, 40}, 150)};

@@ -23,6 +23,7 @@ const Kernel& rawMidDetail(); // ab, y1 → (a, b, y1 − base)
 // SceneTone.kernel
 const Kernel& rawGain();    // s, guide ; sh, hi, shift
 const Kernel& sceneTone();  // s ; contrast, whites, blacks, e.x, e.y, e.z, e.w
+const Kernel& rawTone();    // s, guide ; the parameters of rawGain, those of sceneTone
 const Kernel& bitmapTone(); // s, guide ; the parameters of rawGain, those of sceneTone
 
 // Colour.kernel

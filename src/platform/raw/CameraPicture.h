@@ -26,6 +26,11 @@ public:
 
     const SensorImage& sensor() const { return sensor_; }
     int reduction() const { return reduction_; }
+    // Whether two of three colours of a pixel come from its neighbours.
+    bool interpolates() const {
+        return reduction_ == 1 &&
+               (sensor_.layout == SensorLayout::bayer || sensor_.layout == SensorLayout::xTrans);
+    }
     float toe() const { return toe_; } // of the compressive domain, in balanced values
 
     // The sensor's channels of a rectangle that fits the workshop, into its rows. It may reach over

@@ -69,6 +69,7 @@ public:
         if (!settings.captureOnly) {
             finishing_.sharpening = sharpeningOf(settings.sharpness, picture_.reduction());
             finishing_.reducesColourNoise = sensor.colours >= 3;
+            finishing_.removesFalseColour = picture_.interpolates();
         }
         if (sensor.corrections && !sensor.corrections->lateGains.isEmpty())
             lateGains_.emplace(picture_.sensor(), sensor.corrections->lateGains);

@@ -1,5 +1,7 @@
 #include "platform/raw/Finishing.h"
 
+#include "platform/raw/FalseColour.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,7 +10,8 @@ namespace kelvaro {
 namespace {
 
 // The levels of colour reach 2 (1 + 2 + 4) pixels, and the coarsest of them, of which every second
-// row is made, one more. Even, so that these are the same rows and columns of every tile.
+// row is made, one more, as do the medians. Even, so that these are the same rows and columns of
+// every tile.
 constexpr int kSharpeningBorder = 2, kColourBorder = 16;
 constexpr float kDefaultAmount = 1.1f;
 // How far a detail must stand out to be kept. The finest noise after a demosaic has many large
@@ -37,7 +40,7 @@ bool NoiseModel::hasColourNoise() const {
 
 int Finishing::border(const FinishingSettings& settings) {
     if (settings.reducesColourNoise) return kColourBorder;
-    return settings.sharpening > 0 ? kSharpeningBorder : 0;
+    return settings.sharpening > 0 || settings.removesFalseColour ? kSharpeningBorder : 0;
 }
 
 void Finishing::resize(int width) {
@@ -56,6 +59,7 @@ void Finishing::resize(int width) {
     for (auto& smooth : smooth_)
         fit(smooth, 1);
     for (auto& colour : colour_) {
+        fit(colour.raw, kRawRows);
         for (std::size_t level = 0; level < NoiseModel::kLevels; ++level)
             fit(colour.levels[level], kLevelRows[level]);
         fit(colour.sum, kKeptRows);
@@ -86,8 +90,13 @@ void Finishing::addRow(const Job& job, int t, const float* red, const float* gre
     const RowRing y = ring(job, luminance_, kKeptRows),
                   sharpened = ring(job, sharpened_, kKeptRows);
     const bool reduces = settings.reducesColourNoise, sharpens = settings.sharpening > 0;
-    splitColours(red, green, blue, settings.toe, y.row(t), level0(0).row(t), level0(1).row(t), w);
-    if (job.offsets) job.offsets->add(t, width, level0(0).row(t), level0(1).row(t));
+    const bool calms = settings.removesFalseColour;
+    const auto newest = [&](int c) {
+        return (calms ? ring(job, colour_[c].raw, kRawRows) : level0(c)).row(t);
+    };
+    splitColours(red, green, blue, settings.toe, y.row(t), newest(0), newest(1), w);
+    if (job.offsets) job.offsets->add(t, width, newest(0), newest(1));
+    if (calms && t > 0) takeColours(t - 1, job);
     const int sharp = t - kSharpeningBorder;
     if (sharp >= 0 && sharpens) {
         sharpenLuminance(y.row(sharp), smoothedDown(y, sharp, 1, scratch_[0].data()),
@@ -96,7 +105,7 @@ void Finishing::addRow(const Job& job, int t, const float* red, const float* gre
     } else if (sharp >= 0) {
         std::copy_n(y.row(sharp), width, sharpened.row(sharp));
     }
-    if (reduces) reduceColourNoise(t, job);
+    if (reduces) reduceColourNoise(calms ? t - 1 : t, job);
     const int done = t - lag;
     if (done < lag + job.above) return;
     if (reduces) takeCoarseNoise(done, job);
@@ -107,6 +116,19 @@ void Finishing::addRow(const Job& job, int t, const float* red, const float* gre
     joinColours(sharpened.row(done) + lag, parts[0], parts[1], settings.toe,
                 job.target.planes[0] + out, job.target.planes[1] + out, job.target.planes[2] + out,
                 w - 2 * std::size_t(lag));
+}
+
+// A row, of which the next one is there, without false colour.
+void Finishing::takeColours(int t, const Job& job) {
+    const auto around = [&](std::vector<float>& v, int rows) {
+        const RowRing r = ring(job, v, rows);
+        return ThreeRows{r.clamped(t - 1), r.row(t), r.row(t + 1)};
+    };
+    float* const out[2] = {ring(job, colour_[0].levels[0], kLevelRows[0]).row(t),
+                           ring(job, colour_[1].levels[0], kLevelRows[0]).row(t)};
+    removeFalseColour(around(luminance_, kKeptRows),
+                      {around(colour_[0].raw, kRawRows), around(colour_[1].raw, kRawRows)}, out,
+                      job.width);
 }
 
 // What the newest row `t` of both colour differences makes possible.

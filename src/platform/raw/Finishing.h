@@ -1,9 +1,9 @@
-// The last steps on a developed tile: colour noise reduction and capture sharpening, both in the
-// compressive domain of the demosaic, where photon noise is nearly even. Colour noise is shrunk in
-// an undecimated wavelet decomposition of two colour differences (à trous, J.-L. Starck and F.
-// Murtagh, "Astronomical Image and Data Analysis", 2006) by how it compares with the measured
-// noise; sharpening adds the detail of luminance that stands out from the noise, limited so that
-// edges get no halos.
+// The last steps on a developed tile: false colour is removed, colour noise reduced and luminance
+// sharpened, all in the compressive domain of the demosaic, where photon noise is nearly even.
+// Colour noise is shrunk in an undecimated wavelet decomposition of two colour differences (à
+// trous, J.-L. Starck and F. Murtagh, "Astronomical Image and Data Analysis", 2006) by how it
+// compares with the measured noise; sharpening adds the detail of luminance that stands out from
+// the noise, limited so that edges get no halos.
 #pragma once
 
 #include "platform/raw/FinishingRows.h"
@@ -25,7 +25,8 @@ struct NoiseModel {
 struct FinishingSettings {
     float sharpening = 0; // 0 off, 1 the default amount
     bool reducesColourNoise = false;
-    float toe = 0.016f; // of the compressive domain
+    bool removesFalseColour = false; // of a demosaic
+    float toe = 0.016f;              // of the compressive domain
 };
 
 // What is added to the two colour differences of a tile's row before they are reduced.
@@ -72,13 +73,16 @@ public:
 
 private:
     // Powers of two above every lag, and above what the taps of each level span.
-    static constexpr int kKeptRows = 16, kLevelRows[NoiseModel::kLevels] = {8, 16, 16};
-    // One colour difference: itself, then smoothed once and twice, of the latter every second pixel
-    // of every second row; and what its details keep, but that the coarsest ones lose `removed`.
+    static constexpr int kRawRows = 4, kKeptRows = 16,
+                         kLevelRows[NoiseModel::kLevels] = {8, 16, 16};
+    // One colour difference: as it came, itself, then smoothed once and twice, of the latter every
+    // second pixel of every second row; and what its details keep, but that the coarsest ones lose
+    // `removed`.
     struct Colour {
-        std::vector<float> levels[NoiseModel::kLevels], sum, removed;
+        std::vector<float> raw, levels[NoiseModel::kLevels], sum, removed;
     };
     void resize(int width);
+    void takeColours(int t, const Job& job);
     void reduceColourNoise(int t, const Job& job);
     void reduceCoarsely(int t, const Job& job);
     void takeCoarseNoise(int row, const Job& job);

@@ -39,6 +39,23 @@ std::size_t tileFloats(const Development& development, int orientation) {
            std::size_t((rows + kRowGroup - 1) / kRowGroup * kRowGroup);
 }
 
+// What each of `count` columns or rows of tiles covers, from its first tile to its last.
+template<class First, class Last>
+std::vector<PixelRect> stripes(int count, First first, Last last) {
+    std::vector<PixelRect> all;
+    for (int i = 0; i < count; ++i)
+        all.push_back(bounding(first(i), last(i)));
+    return all;
+}
+
+// The numbers of those that have part in the rectangle.
+std::vector<int> meeting(const std::vector<PixelRect>& stripes, const PixelRect& rect) {
+    std::vector<int> found;
+    for (std::size_t i = 0; i < stripes.size(); ++i)
+        if (!intersection(stripes[i], rect).isEmpty()) found.push_back(int(i));
+    return found;
+}
+
 } // namespace
 
 StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettings& settings,
@@ -49,6 +66,12 @@ StreamedSource::StreamedSource(const SensorImage& sensor, const RawDevelopSettin
       sampleBytes_(bytesOf(sensor)),
       development_(sensor, settings),
       tiles_(development_.tiles()),
+      columns_(stripes(
+          tiles_.width, [&](int i) { return development_.tile(i, 0); },
+          [&](int i) { return development_.tile(i, tiles_.height - 1); })),
+      rows_(stripes(
+          tiles_.height, [&](int i) { return development_.tile(0, i); },
+          [&](int i) { return development_.tile(tiles_.width - 1, i); })),
       capacity_(capacityOf(development_, sensor.orientation)),
       tileFloats_(tileFloats(development_, sensor.orientation)),
       wasRead_(std::size_t(tiles_.width) * std::size_t(tiles_.height)) {}
@@ -167,10 +190,10 @@ void StreamedSource::take(const std::shared_ptr<Tile>& tile, const TileView& wan
 // on with the one above it.
 void StreamedSource::read(const TileView& wanted) const {
     std::vector<std::pair<int, int>> underWay;
-    for (int column = 0; column < tiles_.width; ++column) {
+    const auto rows = meeting(rows_, wanted.rect);
+    for (const int column : meeting(columns_, wanted.rect)) {
         bool waits = false;
-        for (int row = 0; row < tiles_.height; ++row) {
-            if (intersection(development_.tile(column, row), wanted.rect).isEmpty()) continue;
+        for (const int row : rows) {
             const auto tile = waits ? nullptr : made(column, row, false);
             waits = !tile;
             if (tile)

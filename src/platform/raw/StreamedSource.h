@@ -49,7 +49,8 @@ private:
     std::size_t sampleBytes_;
     Development development_;
     PixelSize tiles_;
-    std::size_t capacity_; // in tiles
+    std::vector<PixelRect> columns_, rows_; // of tiles
+    std::size_t capacity_;                  // in tiles
     std::size_t tileFloats_;
     mutable std::mutex lock_; // guards what follows
     mutable std::condition_variable finished_;

@@ -43,7 +43,7 @@ std::vector<Family> families() {
         {"Overlay", {&twMaskOverlay(), &twClipping()}},
         {"Reduction", {&compressedLight(), &expandedLight()}},
         {"Rendering", {&rawRendering()}},
-        {"SceneTone", {&rawGain(), &sceneTone(), &bitmapTone()}}};
+        {"SceneTone", {&rawGain(), &sceneTone(), &rawTone(), &bitmapTone()}}};
 }
 
 // One call per kernel, its arguments read off the text's own signature.

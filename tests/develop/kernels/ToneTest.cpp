@@ -57,17 +57,19 @@ Rgb toned(const Sample& sample, const std::vector<double>& p) {
     return {s[0] * gain, s[1] * gain, s[2] * gain};
 }
 
-// The four steps one after another.
+// The steps one after another.
+Rgb rawToned(const Sample& sample, const std::vector<double>& p) {
+    Sample lit = sample;
+    const Rgb c = gained(sample, {p[0], p[1], p[2]});
+    if (p[0] != 0 || p[1] != 0) std::copy(c.begin(), c.end(), lit.inputs[0].begin());
+    return toned(lit, {p.begin() + 3, p.end()});
+}
+
 Rgb bitmapToned(const Sample& sample, const std::vector<double>& p) {
-    Sample step = sample;
-    const auto with = [&step](const Rgb& c) {
-        std::copy(c.begin(), c.end(), step.inputs[0].begin());
-        return step;
-    };
-    const Rgb scene = toScene(rgb(sample.inputs[0]));
-    const bool gains = p[0] != 0 || p[1] != 0;
-    const Rgb lit = gains ? gained(with(scene), {p[0], p[1], p[2]}) : scene;
-    return toBitmap(toned(with(lit), {p.begin() + 3, p.end()}));
+    Sample scene = sample;
+    const Rgb c = toScene(rgb(sample.inputs[0]));
+    std::copy(c.begin(), c.end(), scene.inputs[0].begin());
+    return toBitmap(rawToned(scene, p));
 }
 
 } // namespace
@@ -137,7 +139,7 @@ TEST(SceneToneKernels, followTheirSteps) {
                     toned, how);
 }
 
-TEST(SceneToneKernels, bitmapToneIsItsStepsInOne) {
+TEST(SceneToneKernels, severalStepsInOne) {
     Comparison how;
     how.guides = true;
     const std::vector<std::vector<double>> sets = {
@@ -145,6 +147,7 @@ TEST(SceneToneKernels, bitmapToneIsItsStepsInOne) {
         {0, 0, 0, -1, 0.5, -0.5, -6, 2.5, 3, 2},    {0.3, -0.3, 0.2, 0.2, 0.1, -0.1, -6, 2.5, 3, 2},
         {-1, 1, -2, 0.6, -1, 1, -4, 3.2, 1.5, 2.7}, {2, -1, 0.3, -0.3, 0.6, 0.6, -3, 0.5, 2, 1.5}};
     compareAllForms(kernel::bitmapTone(), sets, bitmapToned, how);
+    compareAllForms(kernel::rawTone(), sets, rawToned, how);
     how.low = 0;
     how.high = 1;
     compareAllForms(kernel::bitmapTone(), sets, bitmapToned, how);

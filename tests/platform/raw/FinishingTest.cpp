@@ -81,7 +81,7 @@ TEST(Finishing, ColourNoiseGoesAndColoursStay) {
     const auto before = planes.statistics(20, 80);
     const NoiseModel model = planes.noise();
     EXPECT_TRUE(model.hasColourNoise());
-    planes.finish({0, true, 0.016f}, model);
+    planes.finish({0, true, false, 0.016f}, model);
     const auto after = planes.statistics(20, 80);
     EXPECT_LT(after.colourDeviation, 0.35 * before.colourDeviation);
     EXPECT_GT(after.lightDeviation, 0.8 * before.lightDeviation); // luminance is left alone
@@ -99,7 +99,7 @@ TEST(Finishing, CleanPicturesAreNotTouched) {
     Planes planes = noisy(0.0004);
     EXPECT_FALSE(planes.noise().hasColourNoise());
     const Planes before = planes;
-    planes.finish({0, true, 0.016f}, planes.noise());
+    planes.finish({0, true, false, 0.016f}, planes.noise());
     for (int c = 0; c < 3; ++c) {
         for (int y = 20; y < kHeight - 20; ++y) {
             for (int x = 20; x < kWidth - 20; ++x)
@@ -122,12 +122,12 @@ TEST(Finishing, SharpeningRaisesDetailWithoutHalosOrNoise) {
     float last = 0;
     for (const float amount : {0.0f, 0.5f, 1.0f, 3.0f}) {
         Planes planes(detail);
-        planes.finish({amount, false, 0.016f}, {});
+        planes.finish({amount, false, false, 0.016f}, {});
         EXPECT_GT(swing(planes), last) << amount;
         last = swing(planes);
     }
     Planes planes(edge);
-    planes.finish({1, false, 0.016f}, {});
+    planes.finish({1, false, false, 0.016f}, {});
     for (int x = 80; x < 120; ++x) {
         EXPECT_GT(planes.at(1, 60, x), 0.05 - 0.012);
         EXPECT_LT(planes.at(1, 60, x), 0.75 + 0.06);
@@ -136,7 +136,7 @@ TEST(Finishing, SharpeningRaisesDetailWithoutHalosOrNoise) {
     // What is only noise is hardly enlarged.
     Planes grain = noisy(0.02);
     const double before = grain.statistics(20, 80).lightDeviation;
-    grain.finish({1, false, 0.016f}, grain.noise());
+    grain.finish({1, false, false, 0.016f}, grain.noise());
     EXPECT_LT(grain.statistics(20, 80).lightDeviation, 1.35 * before);
 }
 
