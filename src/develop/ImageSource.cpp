@@ -1,6 +1,7 @@
 #include "develop/ImageSource.h"
 
 #include "develop/PreparedControls.h"
+#include "develop/kernels/Kernels.h"
 
 #include <algorithm>
 #include <cmath>
@@ -66,6 +67,14 @@ Image atRenderScale(const Image& image, const ImageSource& source, double scale)
     if (longer <= 0 || image.extent().longerSide() <= longer * wanted) return image;
     const auto scaled = [&](int side) { return std::max(1, int(std::lround(side * wanted))); };
     return lanczosResized(image, {scaled(source.extent.width), scaled(source.extent.height)});
+}
+
+Image atViewScale(const ImageSource& source, double scale) {
+    if (!source.isRaw()) return atRenderScale(source.decoded(), source, scale);
+    const Image compressed = applyKernel(kernel::compressedLight(), {source.linearCapture}, {});
+    const Image small = atRenderScale(compressed, source, scale);
+    return small == compressed ? source.linearCapture
+                               : applyKernel(kernel::expandedLight(), {small}, {});
 }
 
 } // namespace kelvaro

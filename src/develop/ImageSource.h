@@ -57,5 +57,9 @@ double renderScale(const ImageSource& source, double scale);
 // The decoded pixels (or another image of the same photo, such as the reference) at that scale: the
 // image itself, or one Lanczos reduction.
 Image atRenderScale(const Image& image, const ImageSource& source, double scale);
+// The decoded pixels reduced for a view, so that what is developed from them is near what one would
+// see of the developed photo reduced: scene light is compressed, as the rendering does, while it is
+// averaged. The pixels themselves at their own scale.
+Image atViewScale(const ImageSource& source, double scale);
 
 } // namespace kelvaro

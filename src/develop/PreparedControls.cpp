@@ -4,6 +4,13 @@
 
 namespace kelvaro {
 
+namespace {
+
+// Up to here all pixels are kept in memory for settled views, 12 bytes each.
+constexpr std::int64_t kMostKeptWhole = 32'000'000;
+
+} // namespace
+
 const RawDevelopSettings& PreparedControls::at(double scale, bool isSettled) const {
     if (isSettled) return scale > 0 && scale <= settledScale ? settled : native;
     return scale > 0 && scale <= 0.5 ? preview : native;
@@ -14,8 +21,11 @@ PreparedControls preparedControls(const Adjustments& edit, const RawProperties& 
     if (properties.supportsSharpness) controls.native.sharpness = edit.sharpness;
     controls.preview = controls.native;
     controls.preview.reduction = 2;
-    controls.settled = controls.preview;
-    controls.settled.fine = true;
+    controls.settled = controls.native;
+    if (std::int64_t(properties.size.width) * properties.size.height > kMostKeptWhole) {
+        controls.settled = controls.preview;
+        controls.settled.fine = true;
+    }
     return controls;
 }
 

@@ -9,7 +9,9 @@ namespace kelvaro {
 
 struct PreparedControls {
     RawDevelopSettings native, preview, settled;
-    static constexpr double settledScale = 1.0 / 3; // up to here half size shows what all would
+    // Up to here a half size made of all pixels shows nearly what these would, of photos that are
+    // too large to keep them.
+    static constexpr double settledScale = 1.0 / 3;
 
     // Those that are enough for `scale` output pixels per full-resolution pixel; `native` for one
     // that is not a positive number. `isSettled` asks for `settled` instead of `preview`.

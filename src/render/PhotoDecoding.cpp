@@ -155,6 +155,8 @@ Result<PhotoSession::DecodePointer> PhotoSession::keepDecode(ImageSource source,
             state.analysed = Analyses{decode->source.analysis, decode->source.rawToneAnalysis};
         state.decode = decode;
         state.layers.clear();
+        state.reduced.reset();
+        state.settling.reset();
         ++state.counts.decodes;
     });
     return decode;

@@ -117,6 +117,8 @@ Result<RenderedView> PhotoSession::render(const ViewRequest& request, Pass pass,
     if (!image) return fail(renderFailure(std::move(image).error()));
     auto view = drawn(*image, request, geometry, pass.coarseness, cancellation);
     if (!view) return view;
+    if (!pass.isSettled && isReduced && pass.coarseness == 1)
+        settleAlike(**decode, request, pass.part.has_value(), *view);
     const bool sharp = source.pixelScale >= geometry.neededScale() - kRounding;
     view->stage = pass.coarseness > 1                 ? ViewStage::coarse
                   : source.pixelScale < 1 - kRounding ? ViewStage::fit
@@ -182,10 +184,48 @@ Result<Image> PhotoSession::settled(const Decode& decode, const ViewRequest& req
     return atRenderScale(Pipeline::gamutMapped(*whole, request.space), source, scale);
 }
 
+// Notes a view drawn from reduced pixels, and changes it as the last one like it was by settling.
+void PhotoSession::settleAlike(const Decode& decode, const ViewRequest& request, bool isPart,
+                               RenderedView& view) {
+    const Image& from = decode.source.decoded();
+    const auto change = state_.with([&](State& state) {
+        if (!isPart) state.reduced = SettlingChange{request, from, view.rect, view.pixels, nullptr};
+        return state.settling;
+    });
+    if (!change || !change->describes(request, from)) return;
+    if (auto pixels = change->appliedTo(*view.pixels, view.rect)) view.pixels = std::move(pixels);
+}
+
+void PhotoSession::noteSettled(const ViewRequest& request, const RenderedView& settled,
+                               const Cancellation* cancellation) {
+    const auto decode = state_.with([](State& state) { return state.decode; });
+    if (!decode || settled.over != 0) return;
+    const ImageSource& source = decode->source;
+    const auto geometry = ViewGeometry::of(request, source.extent.size());
+    const double scale = geometry.neededScale();
+    if (scale >= source.pixelScale - kRounding) return; // nothing was reduced
+    const auto before = state_.with([](State& state) { return state.reduced; });
+    std::shared_ptr<const Bitmap> reduced;
+    if (before && before->from == source.decoded() && before->request.showsSameAs(request)) {
+        reduced = before->reduced;
+    } else {
+        auto image = developed(*decode, request.shownEdit(), scale, false, cancellation);
+        if (!image) return;
+        auto view = drawn(*image, request, geometry, 1, cancellation);
+        if (!view) return;
+        reduced = view->pixels;
+    }
+    if (reduced->bytes() != settled.pixels->bytes()) return;
+    state_.with([&](State& state) {
+        state.settling =
+            SettlingChange{request, source.decoded(), settled.rect, reduced, settled.pixels};
+    });
+}
+
 Result<Image> PhotoSession::reduced(const Decode& decode, double scale,
                                     const Cancellation* cancellation) {
     const Image& pixels = decode.source.decoded();
-    const Image lazy = atRenderScale(pixels, decode.source, scale);
+    const Image lazy = atViewScale(decode.source, scale);
     const PixelSize size = lazy.extent().size();
     if (lazy == pixels || std::int64_t(size.width) * size.height > kLargestLayer) return lazy;
     const Layer wanted{pixels, size, {}, {}};
@@ -307,6 +347,8 @@ void PhotoSession::shed(bool all) {
     state_.with([&](State& state) {
         state.layers.clear();
         state.prepared.reset();
+        state.reduced.reset();
+        state.settling.reset();
         state.rawFile.reset();
         if (all) state.decode.reset();
     });
@@ -319,6 +361,7 @@ std::size_t PhotoSession::bytes() const {
             if (layer.image) sum += layerBytes(layer.size, layer.image.hasAlpha());
         if (state.decode) sum += decodeBytes(state.decode->source);
         if (state.prepared) sum += state.prepared->view.pixels->bytes();
+        if (state.settling) sum += state.settling->bytes();
         // The samples of the sensor, which the open file keeps.
         if (state.rawFile && state.facts)
             sum += 2 * std::size_t(state.facts->size.width) * std::size_t(state.facts->size.height);

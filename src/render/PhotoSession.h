@@ -12,6 +12,7 @@
 #include "platform/ImageFiles.h"
 #include "platform/RawEngine.h"
 #include "render/RenderEngine.h"
+#include "render/SettlingChange.h"
 #include "render/ViewGeometry.h"
 #include "render/ViewRequest.h"
 
@@ -75,6 +76,10 @@ public:
                                 const Cancellation* cancellation);
     // Decodes the photo as far as the view needs, and no more; at once where that is done.
     Result<void> load(const ViewRequest& request, Pass pass, const Cancellation* cancellation);
+    // Looks what settling changed of that view, a whole one: from now on views like it that are not
+    // settled come with the same change, so that nothing moves when they settle.
+    void noteSettled(const ViewRequest& request, const RenderedView& settled,
+                     const Cancellation* cancellation);
     // Makes ready all that `render` will need (decode, analysis, reduction), and the view itself.
     Result<void> prepare(const ViewRequest& request, const Cancellation* cancellation);
     // A first look at a part of a RAW photo at more than half its size: developed only where the
@@ -132,6 +137,8 @@ private:
         std::shared_ptr<const Decode> decode;
         std::vector<Layer> layers; // the last used last
         std::optional<Prepared> prepared;
+        std::optional<SettlingChange> reduced; // the last whole view; not settled yet
+        std::optional<SettlingChange> settling;
         Counts counts;
     };
     using DecodePointer = std::shared_ptr<const Decode>;
@@ -155,6 +162,8 @@ private:
     Result<RenderedView> drawn(const Image& developed, const ViewRequest& request,
                                const ViewGeometry& geometry, int coarseness,
                                const Cancellation* cancellation) const;
+    void settleAlike(const Decode& decode, const ViewRequest& request, bool isPart,
+                     RenderedView& view);
     std::optional<Layer> findLayer(const Layer& wanted, bool noteWish);
     void keepLayer(Layer layer);
 

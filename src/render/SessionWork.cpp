@@ -285,8 +285,11 @@ void RenderSession::Work::runRefine(const AskedPointer& asked) {
     auto loaded = session->load(asked->request, pass, asked->open->cancellation.get());
     if (isShown) return sessions_.trim(); // the rest is for when the view moves
     if (!loaded) return deliver(asked, fail(std::move(loaded).error()));
-    if (isNewest(asked))
-        deliverDrawn(asked, pass, timedRender(asked, *session, pass, asked->refinement));
+    if (!isNewest(asked)) return sessions_.trim();
+    auto view = timedRender(asked, *session, pass, asked->refinement);
+    deliverDrawn(asked, pass, view);
+    if (view && pass.isSettled)
+        session->noteSettled(asked->request, *view, asked->refinement.get());
     sessions_.trim();
 }
 

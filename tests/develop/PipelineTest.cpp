@@ -257,6 +257,14 @@ TEST_F(PipelineTest, RawDecodesFollowScaleAndSharpness) {
     EXPECT_EQ(controls.native.reduction, 1);
     EXPECT_EQ(controls.preview.reduction, 2);
     EXPECT_EQ(controls.preview.sharpness, controls.native.sharpness);
+    // Settled views are made of all pixels that memory has room for.
+    for (const auto& [size, reduction] :
+         {std::pair(PixelSize{6000, 4000}, 1), std::pair(PixelSize{12000, 8000}, 2)}) {
+        properties.size = size;
+        EXPECT_EQ(rawSettings(edit, properties, 0.2, true).reduction, reduction);
+        EXPECT_EQ(rawSettings(edit, properties, 0.2, true).fine, reduction == 2);
+        EXPECT_EQ(rawSettings(edit, properties, 0.4, true).reduction, 1);
+    }
 }
 
 TEST(RawToneFilterTest, TakesTheLinearInputAndItsGain) {

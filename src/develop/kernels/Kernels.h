@@ -52,6 +52,10 @@ const Kernel& twLocal();       // s, m, guide, original ; p.xyzw, q.xyzw
 const Kernel& twMaskOverlay(); // s, m
 const Kernel& twClipping();    // s
 
+// Reduction.kernel: scene light while it is averaged
+const Kernel& compressedLight(); // s
+const Kernel& expandedLight();   // s
+
 // Rendering.kernel: the RAW engine's curve from scene to display
 const Kernel& rawRendering(); // s
 

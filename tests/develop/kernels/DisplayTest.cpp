@@ -92,6 +92,39 @@ TEST(OverlayKernels, clippingMarksWholePixels) {
     }
 }
 
+// The curve, and past white 16 stands for what is left of the way to 1.064.
+TEST(ReductionKernels, followTheirSteps) {
+    const auto compressed = [](double x) {
+        const double u = std::abs(x) / 0.18;
+        if (u < 16) return curve(x);
+        return std::copysign(1 + 0.064 * (1 - 16 / u), x);
+    };
+    compareAllForms(kernel::compressedLight(), {{}}, [&](const Sample& s, const auto&) -> Rgb {
+        Rgb c = rgb(s.inputs[0]);
+        for (double& v : c)
+            v = std::isnan(v) ? 0 : compressed(v);
+        return c;
+    });
+    // Back again, found by bisection.
+    Comparison how;
+    how.tolerance = 1e-4; // next to white the curve is nearly level
+    compareAllForms(
+        kernel::expandedLight(), {{}},
+        [&](const Sample& s, const auto&) -> Rgb {
+            Rgb c = rgb(s.inputs[0]);
+            for (double& v : c) {
+                double low = 0, high = 18;
+                for (int step = 0; step < 60; ++step) {
+                    const double middle = (low + high) / 2;
+                    (compressed(middle) < std::abs(v) ? low : high) = middle;
+                }
+                v = std::isnan(v) ? 0 : std::copysign(high, v);
+            }
+            return c;
+        },
+        how);
+}
+
 TEST(RenderingKernel, followsItsSteps) {
     compareAllForms(kernel::rawRendering(), {{}}, rendered);
 }

@@ -41,6 +41,7 @@ std::vector<Family> families() {
         {"Haze", {&sceneHaze()}},
         {"Mask", {&twMaskLinear(), &twMaskRadial(), &twMaskCombine(), &twMaskFinish(), &twLocal()}},
         {"Overlay", {&twMaskOverlay(), &twClipping()}},
+        {"Reduction", {&compressedLight(), &expandedLight()}},
         {"Rendering", {&rawRendering()}},
         {"SceneTone", {&rawGain(), &sceneTone(), &rawTone(), &bitmapTone()}}};
 }
