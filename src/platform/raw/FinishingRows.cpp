@@ -104,8 +104,13 @@ void shrinkRows(const LevelRows& rows, Details use, int step, const NoiseLine* n
 }
 
 void halfOfRow(const float* HWY_RESTRICT in, float* HWY_RESTRICT out, int count) {
-    for (int x = 0; x < (count + 1) / 2; ++x)
-        out[x] = in[2 * x];
+    const hn::ScalableTag<float> tag;
+    const int lanes = int(hn::Lanes(tag));
+    hn::Vec<decltype(tag)> even, odd;
+    for (int x = 0; x < count; x += 2 * lanes) {
+        hn::LoadInterleaved2(tag, in + x, even, odd);
+        hn::StoreU(even, tag, out + x / 2);
+    }
 }
 
 void takeFromRow(const float* HWY_RESTRICT above, const float* HWY_RESTRICT below,

@@ -40,7 +40,8 @@ enum class Details {
 void shrinkDetails(const LevelRows& rows, Details use, int step, const NoiseLine (&noise)[2],
                    float times, int count);
 
-// Every second value, the first one included: (count + 1) / 2.
+// Every second value, the first one included: (count + 1) / 2. Both rows have room for two whole
+// vectors at their end.
 void takeHalf(const float* in, float* out, int count);
 // Takes from `count` values what lies halfway between two rows of half the width, interpolated.
 // Both rows have one value more than half of `count`.
