@@ -23,8 +23,8 @@ Adjustments withCropBox(Adjustments edit, const Box& box, PixelSize photo);
 // Whether the box lies inside the turned photo, half a pixel of tolerance on every side.
 bool fitsTurned(const Box& box, PixelSize photo, double turn);
 
-// `requested` where it fits (and is large enough to be stored: else the crop that is read back would
-// be larger and might stick out), else as far on the way there from `start` as does: `start` itself
+// `requested` where it fits (and is large enough to be stored), else as far on the way there from
+// `start` as does: `start` itself
 // where nothing beyond it does.
 Box fittedTowards(const Box& start, const Box& requested, PixelSize photo, double turn);
 
