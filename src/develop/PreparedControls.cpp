@@ -7,7 +7,7 @@ namespace kelvaro {
 namespace {
 
 // Up to here all pixels are kept in memory for settled views, 12 bytes each.
-constexpr std::int64_t kMostKeptWhole = 32'000'000;
+constexpr std::int64_t kMostKeptWhole = 16'000'000;
 
 } // namespace
 
