@@ -259,7 +259,7 @@ TEST_F(PipelineTest, RawDecodesFollowScaleAndSharpness) {
     EXPECT_EQ(controls.preview.sharpness, controls.native.sharpness);
     // Settled views are made of all pixels that memory has room for.
     for (const auto& [size, reduction] :
-         {std::pair(PixelSize{6000, 4000}, 1), std::pair(PixelSize{12000, 8000}, 2)}) {
+         {std::pair(PixelSize{4000, 3000}, 1), std::pair(PixelSize{6000, 4000}, 2)}) {
         properties.size = size;
         EXPECT_EQ(rawSettings(edit, properties, 0.2, true).reduction, reduction);
         EXPECT_EQ(rawSettings(edit, properties, 0.2, true).fine, reduction == 2);
