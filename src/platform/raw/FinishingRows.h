@@ -36,7 +36,8 @@ enum class Details {
     removed // `parts` is what is not kept; `smooth` is not written
 };
 // Smooths the rows across and shrinks their details (in − smooth) by how they stand out from
-// `times` the noise of each difference. Rows have room for a whole vector at their end.
+// `times` the noise of each difference; both noises change between the same two luminances. Rows
+// have room for a whole vector at their end.
 void shrinkDetails(const LevelRows& rows, Details use, int step, const NoiseLine (&noise)[2],
                    float times, int count);
 
@@ -44,7 +45,8 @@ void shrinkDetails(const LevelRows& rows, Details use, int step, const NoiseLine
 // vectors at their end.
 void takeHalf(const float* in, float* out, int count);
 // Takes from `count` values what lies halfway between two rows of half the width, interpolated.
-// Both rows have one value more than half of `count`.
+// Both rows have one value more than half of `count`; all have room for two whole vectors at their
+// end, where what is written means nothing.
 void takeAway(const float* above, const float* below, float* values, int count);
 
 } // namespace kelvaro
